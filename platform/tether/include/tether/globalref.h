@@ -1,0 +1,74 @@
+#pragma once
+
+#include "tether/envinjector.h"
+
+#include <utility>
+
+namespace tether {
+
+/// A global reference to `object`, made through the injector. Null for null; NewGlobalRefError when it can't be had.
+template <typename T>
+T newGlobalRef(const JNIEnvInjector& injector, T object) {
+    return injector.run([object](JNIEnv* env) {
+        auto reference = static_cast<T>(env->NewGlobalRef(object));
+        if (reference == nullptr && env->IsSameObject(object, nullptr) == JNI_FALSE) {
+            throw NewGlobalRefError();
+        }
+        return reference;
+    });
+}
+
+/// An injector and a global reference. Every copy owns a reference of its own, so copies may end in any order
+/// and on any thread.
+template <typename T>
+class GlobalRef {
+public:
+    /// Takes over a local reference of the current thread: a global one is made and the local one deleted.
+    GlobalRef(const JNIEnvInjector& injector, JNIEnv* env, T local)
+        : injector_(injector), reference_(newGlobalRef(injector, local)) {
+        env->DeleteLocalRef(local);
+    }
+
+    GlobalRef(const GlobalRef& other)
+        : injector_(other.injector_), reference_(newGlobalRef(other.injector_, other.reference_)) {}
+
+    GlobalRef& operator=(GlobalRef other) noexcept {
+        swap(other);
+        return *this;
+    }
+
+    /// A thread that can't be attached any more leaves the reference to the virtual machine's end.
+    ~GlobalRef() {
+        try {
+            reset();
+        } catch (const Exception&) {
+            reference_ = nullptr;
+        }
+    }
+
+    T get() const noexcept { return reference_; }
+    const JNIEnvInjector& injector() const noexcept { return injector_; }
+
+    /// Gives the global reference to the caller.
+    [[nodiscard]] T release() noexcept { return std::exchange(reference_, nullptr); }
+
+    /// Deletes the global reference, attaching the thread for it if need be.
+    void reset() {
+        if (reference_ != nullptr) {
+            T reference = release();
+            const JNIEnvInjector injector = injector_;
+            injector.run([reference](JNIEnv* env) { env->DeleteGlobalRef(reference); });
+        }
+    }
+
+private:
+    void swap(GlobalRef& other) noexcept {
+        std::swap(injector_, other.injector_);
+        std::swap(reference_, other.reference_);
+    }
+
+    JNIEnvInjector injector_;
+    T reference_;
+};
+
+}  // namespace tether

@@ -1,0 +1,44 @@
+#pragma once
+
+/// The base of the runtime: start and stop, options, status, the one mutex, failures.
+
+#include "vrlbase/exceptions.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+#include <vector>
+
+namespace jzi {
+class JavaVMConfig;
+}
+
+/// Starts the runtime. Options: -nojvm, -nodisplay, -logfile FILE, -cachedir DIR. The strings are read during the
+/// call only; a null one is skipped. Throws vrlBaseException, naming what was wrong, for an option that is
+/// not known or lacks its value, and for a log file that can't be written; nothing is changed then. Starting
+/// a runtime that runs takes the options over and is otherwise without effect.
+void vrlInitializeApplicationImpl(const char** options, unsigned count);
+
+/// Stops the runtime: instances are ended, options go back to their defaults. Without effect when it is not running.
+void vrlTerminateApplicationImpl();
+
+/// The one lock of the runtime. Recursive. Releasing what the thread does not hold is without effect.
+void vrlAcquireMutex();
+void vrlReleaseMutex();
+
+bool vrlIsKRTInitialized();
+bool vrlIsKcc();
+bool vrlIsJVMEnabled();
+bool vrlIsNoDisplaySet();
+
+/// Name of the log file, "" when there is none. Owned by the runtime, valid until the next start or stop.
+const char* vrlGetLogFileName();
+
+/// Tells the runtime which virtual machine it lives with. State 4: inside one that runs already. False for any
+/// other state or an empty configuration.
+bool vrlSetZvmState(int state, boost::shared_ptr<jzi::JavaVMConfig> config);
+/// The configuration that was set; empty before.
+boost::shared_ptr<jzi::JavaVMConfig> vrlGetJavaVMConfig();
+
+/// One text for each line of a stack, in its order.
+std::vector<std::string> createStackStrings(const std::vector<Norvane::vrl::vrlTAVRIXStackLine>& stack);
