@@ -1,0 +1,102 @@
+#pragma once
+
+/// The line between Java and the library. A native method returns in one of two states: it finished and returned
+/// a value, or a Java exception is pending and it returned the neutral value of its type. How a native exception
+/// becomes a Java one is decided here and nowhere else: an export names one of these shapes and says what goes
+/// into it. Only the listed types are caught; anything else leaves the native frame.
+///
+/// A plain forward, which nothing throws through, needs no shape.
+
+#include "tether/jnicalls.h"
+#include "vrlbase/exceptions.h"
+
+#include <boost/numeric/conversion/cast.hpp>
+#include <jni.h>
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace nativevrl {
+
+constexpr const char* nvExceptionClass = "com/norvane/toolbox/loomkit/NVException";
+
+/// The shape of most natives: a tether::Exception ends the body, and the Java exception that is pending is the report.
+template <typename Result, typename Body>
+Result guarded(Result neutral, Body&& body) {
+    try {
+        return std::forward<Body>(body)();
+    } catch (const tether::Exception&) {
+        return neutral;
+    }
+}
+
+/// The same for a native without a result.
+template <typename Body>
+void guarded(Body&& body) {
+    try {
+        std::forward<Body>(body)();
+    } catch (const tether::Exception&) {
+        return;
+    }
+}
+
+/// Raises NVException with the prefix and the text of what the runtime threw.
+void throwRuntimeFailure(JNIEnv* env, std::string& prefix, const std::exception& failure);
+
+/// The shape of natives that call the runtime: its two failures become an NVException with a message prefix.
+template <typename Result, typename Body>
+Result runtimeFacing(JNIEnv* env, const char* prefix, Result neutral, Body&& body) {
+    std::string message(prefix);
+    return guarded(neutral, [&]() -> Result {
+        try {
+            return std::forward<Body>(body)();
+        } catch (const Norvane::vrl::vrlBaseException& failure) {
+            throwRuntimeFailure(env, message, failure);
+        } catch (const Norvane::vrl::vrlInternalException& failure) {
+            throwRuntimeFailure(env, message, failure);
+        }
+        return neutral;
+    });
+}
+
+/// The shape of natives that compute with subscripts, without a clause for casts of sizes.
+template <typename Result, typename Body>
+Result overflowGuarded(JNIEnv* env, Result neutral, Body&& body) {
+    return guarded(neutral, [&]() -> Result {
+        try {
+            return std::forward<Body>(body)();
+        } catch (const tether::Exception&) {
+            throw;
+        } catch (const std::overflow_error& failure) {
+            tether::throwNamedException(env, "java/lang/IndexOutOfBoundsException", failure.what());
+        } catch (const std::exception& failure) {
+            tether::throwNamedException(env, "java/lang/RuntimeException", failure.what());
+        }
+        return neutral;
+    });
+}
+
+/// The shape of natives that read and write by subscript: overflow in casts and products is an index out of bounds,
+/// any other native failure a RuntimeException.
+template <typename Result, typename Body>
+Result subscriptGuarded(JNIEnv* env, Result neutral, Body&& body) {
+    return overflowGuarded(env, neutral, [&]() -> Result {
+        try {
+            return std::forward<Body>(body)();
+        } catch (const boost::numeric::bad_numeric_cast& failure) {
+            tether::throwNamedException(env, "java/lang/IndexOutOfBoundsException", failure.what());
+        }
+        return neutral;
+    });
+}
+
+/// Raises a Java exception of a class with a message and throws the tether marker that goes with it.
+template <typename Marker = tether::Exception>
+[[noreturn]] void raise(JNIEnv* env, const char* className, const char* message) {
+    tether::throwNamedException(env, className, message);
+    throw Marker();
+}
+
+}  // namespace nativevrl

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "tether/envinjector.h"
+
+#include <boost/shared_ptr.hpp>
+#include <boost/thread/once.hpp>
+#include <jni.h>
+
+/// What outlives a call, besides the class proxies. Written at load, emptied at unload, only read in between.
+namespace nativevrl {
+
+/// Empty while the library is not loaded.
+extern boost::shared_ptr<tether::JNIEnvInjector> sharedEnvInjector;
+extern JavaVM* sharedJavaVM;
+/// Lets the first configuration of the runtime finish once.
+extern boost::once_flag krtStartupOnce;
+
+}  // namespace nativevrl

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <jni.h>
+
+/// Ownership of references, once and for all: a local reference lives in a proxy from the line that made it.
+/// Constructing or assigning a proxy from a reference makes a new local reference, so the one given stays its
+/// owner's ("borrowed"); attach takes over the one given; detach gives the proxy's own to the caller, and
+/// stands in a return statement only. A proxy belongs to the thread and the native call that built it.
+namespace nativevrl {
+
+/// Root of all object proxies: owns one local reference, or none.
+class JObjectRef {
+public:
+    /// A private reference to `object`, which may be null. Throws tether::NewLocalRefError when there is none to be had.
+    JObjectRef(JNIEnv* env, jobject object);
+    JObjectRef(const JObjectRef& other);
+    JObjectRef& operator=(const JObjectRef& other);
+    JObjectRef& operator=(jobject object);
+
+    virtual ~JObjectRef();
+    /// Deletes the reference.
+    virtual void reset();
+    /// Gives the reference to the caller.
+    [[nodiscard]] virtual jobject detach();
+    /// Takes over a local reference that JNI just returned; the old one is deleted.
+    virtual void attach(jobject object);
+
+    JNIEnv* env() const noexcept { return env_; }
+    /// The reference, borrowed.
+    jobject ref() const noexcept { return ref_; }
+    bool isNull() const noexcept { return ref_ == nullptr; }
+
+protected:
+    /// Forgets the reference without deleting it.
+    jobject release() noexcept;
+
+private:
+    JNIEnv* env_;
+    jobject ref_ = nullptr;
+};
+
+}  // namespace nativevrl
