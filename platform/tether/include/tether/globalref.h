@@ -29,8 +29,13 @@ public:
         env->DeleteLocalRef(local);
     }
 
+    /// Refers to an object that the caller keeps its own reference to.
+    GlobalRef(const JNIEnvInjector& injector, T borrowed)
+        : injector_(injector), reference_(newGlobalRef(injector, borrowed)) {}
+
     GlobalRef(const GlobalRef& other)
-        : injector_(other.injector_), reference_(newGlobalRef(other.injector_, other.reference_)) {}
+        : injector_(other.injector_),
+          reference_(other.reference_ == nullptr ? nullptr : newGlobalRef(other.injector_, other.reference_)) {}
 
     GlobalRef& operator=(GlobalRef other) noexcept {
         swap(other);

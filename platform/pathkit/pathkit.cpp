@@ -1,0 +1,7 @@
+#include "pathkit/pathkit.h"
+
+#include "basix/basix.h"
+
+bool dsIsMultiByteLead(unsigned char byte) {
+    return utIsMultiByteLead(byte);
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "qx/qx.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace nativevrl {
+
+/// The arrays of one call, which it owns: it destroys what stands in its slots. A slot set to null has passed its
+/// array on. Lengths of up to ten need no allocation.
+class LocalQxArrayList {
+public:
+    static constexpr unsigned inlineItemCount = 10;
+
+    explicit LocalQxArrayList(unsigned count)
+        : count_(count),
+          items_(count <= inlineItemCount ? inlineItems_ : static_cast<qxArray**>(std::malloc(count * sizeof(qxArray*)))) {
+        std::fill_n(items_, count_, nullptr);
+    }
+
+    ~LocalQxArrayList() {
+        std::for_each_n(items_, count_, qxDestroyArray);
+        if (items_ != inlineItems_) {
+            std::free(items_);
+        }
+    }
+
+    LocalQxArrayList(const LocalQxArrayList&) = delete;
+    LocalQxArrayList& operator=(const LocalQxArrayList&) = delete;
+
+    qxArray*& operator[](unsigned index) noexcept { return items_[index]; }
+    qxArray** data() noexcept { return items_; }
+
+private:
+    unsigned count_;
+    qxArray** items_;
+    qxArray* inlineItems_[inlineItemCount];
+};
+
+}  // namespace nativevrl

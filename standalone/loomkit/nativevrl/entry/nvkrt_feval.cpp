@@ -1,0 +1,112 @@
+/// The native that runs a function of a component.
+
+#include "entry/boundary.h"
+#include "entry/localqxarraylist.h"
+#include "jzi/jzi.h"
+#include "krt/krtinstance.h"
+#include "proxies/jnativeptrproxy.h"
+#include "proxies/jnvarrayproxy.h"
+#include "proxies/jnvexceptionproxy.h"
+#include "proxies/jnvjavaobjectrefproxy.h"
+#include "proxies/jobjectarrayproxy.h"
+#include "proxies/jsystemproxies.h"
+#include "toarray/jconvert.h"
+#include "vrlbase/vrlbase.h"
+#include "vrlkrt/vrlkrt.h"
+
+#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+
+#include <string>
+#include <vector>
+
+using namespace nativevrl;
+
+namespace {
+
+/// One input as an array of the caller's: a Java object reference wrapped, anything else converted.
+qxArray* arrayOfInput(JNIEnv* env, krtInstance& instance, const JObjectProxy& input) {
+    if (!input.isNull() && input.isInstanceOf<JNVJavaObjectRefClassProxy>()) {
+        const JObjectProxy referent = JNVJavaObjectRefProxy(env, input.ref()).get();
+        // The global reference passes to the array.
+        return instance.javaObjectToQxArray(env->NewGlobalRef(referent.ref()));
+    }
+    return JConvert::convertObject(env, input);
+}
+
+void convertInputs(JNIEnv* env, krtInstance& instance, const JListIteratorProxy& inputs, LocalQxArrayList& arrays) {
+    for (unsigned i = 0; inputs.hasNext(); ++i) {
+        arrays[i] = arrayOfInput(env, instance, inputs.next());
+    }
+}
+
+/// The Java object of one result. The array is the new object's from here on.
+JObjectProxy objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result) {
+    if (result != nullptr && ojIsJavaArray(result)) {
+        return NewJNVJavaObjectRefProxy(env, result, &instance);
+    }
+    return NewJNVArrayProxy(env, result);
+}
+
+/// Hands the results over, one to each place of the iterator. An array stays in its slot until its object is made
+/// and answers for it, so that a failure finds one owner and not two.
+void handBack(JNIEnv* env, krtInstance& instance, const JListIteratorProxy& outputs, LocalQxArrayList& arrays) {
+    for (unsigned i = 0; outputs.hasNext(); ++i) {
+        outputs.next();
+        const JObjectProxy object = objectOfResult(env, instance, arrays[i]);
+        arrays[i] = nullptr;
+        outputs.set(object.ref());
+    }
+}
+
+struct Evaluation {
+    jobject instance;
+    jstring function;
+    jint nlhs;
+    jobject outputs;
+    jint nrhs;
+    jobject inputs;
+};
+
+void evaluate(JNIEnv* env, const Evaluation& evaluation) {
+    const JNativePtrProxy instancePtr(env, evaluation.instance);
+    JStringProxy function(env, evaluation.function);
+    const JListIteratorProxy outputs(env, evaluation.outputs);
+    const JListIteratorProxy inputs(env, evaluation.inputs);
+    LocalQxArrayList results(static_cast<unsigned>(evaluation.nlhs));
+    LocalQxArrayList arguments(static_cast<unsigned>(evaluation.nrhs));
+    void* handle = instancePtr.address();
+    krtInstance& instance = *vrlHandleToKrtInstancePtr(handle);
+    convertInputs(env, instance, inputs, arguments);
+    vrlLoomkitFeval(handle, function.getStringUTFChars(), evaluation.nlhs, results.data(), evaluation.nrhs,
+                    arguments.data());
+    handBack(env, instance, outputs, results);
+}
+
+/// Raises an NVException with the message and the native stack of a failed function.
+void throwWithStack(JNIEnv* env, const Norvane::vrl::vrlBaseException& failure) {
+    const std::vector<std::string> lines = createStackStrings(failure.getStack());
+    NewJObjectArrayProxy<JStringProxy> stack(env, static_cast<jsize>(lines.size()));
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        stack.set(static_cast<jsize>(i), NewJStringProxy(env, lines[i].c_str()).ref());
+    }
+    const NewJStringProxy message(env, failure.getErrorMessage().c_str());
+    const NewJNVExceptionProxy exception(env, static_cast<jstring>(message.ref()), stack.array(),
+                                         static_cast<jint>(lines.size()));
+    env->Throw(static_cast<jthrowable>(exception.ref()));
+}
+
+}  // namespace
+
+void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(JNIEnv* env, jclass, jobject instance, jstring function,
+                                                              jint nlhs, jobject outputs, jint nrhs, jobject inputs) {
+    guarded([&] {
+        try {
+            evaluate(env, {instance, function, nlhs, outputs, nrhs, inputs});
+        } catch (const Norvane::vrl::vrlBaseException& failure) {
+            throwWithStack(env, failure);
+        } catch (const Norvane::vrl::vrlInternalException& failure) {
+            std::string message = "An unknown internal error has occurred while trying to run the TAVRIX function.\n";
+            throwRuntimeFailure(env, message, failure);
+        }
+    });
+}
