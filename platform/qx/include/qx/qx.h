@@ -102,7 +102,7 @@ private:
     qxVariableScope scope_ = qxFREE_SCOPE;
     const std::uint32_t* dimensions_ = nullptr;
     qxStorage* storage_ = nullptr;
-    qxArray* scopePrevious_ = nullptr;
+    qxArray** scopeLink_ = nullptr;  // what points at this array in its scope's list; null outside of any scope
     qxArray* scopeNext_ = nullptr;
     std::uint32_t inlineDimensions_[4] = {};
 };
@@ -127,6 +127,7 @@ qxArray* qxCreateStringUtf16(const char16_t* units, std::size_t count);
 
 qxArray* qxCreateCellArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions);
 qxArray* qxCreateCellMatrix(std::uint32_t rows, std::uint32_t columns);
+/// Field names are not empty and not the same twice; otherwise the result is null.
 qxArray* qxCreateStructArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, std::uint32_t fieldCount,
                              const char** fieldNames);
 qxArray* qxCreateStructMatrix(std::uint32_t rows, std::uint32_t columns, std::uint32_t fieldCount,
@@ -154,11 +155,13 @@ void* qxGetOpaquePayload(const qxArray* array);
 
 /// New header over the same storage; null on failure or for null.
 qxArray* qxCreateSharedDataCopy(const qxArray* source);
-/// Deep copy: cells, fields and index tables too. A payload of an opaque value is shared. Null for null.
+/// Deep copy: cells, fields and index tables too. A payload of an opaque value is shared. Elements that share storage
+/// with one another do so in the copy as well. Null for null.
 qxArray* qxDuplicateArray(const qxArray* source);
 /// Copy with the elements of another numeric, logical or char class. Integers saturate, fractions round to
-/// nearest with halves away from zero, NaN gives 0 in an integer; a sparse source stays sparse where the
-/// target class is double or logical and becomes dense otherwise. Null when there is no such conversion.
+/// nearest with halves away from zero, NaN gives 0 in an integer or logical; a sparse source stays sparse where the
+/// target class is double or logical and becomes dense otherwise. An imaginary part is dropped where the class has
+/// none. The same class gives a deep copy. Null when there is no such conversion.
 qxArray* qxCreateConvertedCopy(const qxArray* source, qxClassID classId);
 /// Sparse array with the non-zero elements of a dense double or logical matrix; a shared copy when it is
 /// sparse already. Null for any other array.
@@ -223,9 +226,12 @@ std::string qxGetString(const qxArray* array);
 
 /// Element of slot `index`, borrowed, or null.
 qxArray* qxGetCell(const qxArray* array, std::size_t index);
-/// Stores `value` (null is fine) in a cell or struct slot and takes it over. The old element is the caller's to end.
+/// Stores `value` (null is fine) in a cell or struct slot and takes it over. The old element is the caller's to end,
+/// also before the call. A value that shares storage with `array`, or holds such a one at any depth, is stored as a
+/// deep copy, so that no array holds itself. Where there is no slot `index` the value is ended.
 void qxSetCell(qxArray* array, std::size_t index, qxArray* value);
-/// Adds a field at the end, null in every element. Returns its number, also of a field that exists; -1 on failure.
+/// Adds a field at the end, null in every element. Returns its number, also of a field that exists; -1 on failure: no
+/// struct array, no name or an empty one, no memory. Names that differ only in the kind of UTF-8 are the same.
 int qxAddField(qxArray* array, const char* name);
 /// Zero-based number of a field; -1 when there is none.
 int qxGetFieldNumber(const qxArray* array, const char* name);
@@ -245,7 +251,8 @@ void qxSetNzmax(qxArray* array, std::uint32_t capacity);
 /// The arrays' own memory: zeroed, or not; 64-byte aligned; a block also for zero bytes; null when exhausted.
 void* qxMalloc(std::size_t bytes);
 void* qxCalloc(std::size_t count, std::size_t size);
-/// Moves a block to a new size, keeping what fits; null leaves the old block as it was.
+/// Moves a block to a new size, keeping what fits; null leaves the old block as it was. A null block is a new one. What
+/// lies behind the old contents is not zeroed.
 void* qxRealloc(void* block, std::size_t bytes);
 void qxFree(void* block);
 
@@ -261,10 +268,12 @@ bool qxIsNaN(double value);
 // ---- Serialised form and display
 
 /// The array as a new 1-by-n uint8 array of deterministic CBOR: equal arrays give equal bytes. Null when
-/// the array can't be written (an opaque value, a cell nested too deep) or memory runs out.
+/// the array can't be written (an opaque value, arrays nested more than 256 deep, sparse tables that don't fit
+/// together, a form of more than 2^31-1 bytes) or memory runs out.
 qxArray* qxSerialize(const qxArray* array);
 /// The array behind such bytes; null unless every byte is as qxSerialize would have written it.
 qxArray* qxDeserialize(const void* bytes, std::size_t count);
 
-/// The array as the runtime displays it, lines ended by a line feed; modified UTF-8.
+/// The array as the runtime displays it, lines ended by a line feed; modified UTF-8. Long output is cut, with a line
+/// that says how much is left out. Empty when memory runs out.
 std::string qxToText(const qxArray* array);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <memory>
+
+#include "qx/qx.h"
+
+/// Ends an array as qxDestroyArray does.
+struct qxArrayDeleter {
+    void operator()(qxArray* array) const noexcept { qxDestroyArray(array); }
+};
+
+/// Sole owner of an array. `release()` where the array goes to Java, to a caller or into a cell or struct slot.
+using qxArrayOwner = std::unique_ptr<qxArray, qxArrayDeleter>;
