@@ -3,6 +3,7 @@
 /// Text in the local code page: the one of the process's locale unless a test or the runtime sets another.
 
 #include <cstddef>
+#include <string>
 
 using utf16_t = char16_t;
 
@@ -22,3 +23,8 @@ bool utIsMultiByteLead(unsigned char byte);
 /// Makes `name` (an ICU converter name such as "Shift_JIS") the local code page; null returns to the locale's.
 /// Returns false, with nothing changed, for a name that is not known. Not to be called while others convert.
 bool utSetCodePage(const char* name);
+
+/// A UTF-8 text (plain or modified, with a surrogate pair as two three-byte sequences) in the local code page. What
+/// is damaged, or not in the code page, becomes the code page's substitution character. Empty when the text is longer
+/// than 2^27 characters or there is no converter.
+std::string utLocalText(const char* utf8);

@@ -3,6 +3,7 @@
 /// The base of the runtime: start and stop, options, status, the one mutex, failures.
 
 #include "vrlbase/exceptions.h"
+#include "vrlbase/runtime.h"
 
 #include <boost/shared_ptr.hpp>
 

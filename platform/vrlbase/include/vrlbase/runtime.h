@@ -1,0 +1,20 @@
+#pragma once
+
+/// What the layers above the base use of it: the log, the cache folder, macros in paths, and the end of the runtime.
+
+#include <string>
+
+/// Appends a text to the log file; without one it is dropped. Null is fine. Safe on any thread.
+void vrlWriteLog(const char* text);
+
+/// Folder under which components are extracted: the one of -cachedir, or else one of the user's own. Not created here.
+std::string vrlGetCacheDirectory();
+
+/// Gives `$(name)` in a path a meaning, in place of an earlier one. Without effect when either is null or the name empty.
+void vrlSetPathMacro(const char* name, const char* path);
+/// The path with every known `$(name)` replaced, once; unknown ones stay.
+std::string vrlExpandPathMacros(const std::string& path);
+
+/// Has `hook` called whenever the runtime stops, before the options go back to their defaults. Registering a hook
+/// again is without effect.
+void vrlOnTermination(void (*hook)());

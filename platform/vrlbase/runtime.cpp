@@ -1,0 +1,158 @@
+#include "vrlbase/runtime.h"
+
+#include "options.h"
+#include "vrlbase/vrlbase.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace {
+
+using Norvane::vrl::vrlBaseException;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using LogFile = std::unique_ptr<std::FILE, CloseFile>;
+
+/// The state of the runtime. The log has a lock of its own: it is written while others are held.
+struct Runtime {
+    std::mutex mutex;
+    bool running = false;
+    vrlbase::Options options;
+    std::vector<void (*)()> terminationHooks;
+    boost::shared_ptr<jzi::JavaVMConfig> javaVMConfig;
+
+    std::mutex logMutex;
+    LogFile log;
+};
+
+/// Never ended: the configuration holds references of a virtual machine that may be gone when static objects go.
+Runtime& runtime() {
+    static Runtime& instance = *new Runtime;
+    return instance;
+}
+
+LogFile openLog(const std::string& name) {
+    if (name.empty()) {
+        return nullptr;
+    }
+    LogFile log(std::fopen(name.c_str(), "ae"));
+    if (log == nullptr) {
+        throw vrlBaseException("option -logfile: " + name + " can't be written: " + std::strerror(errno));
+    }
+    return log;
+}
+
+void adopt(Runtime& state, vrlbase::Options options, LogFile log, bool running) {
+    {
+        const std::lock_guard<std::mutex> lock(state.mutex);
+        std::swap(state.options, options);
+        state.running = running;
+    }
+    const std::lock_guard<std::mutex> lock(state.logMutex);
+    state.log.swap(log);
+}
+
+template <typename T>
+T read(T Runtime::* member) {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return state.*member;
+}
+
+}  // namespace
+
+void vrlInitializeApplicationImpl(const char** options, unsigned count) {
+    vrlbase::Options parsed = vrlbase::parseOptions(options, count);
+    LogFile log = openLog(parsed.logFile);
+    adopt(runtime(), std::move(parsed), std::move(log), true);
+}
+
+void vrlTerminateApplicationImpl() {
+    if (!vrlIsKRTInitialized()) {
+        return;
+    }
+    for (void (*hook)() : read(&Runtime::terminationHooks)) {
+        hook();
+    }
+    adopt(runtime(), {}, nullptr, false);
+}
+
+void vrlOnTermination(void (*hook)()) {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    auto& hooks = state.terminationHooks;
+    if (std::find(hooks.begin(), hooks.end(), hook) == hooks.end()) {
+        hooks.push_back(hook);
+    }
+}
+
+bool vrlIsKRTInitialized() {
+    return read(&Runtime::running);
+}
+
+bool vrlIsKcc() {
+    return false;
+}
+
+bool vrlIsJVMEnabled() {
+    return !read(&Runtime::options).noJvm;
+}
+
+bool vrlIsNoDisplaySet() {
+    return read(&Runtime::options).noDisplay;
+}
+
+const char* vrlGetLogFileName() {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return state.options.logFile.c_str();
+}
+
+bool vrlSetZvmState(int state, boost::shared_ptr<jzi::JavaVMConfig> config) {
+    constexpr int insideRunningMachine = 4;
+    if (state != insideRunningMachine || !config) {
+        return false;
+    }
+    Runtime& current = runtime();
+    const std::lock_guard<std::mutex> lock(current.mutex);
+    current.javaVMConfig.swap(config);
+    return true;
+}
+
+boost::shared_ptr<jzi::JavaVMConfig> vrlGetJavaVMConfig() {
+    return read(&Runtime::javaVMConfig);
+}
+
+void vrlWriteLog(const char* text) {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.logMutex);
+    if (text != nullptr && state.log != nullptr) {
+        std::fputs(text, state.log.get());
+        std::fflush(state.log.get());
+    }
+}
+
+std::string vrlGetCacheDirectory() {
+    const std::string chosen = read(&Runtime::options).cacheDirectory;
+    if (!chosen.empty()) {
+        return chosen;
+    }
+    if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache != nullptr && *cache == '/') {
+        return std::string(cache) + "/loomkit/components";
+    }
+    if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') {
+        return std::string(home) + "/.cache/loomkit/components";
+    }
+    return (std::filesystem::temp_directory_path() / ("loomkit-" + std::to_string(getuid())) / "components").string();
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "krt/component.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace vrlkrt {
+
+/// The shared object of a component, mapped for as long as somebody holds this.
+class ComponentLibrary {
+public:
+    /// Maps the file. Throws vrlBaseException that names the component, the file and what the loader says.
+    ComponentLibrary(const std::string& component, const std::string& file);
+    /// Unmaps it, unless it is to stay.
+    ~ComponentLibrary();
+    ComponentLibrary(const ComponentLibrary&) = delete;
+    ComponentLibrary& operator=(const ComponentLibrary&) = delete;
+
+    /// Null when the library has no such symbol.
+    krtEntry entry(const std::string& symbol) const;
+
+    /// Keeps the library mapped for good: a thread of the component runs its code, and nobody can tell until when.
+    void pin() noexcept { pinned_ = true; }
+
+private:
+    void* library_;
+    std::atomic<bool> pinned_{false};
+};
+
+}  // namespace vrlkrt
