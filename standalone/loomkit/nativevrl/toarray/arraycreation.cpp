@@ -1,0 +1,161 @@
+#include "toarray/arraycreation.h"
+
+#include "arrays/arrayhandle.h"
+#include "entry/boundary.h"
+#include "proxies/invariant.h"
+#include "proxies/jnvarrayproxy.h"
+#include "qx/arrayowner.h"
+#include "toarray/compound.h"
+#include "toarray/nestedstore.h"
+#include "toarray/plainextents.h"
+#include "toarray/visitclass.h"
+
+#include <string>
+
+namespace nativevrl::JConvert {
+
+namespace {
+
+/// Native extents of what the specifier lists by nesting level.
+std::vector<unsigned> nativeExtents(JNVArrayPropertySpecifier& specifier) {
+    std::vector<unsigned> extents;
+    if (specifier.hasDimensions()) {
+        const std::vector<unsigned>& dimensions = specifier.getDimensions();
+        const IMapFunction<unsigned, unsigned>& order = specifier.getNestingOrder();
+        for (unsigned i = 0; i < dimensions.size(); ++i) {
+            extents.push_back(dimensions[order.map(i)]);
+        }
+    }
+    if (extents.empty()) {
+        return {0, 0};
+    }
+    if (extents.size() == 1) {
+        return {1, extents.front()};
+    }
+    return extents;
+}
+
+qxArray* createStructArray(const PlainExtents& extents, const std::vector<std::string>& fieldNames) {
+    std::vector<const char*> names;
+    for (const std::string& name : fieldNames) {
+        names.push_back(name.c_str());
+    }
+    return qxCreateStructArray(extents.count(), extents.data(), static_cast<std::uint32_t>(names.size()), names.data());
+}
+
+[[noreturn]] void refuseCreation(JNIEnv* env) {
+    raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
+}
+
+[[noreturn]] void refuseType(JNIEnv* env, jobject object) {
+    JStringProxy name = JObjectProxy(env, object).getClassName();
+    const std::string message =
+        std::string("Tried to create qxArray of unsupported type.  Java type: ") + name.getStringUTFChars();
+    raise(env, "java/lang/RuntimeException", message.c_str());
+}
+
+/// Walks one part of the data into its block.
+template <typename Target>
+void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real) {
+    jobject source = real ? initializer.real() : initializer.imaginary();
+    if (source == nullptr || (!real && initializer.getComplexity() != qxCOMPLEX)) {
+        return;
+    }
+    auto* block = static_cast<typename Target::Storage*>(partOf(array, real));
+    if (block == nullptr) {
+        return;
+    }
+    const LevelTable levels = buildLevelTable(initializer.getDimensions(), initializer.getNestingOrder());
+    NestedStore<Target>(initializer.env(), Target::classId == qxCHAR_CLASS)
+        .store(block, levels, source, !qxIsEmpty(array));
+}
+
+template <typename Target>
+void fillParts(JNVArrayInitializer& initializer, qxArray* array) {
+    fillPart<Target>(initializer, array, true);
+    fillPart<Target>(initializer, array, false);
+}
+
+void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* array) {
+    if (classId == qxCELL_CLASS) {
+        fillCellFromJava(initializer.env(), initializer.real(), array);
+    } else if (classId == qxSTRUCT_CLASS) {
+        fillStructFromJava(initializer.env(), initializer.real(), array);
+    } else if (classId == qxFUNCTION_CLASS) {
+        fillParts<FunctionElement>(initializer, array);
+    } else if (!visitElementClass(classId, [&](auto target) { fillParts<decltype(target)>(initializer, array); })) {
+        raise(initializer.env(), "java/lang/RuntimeException", "Tried to create qxArray of unsupported type");
+    }
+}
+
+/// Stated dimensions, and the complexity with them, must be those of a native array that is passed on.
+void checkMatches(JNVArrayInitializer& initializer, const qxArray* source) {
+    const std::vector<unsigned>& stated = initializer.getDimensions();
+    const std::uint32_t* extents = source->get_dimensions();
+    const bool sameExtents = stated.size() == source->numberOfDimensions() && std::equal(stated.begin(), stated.end(), extents);
+    if (!sameExtents || isComplex(source) != (initializer.getComplexity() > qxREAL)) {
+        raise(initializer.env(), "java/lang/RuntimeException", "array dimensions do not match");
+    }
+}
+
+bool hasElementClass(qxClassID classId) {
+    return visitElementClass(classId, [](auto) {});
+}
+
+/// A handle of its own on a native array that a Java wrapper holds; of another class where one is stated.
+qxArray* passOn(JNVArrayInitializer& initializer) {
+    JNIEnv* env = initializer.env();
+    const qxArray* source = JNVBuiltinArrayProxy(env, initializer.real()).getArray();
+    const qxClassID ownClass = classIdOf(source);
+    const qxClassID target = initializer.isClassDerived() ? ownClass : initializer.getClassID();
+    if (!initializer.isDimensionDerived()) {
+        checkMatches(initializer, source);
+    }
+    const bool converts = target != qxUNKNOWN_CLASS && target != ownClass;
+    if (converts && !(hasElementClass(ownClass) && hasElementClass(target))) {
+        refuseType(env, initializer.real());
+    }
+    qxArray* result = converts ? qxCreateConvertedCopy(source, target) : qxCreateSharedDataCopy(source);
+    if (result == nullptr) {
+        refuseCreation(env);
+    }
+    return freeForJava(result);
+}
+
+}  // namespace
+
+qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier) {
+    const qxComplexity complexity = specifier.hasComplexity() ? specifier.getComplexity() : qxREAL;
+    const qxClassID classId = specifier.hasClassID() ? specifier.getClassID() : qxDOUBLE_CLASS;
+    const std::vector<unsigned> native = nativeExtents(specifier);
+    const PlainExtents extents(native.begin(), native.end());
+    qxArray* array = nullptr;
+    if (classId == qxCELL_CLASS) {
+        array = qxCreateCellArray(extents.count(), extents.data());
+    } else if (classId == qxSTRUCT_CLASS) {
+        array = createStructArray(extents, specifier.fieldNames());
+    } else {
+        array = qxCreateNumericArray(extents.count(), extents.data(), classId, complexity);
+    }
+    if (array == nullptr) {
+        refuseCreation(env);
+    }
+    return freeForJava(array);
+}
+
+qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initializer) {
+    jobject real = initializer.real();
+    if (real != nullptr && JNVBuiltinArrayClassProxy::instance(env)->isInstance(env, real)) {
+        return passOn(initializer);
+    }
+    const qxClassID classId = initializer.getClassID();
+    if (classId == qxUNKNOWN_CLASS) {
+        refuseType(env, initializer.imaginary() != nullptr ? initializer.imaginary() : real);
+    }
+    qxArrayOwner array(createArrayFromProperties(env, initializer));
+    stateInvariant(array != nullptr, "NULL != qx", __FILE__, __LINE__);
+    fillFromJava(initializer, classId, array.get());
+    return array.release();
+}
+
+}  // namespace nativevrl::JConvert

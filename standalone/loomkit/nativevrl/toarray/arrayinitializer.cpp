@@ -1,0 +1,78 @@
+#include "toarray/arrayinitializer.h"
+
+#include "toarray/classification.h"
+#include "toarray/compound.h"
+#include "toarray/dimensions.h"
+#include "toarray/leveltable.h"
+
+namespace nativevrl::JConvert {
+
+const std::vector<unsigned>& JNVArrayInitializer::getDimensions() {
+    if (!dimensionsDecided_) {
+        const bool isChar = getClassID() == qxCHAR_CLASS;
+        std::vector<unsigned> dimensions;
+        collectDimensions(env_, dimensions, real_, isChar);
+        if (getComplexity() == qxCOMPLEX) {
+            std::vector<unsigned> ofImaginary;
+            collectDimensions(env_, ofImaginary, imaginary_, isChar);
+            mergeDimensions(dimensions, 0, ofImaginary);
+        }
+        if (dimensions.empty() && (real_ != nullptr || imaginary_ != nullptr)) {
+            dimensions.push_back(1);
+        }
+        decidedDimensions_ = std::move(dimensions);
+        javaOrder_ = JavaDimensionNestingOrder(static_cast<unsigned>(decidedDimensions_.size()));
+        dimensionsDecided_ = true;
+    }
+    return decidedDimensions_;
+}
+
+const IMapFunction<unsigned, unsigned>& JNVArrayInitializer::getNestingOrder() {
+    if (useJavaDimensionOrder) {
+        return javaOrder_;
+    }
+    return nativeOrder_;
+}
+
+qxClassID JNVArrayInitializer::getClassID() {
+    if (!classDecided_) {
+        decidedClass_ = deriveClass();
+        classDecided_ = true;
+    }
+    return decidedClass_;
+}
+
+qxClassID JNVArrayInitializer::deriveClass() {
+    if (real_ == nullptr && imaginary_ == nullptr) {
+        return qxDOUBLE_CLASS;
+    }
+    qxClassID classId = qxUNKNOWN_CLASS;
+    if (real_ != nullptr) {
+        classId = classifyJavaObject(env_, real_, true);
+        if (classId == qxSTRUCT_CLASS) {
+            gatherFieldNamesOfStruct(*this, real_);
+        }
+    }
+    if (classId == qxUNKNOWN_CLASS && imaginary_ != nullptr) {
+        classId = classifyJavaObject(env_, imaginary_, true);
+    }
+    return classId;
+}
+
+const std::vector<unsigned>& JNVSpecifiedArrayInitializer::getDimensions() {
+    return stated_->hasDimensions() ? stated_->getDimensions() : JNVArrayInitializer::getDimensions();
+}
+
+const IMapFunction<unsigned, unsigned>& JNVSpecifiedArrayInitializer::getNestingOrder() {
+    return stated_->hasDimensions() ? stated_->getNestingOrder() : JNVArrayInitializer::getNestingOrder();
+}
+
+qxClassID JNVSpecifiedArrayInitializer::getClassID() {
+    return stated_->hasClassID() ? stated_->getClassID() : JNVArrayInitializer::getClassID();
+}
+
+qxComplexity JNVSpecifiedArrayInitializer::getComplexity() {
+    return stated_->hasComplexity() ? stated_->getComplexity() : JNVArrayInitializer::getComplexity();
+}
+
+}  // namespace nativevrl::JConvert

@@ -1,0 +1,121 @@
+#include "toarray/classification.h"
+
+#include "proxies/jboxedproxies.h"
+#include "proxies/jnonkrtproxies.h"
+#include "proxies/jobjectarrayproxy.h"
+
+#include <boost/regex.hpp>
+
+#include <string>
+
+namespace nativevrl::JConvert {
+
+namespace {
+
+template <typename ClassProxy>
+bool isA(JNIEnv* env, jobject object) {
+    return ClassProxy::instance(env)->isInstance(env, object);
+}
+
+using Test = bool (*)(JNIEnv*, jobject);
+
+struct TestedClass {
+    Test fits;
+    qxClassID classId;
+};
+
+template <typename ElementProxy>
+constexpr Test isArrayOf = isA<JObjectArrayClassProxy<ElementProxy>>;
+
+template <typename T>
+bool isRowOrBoxOf(JNIEnv* env, jobject object) {
+    return isA<JPrimitiveArrayClassProxy<T>>(env, object) || isA<typename BoxedProxy<T>::Type::ClassProxy>(env, object);
+}
+
+constexpr TestedClass kArrayClasses[] = {
+    {isArrayOf<JStringProxy>, qxCHAR_CLASS},   {isArrayOf<JBooleanProxy>, qxLOGICAL_CLASS},
+    {isArrayOf<JByteProxy>, qxINT8_CLASS},     {isArrayOf<JCharacterProxy>, qxCHAR_CLASS},
+    {isArrayOf<JDoubleProxy>, qxDOUBLE_CLASS}, {isArrayOf<JFloatProxy>, qxSINGLE_CLASS},
+    {isArrayOf<JIntegerProxy>, qxINT32_CLASS}, {isArrayOf<JLongProxy>, qxINT64_CLASS},
+    {isArrayOf<JShortProxy>, qxINT16_CLASS},
+};
+
+constexpr TestedClass kScalarClasses[] = {
+    {isA<JStringClassProxy>, qxCHAR_CLASS},    {isRowOrBoxOf<jboolean>, qxLOGICAL_CLASS},
+    {isRowOrBoxOf<jbyte>, qxINT8_CLASS},       {isRowOrBoxOf<jchar>, qxCHAR_CLASS},
+    {isRowOrBoxOf<jdouble>, qxDOUBLE_CLASS},   {isRowOrBoxOf<jfloat>, qxSINGLE_CLASS},
+    {isRowOrBoxOf<jint>, qxINT32_CLASS},       {isRowOrBoxOf<jlong>, qxINT64_CLASS},
+    {isRowOrBoxOf<jshort>, qxINT16_CLASS},
+};
+
+template <std::size_t N>
+qxClassID firstFit(const TestedClass (&classes)[N], JNIEnv* env, jobject object) {
+    for (const TestedClass& tested : classes) {
+        if (tested.fits(env, object)) {
+            return tested.classId;
+        }
+    }
+    return qxUNKNOWN_CLASS;
+}
+
+struct NamedClass {
+    boost::regex pattern;
+    qxClassID classId;
+};
+
+/// By the name of an array class: for the empty arrays of arrays, whose depth no class proxy covers.
+qxClassID classOfArrayName(const std::string& name) {
+    static const NamedClass patterns[] = {
+        {boost::regex("\\[+(Z|Ljava.lang.Boolean;)"), qxLOGICAL_CLASS},
+        {boost::regex("\\[+(C|Ljava.lang.(Character|String);)"), qxCHAR_CLASS},
+        {boost::regex("\\[+(B|Ljava.lang.Byte;)"), qxINT8_CLASS},
+        {boost::regex("\\[+(S|Ljava.lang.Short;)"), qxINT16_CLASS},
+        {boost::regex("\\[+(I|Ljava.lang.Integer;)"), qxINT32_CLASS},
+        {boost::regex("\\[+(J|Ljava.lang.Long;)"), qxINT64_CLASS},
+        {boost::regex("\\[+(F|Ljava.lang.Float;)"), qxSINGLE_CLASS},
+        {boost::regex("\\[+(D|Ljava.lang.Double;)"), qxDOUBLE_CLASS},
+    };
+    for (const NamedClass& named : patterns) {
+        if (boost::regex_match(name, named.pattern)) {
+            return named.classId;
+        }
+    }
+    return qxUNKNOWN_CLASS;
+}
+
+/// Class of an empty or null object array.
+qxClassID classifyByArrayClass(JNIEnv* env, jobject array) {
+    const qxClassID declared = firstFit(kArrayClasses, env, array);
+    if (declared != qxUNKNOWN_CLASS) {
+        return declared;
+    }
+    JStringProxy name = JObjectProxy(env, array).getClassName();
+    return classOfArrayName(name.getStringUTFChars());
+}
+
+}  // namespace
+
+qxClassID classifyJavaObject(JNIEnv* env, jobject object, bool allowCompound) {
+    if (isArrayOf<JObjectProxy>(env, object)) {
+        auto* elements = static_cast<jobjectArray>(object);
+        if (object != nullptr && env->GetArrayLength(elements) > 0) {
+            JObjectRef first(env, nullptr);
+            first.attach(tether::getObjectArrayElement(env, elements, 0));
+            return classifyJavaObject(env, first.ref(), false);
+        }
+        const qxClassID declared = classifyByArrayClass(env, object);
+        if (declared != qxUNKNOWN_CLASS) {
+            return declared;
+        }
+    }
+    const qxClassID scalar = firstFit(kScalarClasses, env, object);
+    if (scalar != qxUNKNOWN_CLASS || !allowCompound) {
+        return scalar;
+    }
+    if (isA<JNonKRTStructClassProxy>(env, object)) {
+        return qxSTRUCT_CLASS;
+    }
+    return isA<JNonKRTCellClassProxy>(env, object) ? qxCELL_CLASS : qxUNKNOWN_CLASS;
+}
+
+}  // namespace nativevrl::JConvert

@@ -1,0 +1,110 @@
+#include "toarray/dimensions.h"
+
+#include "proxies/jboxedproxies.h"
+#include "proxies/jnonkrtproxies.h"
+#include "toarray/javakind.h"
+#include "toarray/pinnedelements.h"
+
+#include <algorithm>
+
+namespace nativevrl::JConvert {
+
+namespace {
+
+/// Measures an object straight into one list: an entry exists as soon as its level was met, and grows from then on.
+class DimensionCollector {
+public:
+    DimensionCollector(JNIEnv* env, std::vector<unsigned>& list, bool isChar)
+        : env_(env), kindOf_(env), list_(list), isChar_(isChar) {}
+
+    void collect(jobject object, std::size_t level) {
+        const JavaKind kind = kindOf_(object);
+        switch (kind) {
+            case JavaKind::kNull:
+                return;
+            case JavaKind::kObjectArray:
+                collectElements(static_cast<jobjectArray>(object), level);
+                return;
+            case JavaKind::kOther:
+                collectOther(object, level);
+                return;
+            default:
+                raise(level, env_->GetArrayLength(static_cast<jarray>(object)));
+                if (isChar_ && kind != JavaKind::kCharArray) {
+                    collectTexts(object, kind, level + 1);
+                }
+        }
+    }
+
+private:
+    void raise(std::size_t level, jint extent) {
+        const auto size = static_cast<unsigned>(extent);
+        if (level < list_.size()) {
+            list_[level] = std::max(list_[level], size);
+        } else {
+            list_.push_back(size);
+        }
+    }
+
+    void collectElements(jobjectArray array, std::size_t level) {
+        const jsize length = env_->GetArrayLength(array);
+        raise(level, length);
+        JObjectRef element(env_, nullptr);
+        for (jsize i = 0; i < length; ++i) {
+            element.attach(tether::getObjectArrayElement(env_, array, i));
+            collect(element.ref(), level + 1);
+        }
+    }
+
+    void collectTexts(jobject array, JavaKind kind, std::size_t level) {
+        raise(level, 0);
+        visitPrimitive(kind, [&](auto zero) {
+            for (const auto value : PinnedElements<decltype(zero)>(env_, array)) {
+                raise(level, textOf(env_, value).length());
+            }
+        });
+    }
+
+    void collectOther(jobject object, std::size_t level) {
+        if (isChar_ && !JCharacterClassProxy::instance(env_)->isInstance(env_, object)) {
+            if (JStringClassProxy::instance(env_)->isInstance(env_, object)) {
+                raise(level, env_->GetStringLength(static_cast<jstring>(object)));
+            } else {
+                raise(level, JObjectProxy(env_, object).toString().length());
+            }
+        } else if (JNonKRTStructClassProxy::instance(env_)->isInstance(env_, object)) {
+            appendExtents(JNonKRTStructProxy(env_, object).getDimensions(), level);
+        } else if (JNonKRTCellClassProxy::instance(env_)->isInstance(env_, object)) {
+            appendExtents(JNonKRTCellProxy(env_, object).getDimensions(), level);
+        }
+    }
+
+    void appendExtents(const JPrimitiveArrayProxy<jint>& extents, std::size_t level) {
+        for (const jint extent : PinnedElements<jint>(env_, extents.ref())) {
+            raise(level++, extent);
+        }
+    }
+
+    JNIEnv* env_;
+    JavaKindReader kindOf_;
+    std::vector<unsigned>& list_;
+    bool isChar_;
+};
+
+}  // namespace
+
+void collectDimensions(JNIEnv* env, std::vector<unsigned>& list, jobject object, bool isChar) {
+    DimensionCollector(env, list, isChar).collect(object, 0);
+}
+
+void mergeDimensions(std::vector<unsigned>& list, std::size_t start, const std::vector<unsigned>& other) {
+    for (std::size_t i = 0; i < other.size(); ++i) {
+        if (start + i < list.size()) {
+            list[start + i] = std::max(list[start + i], other[i]);
+        } else {
+            list.push_back(other[i]);
+        }
+    }
+}
+
+}  // namespace nativevrl::JConvert

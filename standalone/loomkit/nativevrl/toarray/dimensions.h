@@ -1,0 +1,17 @@
+#pragma once
+
+#include <jni.h>
+
+#include <vector>
+
+namespace nativevrl::JConvert {
+
+/// Appends the extents of a Java object to an empty list, outermost nesting level first: of ragged arrays the largest
+/// at each level, the deepest branch setting the number of levels. Null and scalars have none. `isChar` makes the
+/// texts of strings, numbers and other objects count, as a level of their own.
+void collectDimensions(JNIEnv* env, std::vector<unsigned>& list, jobject object, bool isChar);
+
+/// Raises the entries of `list` from `start` on to those of `other`, and appends what it has more.
+void mergeDimensions(std::vector<unsigned>& list, std::size_t start, const std::vector<unsigned>& other);
+
+}  // namespace nativevrl::JConvert

@@ -1,0 +1,148 @@
+#include "toarray/flatstore.h"
+
+#include "arrays/arrayhandle.h"
+#include "entry/boundary.h"
+#include "proxies/jboxedproxies.h"
+#include "toarray/javakind.h"
+#include "toarray/pinnedelements.h"
+#include "toarray/visitclass.h"
+
+#include <algorithm>
+
+namespace nativevrl::JConvert {
+
+namespace {
+
+std::size_t common(std::size_t count, jsize length) {
+    return std::min(count, static_cast<std::size_t>(length));
+}
+
+template <typename Target>
+using Block = typename Target::Storage*;
+
+/// A primitive array of the kind, or a null, which is of every kind and can't be pinned.
+template <typename Target>
+bool storePrimitives(JNIEnv* env, jobject source, JavaKind kind, std::size_t count, Block<Target> block) {
+    return visitPrimitive(kind, [&](auto zero) {
+        const PinnedElements<decltype(zero)> elements(env, source);
+        castRun<Target>(elements.begin(), common(count, elements.length()), block);
+    });
+}
+
+/// Elements of an object array through an accessor of the class that all of them should be of. A call on null is what
+/// it would be in Java; an object of another class stores 0, since the accessor means nothing to it.
+template <typename ClassProxy, typename Target, typename Read>
+void storeObjects(JNIEnv* env, jobject source, std::size_t count, Block<Target> block, Read&& read) {
+    auto* array = static_cast<jobjectArray>(source);
+    auto* cls = ClassProxy::instance(env);
+    const std::size_t stored = common(count, env->GetArrayLength(array));
+    JObjectRef element(env, nullptr);
+    for (std::size_t i = 0; i < stored; ++i) {
+        element.attach(tether::getObjectArrayElement(env, array, static_cast<jsize>(i)));
+        if (element.isNull()) {
+            tether::throwNullPointer(env);
+        }
+        if (cls->isInstance(env, element.ref())) {
+            block[i] = Target::cast(read(element.ref(), *cls));
+            tether::throwIfPending(env);
+        } else {
+            block[i] = {};
+        }
+    }
+}
+
+/// The accessor of java.lang.Number for each type of object read.
+template <typename Java>
+Java readNumber(JNIEnv* env, jobject number, const JNumberClassProxy& cls) {
+    if constexpr (std::is_same_v<Java, jdouble>) {
+        return env->CallDoubleMethod(number, cls.doubleValue);
+    } else if constexpr (std::is_same_v<Java, jfloat>) {
+        return env->CallFloatMethod(number, cls.floatValue);
+    } else if constexpr (std::is_same_v<Java, jbyte>) {
+        return env->CallByteMethod(number, cls.byteValue);
+    } else if constexpr (std::is_same_v<Java, jshort>) {
+        return env->CallShortMethod(number, cls.shortValue);
+    } else if constexpr (std::is_same_v<Java, jint>) {
+        return env->CallIntMethod(number, cls.intValue);
+    } else {
+        static_assert(std::is_same_v<Java, jlong>);
+        return env->CallLongMethod(number, cls.longValue);
+    }
+}
+
+/// The first element stands for all of them.
+void checkNumbers(JNIEnv* env, jobject source) {
+    auto* array = static_cast<jobjectArray>(source);
+    if (env->GetArrayLength(array) == 0) {
+        return;
+    }
+    JObjectRef first(env, nullptr);
+    first.attach(tether::getObjectArrayElement(env, array, 0));
+    if (!JNumberClassProxy::instance(env)->isInstance(env, first.ref())) {
+        raise(env, "java/lang/IllegalArgumentException", "Object array must contain java.lang.Number");
+    }
+}
+
+template <typename Target>
+void setFlatData(JNIEnv* env, jobject source, std::size_t count, Block<Target> block) {
+    const JavaKind kind = JavaKindReader(env)(source);
+    if (kind == JavaKind::kNull) {
+        tether::throwNullPointer(env);
+    }
+    if (kind == JavaKind::kObjectArray) {
+        checkNumbers(env, source);
+        storeObjects<JNumberClassProxy, Target>(env, source, count, block, [&](jobject number, const auto& cls) {
+            return readNumber<typename Target::Java>(env, number, cls);
+        });
+        return;
+    }
+    const bool isNumeric = kind != JavaKind::kBooleanArray && kind != JavaKind::kCharArray;
+    if (!isNumeric || !storePrimitives<Target>(env, source, kind, count, block)) {
+        raise(env, "java/lang/IllegalArgumentException", "Can not convert data from Java type");
+    }
+}
+
+template <>
+void setFlatData<LogicalElement>(JNIEnv* env, jobject source, std::size_t count, Block<LogicalElement> block) {
+    const JavaKind kind = JavaKindReader(env)(source);
+    if (kind == JavaKind::kNull || kind == JavaKind::kBooleanArray) {
+        const PinnedElements<jboolean> elements(env, source);
+        castRun<LogicalElement>(elements.begin(), common(count, elements.length()), block);
+    } else if (kind == JavaKind::kObjectArray) {
+        storeObjects<JBooleanClassProxy, LogicalElement>(
+            env, source, count, block,
+            [&](jobject boolean, const auto& cls) { return env->CallBooleanMethod(boolean, cls.booleanValue); });
+    }
+}
+
+template <>
+void setFlatData<CharElement>(JNIEnv* env, jobject source, std::size_t count, Block<CharElement> block) {
+    const JavaKind kind = JavaKindReader(env)(source);
+    if (kind == JavaKind::kNull || kind == JavaKind::kCharArray) {
+        const PinnedElements<jchar> elements(env, source);
+        castRun<CharElement>(elements.begin(), common(count, elements.length()), block);
+    } else if (kind == JavaKind::kObjectArray) {
+        storeObjects<JCharacterClassProxy, CharElement>(
+            env, source, count, block,
+            [&](jobject character, const auto& cls) { return env->CallCharMethod(character, cls.charValue); });
+    } else if (JStringClassProxy::instance(env)->isInstance(env, source)) {
+        const PinnedText text(env, source);
+        castRun<CharElement>(text.begin(), common(count, text.length()), block);
+    }
+}
+
+}  // namespace
+
+void setPartData(JNIEnv* env, qxArray* array, const JObjectProxy& source, bool real) {
+    const bool hasElements = visitElementClass(classIdOf(array), [&](auto target) {
+        using Target = decltype(target);
+        auto* block = static_cast<Block<Target>>(partOf(array, real));
+        setFlatData<Target>(env, source.ref(), qxGetNumberOfElements(array), block);
+    });
+    if (!hasElements) {
+        raise(env, "java/lang/UnsupportedOperationException",
+              "setData/setImagData not supported for TAVRIX arrays of this type.");
+    }
+}
+
+}  // namespace nativevrl::JConvert

@@ -1,0 +1,32 @@
+#include "toarray/jconvert.h"
+
+#include "toarray/arraycreation.h"
+
+namespace nativevrl::JConvert {
+
+namespace {
+
+qxArray* convertStated(const JObjectProxy& real, const JObjectProxy& imaginary, JNVArrayPropertySpecifier stated) {
+    const JNVArrayInitializer data(real.env(), real.ref(), imaginary.ref());
+    JNVSpecifiedArrayInitializer initializer(data, stated);
+    return createArrayFromInitializer(real.env(), initializer);
+}
+
+}  // namespace
+
+qxArray* convertObject(JNIEnv* env, const JObjectProxy& real) {
+    JNVArrayInitializer data(env, real.ref(), nullptr);
+    return createArrayFromInitializer(env, data);
+}
+
+qxArray* convertObjectPair(JNIEnv*, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,
+                           qxComplexity complexity) {
+    return convertStated(real, imaginary, JNVArrayPropertySpecifier(classId, complexity));
+}
+
+qxArray* convertObjectPairWithDimensions(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,
+                                         jintArray dimensions, qxClassID classId, qxComplexity complexity) {
+    return convertStated(real, imaginary, JNVArrayPropertySpecifier(env, dimensions, classId, complexity));
+}
+
+}  // namespace nativevrl::JConvert
