@@ -9,15 +9,19 @@ qxArray* openHandle(JNIEnv* env, jobject nativePtr) {
     return static_cast<qxArray*>(JNativePtrProxy(env, nativePtr).address());
 }
 
-jobject makeHandle(JNIEnv* env, qxArray* array) {
-    return NewJNativePtrProxy(env, array).detach();
-}
+jobject makeHandle(JNIEnv* env, qxArray* array) { return NewJNativePtrProxy(env, array).detach(); }
 
 qxArray* freeForJava(qxArray* array) {
     if (array != nullptr) {
         qxSetArrayScope(array, qxFREE_SCOPE);
     }
     return array;
+}
+
+jobject handOver(JNIEnv* env, qxArrayOwner array) {
+    jobject handle = makeHandle(env, freeForJava(array.get()));
+    static_cast<void>(array.release());  // Java has it now
+    return handle;
 }
 
 void checkImaginaryAccess(JNIEnv* env, const qxArray* array, bool real) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qx/qx.h"
+#include "qx/arrayowner.h"
 
 #include <jni.h>
 
@@ -19,6 +19,9 @@ jobject makeHandle(JNIEnv* env, qxArray* array);
 /// Takes the array, if there is one, out of the automatic scope: the last thing before it leaves for Java.
 qxArray* freeForJava(qxArray* array);
 
+/// The free scope and a new NativePtr for an array, null included, that Java owns from here on. A failure ends it.
+jobject handOver(JNIEnv* env, qxArrayOwner array);
+
 /// Class id with the slow query behind it where the class word is not final.
 inline qxClassID classIdOf(const qxArray* array) {
     const std::uint32_t word = array->classWord();
@@ -26,14 +29,10 @@ inline qxClassID classIdOf(const qxArray* array) {
 }
 
 /// The complex flag is set and there is an imaginary block.
-inline bool isComplex(const qxArray* array) {
-    return array->hasComplexFlag() && array->imagData() != nullptr;
-}
+inline bool isComplex(const qxArray* array) { return array->hasComplexFlag() && array->imagData() != nullptr; }
 
 /// Block of the real or the imaginary part.
-inline void* partOf(const qxArray* array, bool real) {
-    return real ? array->realData() : array->imagData();
-}
+inline void* partOf(const qxArray* array, bool real) { return real ? array->realData() : array->imagData(); }
 
 /// Raises java.lang.IllegalArgumentException when the imaginary part of a real array is asked for. The array must
 /// not be null with `real` false.

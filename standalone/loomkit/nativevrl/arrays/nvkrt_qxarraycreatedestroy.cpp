@@ -51,17 +51,17 @@ void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDestroyArray___3B(JNIEnv*
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDestroyArray__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2(
     JNIEnv* env, jclass, jobject handle) {
-    guarded([&] { qxDestroyArray(openHandle(env, handle)); });
+    guarded([&] { const qxArrayOwner ended(openHandle(env, handle)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateEmptyArray(JNIEnv* env, jclass, jint classId) {
-    return guarded<jobject>(nullptr, [&] { return makeHandle(env, freeForJava(createEmpty(classId))); });
+    return guarded<jobject>(nullptr, [&] { return handOver(env, qxArrayOwner(createEmpty(classId))); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSharedCopy(JNIEnv* env, jclass, jobject handle) {
     return guarded<jobject>(nullptr, [&] {
         const qxArray* source = openHandle(env, handle);
-        return makeHandle(env, source == nullptr ? nullptr : freeForJava(qxCreateSharedDataCopy(source)));
+        return handOver(env, qxArrayOwner(source == nullptr ? nullptr : qxCreateSharedDataCopy(source)));
     });
 }
 
@@ -70,6 +70,10 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDuplicateArray(JNIEnv*
         if (handle == nullptr) {
             return nullptr;
         }
-        return makeHandle(env, qxDuplicateArray(openHandle(env, handle)));
+        // Its scope stays as the array library made it.
+        qxArrayOwner duplicate(qxDuplicateArray(openHandle(env, handle)));
+        jobject duplicateHandle = makeHandle(env, duplicate.get());
+        static_cast<void>(duplicate.release());
+        return duplicateHandle;
     });
 }

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "arrays/arrayhandle.h"
+#include "arrays/elementaddress.h"
+#include "arrays/visitclass.h"
+#include "entry/boundary.h"
+#include "proxies/numericcast.h"
+
+namespace nativevrl {
+
+/// One element as a Java primitive: loaded as its class is stored, the unsigned integer classes as the signed type of
+/// their width, then cast plainly.
+template <typename T>
+T loadElement(const qxArray* array, std::size_t dataIndex, bool real) {
+    return visitPrimitive<PrimitiveVisitor::data>(classIdOf(array), [&](auto element) {
+        return castElement<T>(static_cast<const ElementOf<decltype(element)>*>(partOf(array, real))[dataIndex]);
+    });
+}
+
+/// The natives that read one element as a primitive, from a jint index or a jintArray of subscripts. A gap of a
+/// sparse array reads as zero.
+template <typename T, typename JavaAddress>
+T readElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, bool real) {
+    return subscriptGuarded(env, T{}, [&]() -> T {
+        qxArray* array = openHandle(env, handle);
+        if (array == nullptr) {
+            raise(env, "java/lang/RuntimeException", "qxGet<TYPE>At failed: NULL array pointer");
+        }
+        checkImaginaryAccess(env, array, real);
+        auto address = addressOf(env, javaAddress);
+        address.check(array);
+        const std::optional<std::size_t> dataIndex = findData(env, array, address);
+        return dataIndex ? loadElement<T>(array, *dataIndex, real) : T{};
+    });
+}
+
+}  // namespace nativevrl
