@@ -1,0 +1,78 @@
+package com.norvane.toolbox.loomkit;
+
+import java.util.ArrayList;
+import java.util.List;
+
+/** The arguments of one call, ready for native code; their arrays can neither end nor change until it returns. */
+final class Arguments implements AutoCloseable {
+    private final List<Object> values = new ArrayList<>();
+    private final List<NVBuiltinArray> held = new ArrayList<>();
+
+    /**
+     * @param args what stands for all arguments in a call with a variable number of them
+     */
+    Arguments(Object[] args) {
+        try {
+            for (Object argument : listOf(args)) {
+                add(argument);
+            }
+        } catch (RuntimeException | Error failure) {
+            close();
+            throw failure;
+        }
+    }
+
+    /** The compiler takes a single {@code double[][]} or {@code String[]} for the list of all arguments. */
+    private static Object[] listOf(Object[] args) {
+        boolean isList = args != null && (args.getClass() == Object[].class || args instanceof NVArray[]);
+        return isList ? args.clone() : new Object[] {args};
+    }
+
+    private void add(Object argument) {
+        if (argument instanceof NVBuiltinArray) {
+            hold((NVBuiltinArray) argument);
+            values.add(argument);
+        } else if (argument instanceof NVArray) {
+            values.add(argument);
+        } else if (JavaData.classify(argument) == null) {
+            values.add(new NVJavaObjectRef(argument));
+        } else {
+            values.add(JavaData.of(argument).value());
+        }
+    }
+
+    private void hold(NVBuiltinArray array) {
+        ValueTree.checkLevels(array.levels());
+        array.handle().acquire();
+        held.add(array);
+        if (array.tree() != null) {
+            array.tree().beginEvaluation();
+        }
+    }
+
+    List<Object> values() {
+        return values;
+    }
+
+    /** A result slot that a function left empty holds a wrapper of no array. */
+    static NVArray[] resultsOf(List<Object> slots) {
+        NVArray[] results = new NVArray[slots.size()];
+        for (int i = 0; i < results.length; i++) {
+            NVArray result = (NVArray) slots.get(i);
+            boolean none = result instanceof NVBuiltinArray && ((NVBuiltinArray) result).getValue().get() == 0;
+            results[i] = none ? null : result;
+        }
+        return results;
+    }
+
+    @Override
+    public void close() {
+        for (NVBuiltinArray array : held) {
+            if (array.tree() != null) {
+                array.tree().endEvaluation();
+            }
+            array.handle().release();
+        }
+        held.clear();
+    }
+}

@@ -1,0 +1,299 @@
+package com.norvane.toolbox.loomkit;
+
+import com.norvane.toolbox.loomkit.internal.NVKRT;
+import com.norvane.toolbox.loomkit.internal.NativePtr;
+import java.io.ByteArrayInputStream;
+import java.io.IOException;
+import java.io.InputStream;
+import java.io.PrintStream;
+import java.lang.ref.Cleaner;
+import java.lang.ref.Reference;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.Arrays;
+import java.util.Collections;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.Objects;
+import java.util.concurrent.Callable;
+
+/**
+ * Native functions from a component archive.
+ *
+ * <pre>{@code
+ * try (Component algebra = Component.open(Path.of("linalg.kpa"))) {
+ *     double[][] x = algebra.call1("solve", a, b).asNumeric().toDoubleArray();
+ * }
+ * }</pre>
+ *
+ * <p>The runtime starts by itself when the first component is opened. A component may be used by several threads.
+ */
+public final class Component implements AutoCloseable {
+    /** No function gives more results. */
+    private static final int MAX_OUTPUTS = 255;
+
+    /** Archives up to here are read by native code straight from their stream. */
+    private static final int SMALL_ARCHIVE = 1 << 24;
+
+    private static final Cleaner CLEANER = Cleaner.create();
+
+    /** The streams of a component, which native code asks for before it prints. */
+    private static final class Streams {
+        private volatile PrintStream output;
+        private volatile PrintStream errorOutput;
+
+        PrintStream output() {
+            PrintStream stream = output;
+            return stream == null ? Loomkit.output() : stream;
+        }
+
+        PrintStream errorOutput() {
+            PrintStream stream = errorOutput;
+            return stream == null ? Loomkit.errorOutput() : stream;
+        }
+    }
+
+    private final Instance instance;
+    private final Streams streams;
+
+    private Component(Instance instance, Streams streams) {
+        this.instance = instance;
+        this.streams = streams;
+        CLEANER.register(this, instance);
+    }
+
+    /**
+     * Opens an archive file.
+     *
+     * @param archive the file
+     * @return a new component
+     * @throws IOException when the file can't be read
+     * @throws NVException for a file that is no valid archive
+     */
+    public static Component open(Path archive) throws IOException {
+        return open(archive, new ComponentOptions());
+    }
+
+    /**
+     * Opens an archive file.
+     *
+     * @param archive the file
+     * @param options how
+     * @return a new component
+     * @throws IOException when the file can't be read
+     * @throws NVException for a file that is no valid archive
+     */
+    public static Component open(Path archive, ComponentOptions options) throws IOException {
+        long size = Files.size(archive);
+        if (size > Integer.MAX_VALUE) {
+            throw new IOException("the archive " + archive + " has " + size + " bytes, more than can be read");
+        }
+        try (InputStream stream = Files.newInputStream(archive)) {
+            return open(stream, (int) size, options);
+        }
+    }
+
+    /**
+     * Opens an archive that a stream gives up to its end.
+     *
+     * @param archive the stream, which stays open
+     * @return a new component
+     * @throws IOException when the stream fails
+     * @throws NVException for bytes that are no valid archive
+     */
+    public static Component open(InputStream archive) throws IOException {
+        byte[] bytes = archive.readAllBytes();
+        return open(new ByteArrayInputStream(bytes), bytes.length);
+    }
+
+    /**
+     * Opens an archive that a stream gives.
+     *
+     * @param archive the stream, of which no more than the archive is needed; it stays open
+     * @param length the size of the archive in bytes
+     * @return a new component
+     * @throws IOException when the stream fails
+     * @throws IllegalArgumentException for a negative length
+     * @throws NVException for a stream that ends early, or bytes that are no valid archive
+     */
+    public static Component open(InputStream archive, int length) throws IOException {
+        return open(archive, length, new ComponentOptions());
+    }
+
+    /**
+     * Opens an archive that a stream gives.
+     *
+     * @param archive the stream, of which no more than the archive is needed; it stays open
+     * @param length the size of the archive in bytes
+     * @param options how
+     * @return a new component
+     * @throws IOException when the stream fails
+     * @throws IllegalArgumentException for a negative length
+     * @throws NVException for a stream that ends early, or bytes that are no valid archive
+     */
+    public static Component open(InputStream archive, int length, ComponentOptions options) throws IOException {
+        Objects.requireNonNull(archive, "archive");
+        if (length < 0) {
+            throw new IllegalArgumentException("an archive can't have " + length + " bytes");
+        }
+        Streams streams = new Streams();
+        streams.output = options.output();
+        streams.errorOutput = options.errorOutput();
+        // Native code makes room for the stated length at once, so a large one has to be true.
+        InputStream source =
+                length <= SMALL_ARCHIVE ? archive : new ByteArrayInputStream(readFully(archive, length));
+        Loomkit.start();
+        return new Component(new Instance(initialize(source, length, options.folder(), streams)), streams);
+    }
+
+    private static byte[] readFully(InputStream archive, int length) throws IOException {
+        byte[] bytes = archive.readNBytes(length);
+        if (bytes.length < length) {
+            throw new NVException("the archive ends after " + bytes.length + " of " + length + " bytes");
+        }
+        return bytes;
+    }
+
+    private static NativePtr initialize(InputStream source, int length, Path folder, Streams streams) {
+        Callable<PrintStream> output = streams::output;
+        Callable<PrintStream> errorOutput = streams::errorOutput;
+        return NVKRT.vrlInitializeComponentInstance(
+                folder == null,
+                0,
+                null,
+                folder == null ? null : folder.toAbsolutePath().toString(),
+                new GuardedStream(source),
+                length,
+                output,
+                errorOutput);
+    }
+
+    /**
+     * Calls a function.
+     *
+     * <p>Arguments are plain Java data, as for {@link NVBuiltinArray#of}; arrays; or any other objects, lambdas above
+     * all, which the function gets as Java objects to call. A single argument that is an array of arrays, a
+     * {@code double[][]} say, is one argument; cast it to {@code Object} to spare the compiler its warning. Only an
+     * {@code Object[]} or {@code NVArray[]} in the place of all arguments holds the arguments themselves.
+     *
+     * @param function its name
+     * @param nargout how many results are wanted, 0 to 255; the function may act differently for each
+     * @param args its arguments
+     * @return the results, {@code nargout} of them, each the caller's to close; null where the function gave none
+     * @throws NVException when the function fails; its native stack tells where
+     * @throws IllegalArgumentException for arguments that are too large, nested too deeply, or contain themselves
+     * @throws IllegalStateException when the component or an array is closed
+     */
+    public NVArray[] call(String function, int nargout, Object... args) {
+        Text.checkedName(function, "function name");
+        if (nargout < 0 || nargout > MAX_OUTPUTS) {
+            throw new IllegalArgumentException("a function can't give " + nargout + " results");
+        }
+        NativePtr pointer = instance.pointer();
+        List<Object> results = Arrays.asList(new Object[nargout]);
+        try (Arguments arguments = new Arguments(args)) {
+            List<Object> inputs = arguments.values();
+            NVKRT.vrlFeval(
+                    pointer, function, nargout, results.listIterator(), inputs.size(), inputs.listIterator());
+        } finally {
+            Reference.reachabilityFence(this);
+        }
+        return Arguments.resultsOf(results);
+    }
+
+    /**
+     * Calls a function for its one result.
+     *
+     * @param function its name
+     * @param args its arguments, as for {@link #call}
+     * @return the result, the caller's to close
+     * @throws NVException when the function fails or gives no result
+     * @throws IllegalArgumentException as for {@link #call}
+     * @throws IllegalStateException as for {@link #call}
+     */
+    public NVArray call1(String function, Object... args) {
+        NVArray result = call(function, 1, args)[0];
+        if (result == null) {
+            throw new NVException("the function " + function + " gave no result");
+        }
+        return result;
+    }
+
+    /**
+     * The functions of the component.
+     *
+     * @return an unmodifiable map from each name to one line of help, in the order of the archive
+     * @throws IllegalStateException when the component is closed
+     */
+    public Map<String, String> functions() {
+        Map<String, String> functions = new LinkedHashMap<>();
+        NVArray[] columns = call("krt.functions", 2);
+        try (NVCellArray names = columns[0].asCell();
+                NVCellArray helps = columns[1].asCell()) {
+            for (int i = 0; i < names.numberOfElements(); i++) {
+                functions.put(textAt(names, i), textAt(helps, i));
+            }
+        }
+        return Collections.unmodifiableMap(functions);
+    }
+
+    /**
+     * What a function does.
+     *
+     * @param function its name
+     * @return one line
+     * @throws IllegalArgumentException when the component has no such function
+     * @throws IllegalStateException when the component is closed
+     */
+    public String help(String function) {
+        String line = functions().get(Objects.requireNonNull(function, "function"));
+        if (line == null) {
+            throw new IllegalArgumentException("the component has no function " + function);
+        }
+        return line;
+    }
+
+    private static String textAt(NVCellArray cell, int index) {
+        try (NVArray text = cell.getAt(index)) {
+            return text.asChar().toJavaString();
+        }
+    }
+
+    /**
+     * Sets where the functions print, from the next text on.
+     *
+     * @param stream the stream, or null for {@link Loomkit#output()}
+     */
+    public void setOutput(PrintStream stream) {
+        streams.output = stream;
+    }
+
+    /**
+     * Sets where errors and warnings go, from the next text on.
+     *
+     * @param stream the stream, or null for {@link Loomkit#errorOutput()}
+     */
+    public void setErrorOutput(PrintStream stream) {
+        streams.errorOutput = stream;
+    }
+
+    /**
+     * Whether the component was closed, by {@link #close} or with the runtime.
+     *
+     * @return true when it can't be called any more
+     */
+    public boolean isClosed() {
+        return instance.isClosed();
+    }
+
+    /**
+     * Ends the component; functions that run on other threads run to their end. Closing twice is harmless.
+     *
+     * @throws NVException when the runtime fails to end it
+     */
+    @Override
+    public void close() {
+        instance.close();
+    }
+}

@@ -1,0 +1,135 @@
+package com.norvane.toolbox.loomkit;
+
+import com.norvane.toolbox.loomkit.internal.NVKRT;
+import java.io.IOException;
+import java.io.InputStream;
+import java.io.PrintStream;
+import java.io.UncheckedIOException;
+import java.nio.charset.StandardCharsets;
+import java.util.Objects;
+import java.util.concurrent.Callable;
+
+/**
+ * The native runtime of this process. It starts by itself when a component is opened; start it by hand to give it
+ * options. All methods may be called from any thread, and again.
+ */
+public final class Loomkit {
+    private static final Object LOCK = new Object();
+
+    private static volatile PrintStream output;
+    private static volatile PrintStream errorOutput;
+
+    private Loomkit() {}
+
+    /**
+     * Starts the runtime, or gives options to the one that runs.
+     *
+     * @param options {@code -nojvm}, {@code -nodisplay}, {@code -logfile FILE}, {@code -cachedir DIR}, each text and
+     *     its value being separate elements. Arrays can be made and read without a running runtime
+     * @throws NVException for an option that is not known, or a runtime that can't start
+     */
+    public static void start(String... options) {
+        String[] checked = options.clone();
+        for (String option : checked) {
+            Objects.requireNonNull(option, "option");
+        }
+        synchronized (LOCK) {
+            boolean running = NVKRT.vrlIsKRTInitialized();
+            if (running && checked.length == 0) {
+                return;
+            }
+            NVKRT.vrlInitializeApplication(checked);
+            if (!running) {
+                Callable<PrintStream> errors = Loomkit::errorOutput;
+                Callable<PrintStream> text = Loomkit::output;
+                NVKRT.vrlSetDefaultPrintHandlers(errors, text);
+            }
+        }
+    }
+
+    /**
+     * Closes all components and stops the runtime. Arrays stay as they are. Waits for nobody: a function that runs on
+     * another thread runs to its end.
+     *
+     * @throws NVException when the runtime can't stop
+     */
+    public static void stop() {
+        synchronized (LOCK) {
+            if (!NVKRT.vrlIsKRTInitialized()) {
+                return;
+            }
+            Instance.closeAll();
+            NVKRT.vrlResetDefaultPrintHandlers();
+            NVKRT.vrlTerminateApplication();
+        }
+    }
+
+    /**
+     * Whether the runtime runs.
+     *
+     * @return true between a start and a stop
+     */
+    public static boolean isRunning() {
+        return NVKRT.vrlIsKRTInitialized();
+    }
+
+    /**
+     * The version of this library.
+     *
+     * @return such as {@code 1.0.0}
+     */
+    public static String version() {
+        try (InputStream text = Loomkit.class.getResourceAsStream("version.txt")) {
+            return new String(text.readAllBytes(), StandardCharsets.UTF_8).trim();
+        } catch (IOException failure) {
+            throw new UncheckedIOException(failure);
+        }
+    }
+
+    /**
+     * The log file of the runtime.
+     *
+     * @return its name, empty when there is none
+     */
+    public static String logFile() {
+        return NVKRT.vrlGetLogFileName();
+    }
+
+    /**
+     * Where the runtime and components without a stream of their own print, from the next text on.
+     *
+     * @param stream the stream, or null for {@link System#out}
+     */
+    public static void setOutput(PrintStream stream) {
+        output = stream;
+    }
+
+    /**
+     * Where errors and warnings go, from the next text on.
+     *
+     * @param stream the stream, or null for {@link System#err}
+     */
+    public static void setErrorOutput(PrintStream stream) {
+        errorOutput = stream;
+    }
+
+    /**
+     * Where the runtime prints.
+     *
+     * @return the stream that was set, or the current {@link System#out}
+     */
+    public static PrintStream output() {
+        PrintStream stream = output;
+        return stream == null ? System.out : stream;
+    }
+
+    /**
+     * Where errors and warnings go.
+     *
+     * @return the stream that was set, or the current {@link System#err}
+     */
+    public static PrintStream errorOutput() {
+        PrintStream stream = errorOutput;
+        return stream == null ? System.err : stream;
+    }
+}

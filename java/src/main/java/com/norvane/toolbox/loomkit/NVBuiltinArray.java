@@ -1,0 +1,449 @@
+package com.norvane.toolbox.loomkit;
+
+import com.norvane.toolbox.loomkit.internal.NVKRT;
+import com.norvane.toolbox.loomkit.internal.NativePtr;
+import java.io.InvalidObjectException;
+import java.io.ObjectInputStream;
+import java.io.Serializable;
+import java.util.Objects;
+import java.util.function.Consumer;
+import java.util.function.Function;
+
+/**
+ * An n-dimensional array in native memory, of any class.
+ *
+ * <p>Elements lie in column-major order: the first subscript varies fastest. Subscripts are one-based, one for each
+ * dimension; a single index is zero-based, in storage order. Every array has at least two dimensions; a scalar is
+ * 1-by-1.
+ *
+ * <p>Arrays are compared, hashed and ordered by value, and travel through Java object streams by value. A write while
+ * another thread reads or writes the same dense array leaves undefined element values, nothing worse; cells, structs
+ * and sparse arrays serialise access by themselves. Each method throws {@link IllegalStateException} once the array is
+ * closed.
+ */
+public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray>, Serializable {
+    private static final long serialVersionUID = 1L;
+
+    private final transient ArrayHandle handle;
+    private final transient ClassId classId;
+    private final transient boolean sparse;
+
+    /** Null for a dense array whose elements are no arrays: its native storage never moves. */
+    private transient ValueTree tree;
+
+    /** How far below the root of its tree this array lies. */
+    private transient int depth;
+
+    /**
+     * Takes over the native array. Called from native code as well. The handle comes last: where anything before it
+     * fails, the array is still the caller's.
+     */
+    NVBuiltinArray(NativePtr pointer) {
+        classId = ClassId.ofCode(NVKRT.qxGetClassID(pointer));
+        sparse = NVKRT.qxIsSparse(pointer);
+        tree = sparse || classId.isCompound() ? new ValueTree() : null;
+        handle = new ArrayHandle(this, pointer);
+    }
+
+    /**
+     * An array made from plain Java data: boxed values, text, arrays of them or of primitives nested to any depth,
+     * {@link com.norvane.extern.java.NVCellArray} and {@link com.norvane.extern.java.NVStructArray}.
+     *
+     * <p>The first element decides the class. One level of n elements gives 1-by-n, two levels give rows and columns.
+     * Rows of different length are filled up with zeros. Null gives a 0-by-0 double array.
+     *
+     * @param data the data; it is copied
+     * @return a new array, of the subclass that fits
+     * @throws IllegalArgumentException for data that makes no array, is too large, or contains itself
+     */
+    public static NVBuiltinArray of(Object data) {
+        if (data instanceof NVBuiltinArray) {
+            return ((NVBuiltinArray) data).duplicate();
+        }
+        if (JavaData.classify(data) == null) {
+            throw new IllegalArgumentException("no array can be made from a " + data.getClass().getTypeName());
+        }
+        JavaData checked = JavaData.of(data);
+        NVBuiltinArray array = made(NVKRT.qxObject2qxArray(checked.value(), null, 0, Complexity.REAL.code()));
+        array.isNested(checked.levels());
+        return array;
+    }
+
+    /**
+     * An array read from its serialised form.
+     *
+     * @param form what {@link #serialize} gave
+     * @return a new array, of the subclass that fits
+     * @throws IllegalArgumentException for bytes that are no such form
+     */
+    public static NVBuiltinArray deserialize(byte[] form) {
+        NativePtr pointer = NVKRT.qxDeserialize(Objects.requireNonNull(form, "form").clone());
+        if (pointer == null || pointer.get() == 0) {
+            throw new IllegalArgumentException("the bytes are not the serialised form of an array");
+        }
+        return wrap(pointer);
+    }
+
+    /** The wrapper of a native array that was just made, which it takes over. */
+    static NVBuiltinArray made(NativePtr pointer) {
+        if (pointer == null || pointer.get() == 0) {
+            throw new OutOfMemoryError("the native array could not be made");
+        }
+        return wrap(pointer);
+    }
+
+    private static NVBuiltinArray wrap(NativePtr pointer) {
+        ClassId id = ClassId.ofCode(NVKRT.qxGetClassID(pointer));
+        switch (id) {
+            case CELL:
+                return new NVCellArray(pointer);
+            case STRUCT:
+                return new NVStructArray(pointer);
+            case LOGICAL:
+                return new NVLogicalArray(pointer);
+            case CHAR:
+                return new NVCharArray(pointer);
+            case FUNCTION:
+                return new NVFunctionHandle(pointer);
+            default:
+                return id.isNumeric() ? new NVNumericArray(pointer) : new NVBuiltinArray(pointer);
+        }
+    }
+
+    /** The native array, for native code that this array was given to. */
+    NativePtr getValue() {
+        return handle.pointer();
+    }
+
+    final ArrayHandle handle() {
+        return handle;
+    }
+
+    /** Null where access needs no order. */
+    final ValueTree tree() {
+        return tree;
+    }
+
+    final int depth() {
+        return depth;
+    }
+
+    /** Makes this array, which nobody else knows yet, a view of an element in the tree of another one. */
+    final void joinTree(ValueTree shared, int depthInTree) {
+        tree = shared;
+        depth = depthInTree;
+    }
+
+    /** States the levels of a new array, which spares measuring them. */
+    final void isNested(int levels) {
+        if (tree != null) {
+            tree.setLevels(levels);
+        }
+    }
+
+    /** Runs a native call that changes nothing. */
+    final <R> R read(Function<NativePtr, R> call) {
+        ValueTree shared = tree;
+        if (shared == null) {
+            return handle.use(call);
+        }
+        synchronized (shared) {
+            return handle.use(call);
+        }
+    }
+
+    /** Runs a native call that changes elements. */
+    final void write(Consumer<NativePtr> call) {
+        Function<NativePtr, Void> change =
+                pointer -> {
+                    call.accept(pointer);
+                    return null;
+                };
+        ValueTree shared = tree;
+        if (shared == null) {
+            handle.use(change);
+            return;
+        }
+        synchronized (shared) {
+            shared.checkChangeable();
+            handle.use(change);
+        }
+    }
+
+    /** An upper bound on how deeply cells and structs are nested in this array; 0 for other classes. */
+    final int levels() {
+        if (!classId.isCompound()) {
+            return 0;
+        }
+        int known = tree.levels();
+        if (known >= 0) {
+            return known - depth;
+        }
+        int measured = read(pointer -> Slots.measureLevels(this, ValueTree.MAX_LEVELS + 1));
+        if (depth == 0) {
+            tree.setLevels(measured);
+        }
+        return measured;
+    }
+
+    /**
+     * What the elements are.
+     *
+     * @return the class of the array
+     */
+    public final ClassId classId() {
+        handle.pointer();
+        return classId;
+    }
+
+    /**
+     * The extents.
+     *
+     * @return a new array with one extent for each dimension, two at least
+     */
+    public final int[] dimensions() {
+        return read(NVKRT::qxGetDimensions);
+    }
+
+    /**
+     * How many dimensions the array has.
+     *
+     * @return 2 or more
+     */
+    public final int numberOfDimensions() {
+        return read(NVKRT::qxGetNumberOfDimensions);
+    }
+
+    /**
+     * The product of the extents; for a sparse array, those that are not stored count as well.
+     *
+     * @return the number of elements
+     * @throws IndexOutOfBoundsException for a sparse array with more elements than an int can count
+     */
+    public final int numberOfElements() {
+        return read(NVKRT::qxGetNumberOfElements);
+    }
+
+    /**
+     * Whether an extent is 0.
+     *
+     * @return true for an array without elements
+     */
+    public final boolean isEmpty() {
+        return read(NVKRT::qxIsEmpty);
+    }
+
+    /**
+     * Whether only non-zero elements are stored, by columns.
+     *
+     * @return true for a sparse array
+     */
+    public final boolean isSparse() {
+        handle.pointer();
+        return sparse;
+    }
+
+    /**
+     * Whether the array has an imaginary part.
+     *
+     * @return true for a complex array
+     */
+    public final boolean isComplex() {
+        return read(NVKRT::qxIsComplex);
+    }
+
+    /**
+     * Whether the array has an imaginary part, as a value.
+     *
+     * @return real or complex
+     */
+    public final Complexity complexity() {
+        return isComplex() ? Complexity.COMPLEX : Complexity.REAL;
+    }
+
+    /**
+     * The number of stored elements of a sparse array, stored zeros included; of any other array all elements.
+     *
+     * @return the number of elements that the flat reads give
+     */
+    public final int numberOfNonZeros() {
+        return read(NVKRT::qxGetNumberOfNonZeros);
+    }
+
+    /**
+     * How many elements a sparse array can store before its tables must grow; of any other array all elements.
+     *
+     * @return the capacity
+     */
+    public final int allocatedNonZeros() {
+        return read(NVKRT::qxGetAllocatedNonZeros);
+    }
+
+    /**
+     * The position of an element in storage order; in a sparse array, as if it were dense.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return the zero-based index
+     * @throws IndexOutOfBoundsException when there is no such element
+     */
+    public final int indexOf(int... subscripts) {
+        return read(pointer -> NVKRT.qxCalcSingleSubscript(pointer, subscripts));
+    }
+
+    /**
+     * The subscripts of all stored elements along one dimension, in storage order.
+     *
+     * @param dimension zero-based: 0 gives rows, 1 gives columns
+     * @return a new array of one-based subscripts
+     * @throws IllegalArgumentException when there is no such dimension
+     */
+    public final int[] subscriptsAlong(int dimension) {
+        int count = numberOfDimensions();
+        if (dimension < 0 || dimension >= count) {
+            throw new IllegalArgumentException(
+                    "dimension " + dimension + " of an array with dimensions 0 to " + (count - 1));
+        }
+        return read(pointer -> NVKRT.qxGetIndexArray(pointer, dimension));
+    }
+
+    /**
+     * The real part as the Java type closest to the class, nested as deeply as there are dimensions, first subscript
+     * outermost: {@code double[m][n]} for an m-by-n double array, {@code float[a][b][c]} for a three-dimensional single
+     * array, {@code double[1][1]} for a scalar, {@code double[0][]} for a 0-by-n array. Unsigned integers keep their
+     * bits in the signed type of their width. Sparse arrays come out full. A cell gives {@link NVArray} elements that
+     * share data with it, as {@link NVCellArray#get} does; each is the caller's to close.
+     *
+     * @return a new nested array
+     * @throws UnsupportedOperationException for a class without a Java type
+     */
+    public Object toObject() {
+        return read(
+                pointer -> {
+                    Object nested = NVKRT.qxArray2ObjectArray(pointer, true);
+                    Slots.joinAll(nested, this);
+                    return nested;
+                });
+    }
+
+    /**
+     * A deep copy.
+     *
+     * @return a new array with data of its own
+     */
+    public NVBuiltinArray duplicate() {
+        NVBuiltinArray copy = made(read(NVKRT::qxDuplicateArray));
+        if (tree != null) {
+            copy.isNested(levelsIfKnown());
+        }
+        return copy;
+    }
+
+    private int levelsIfKnown() {
+        int known = tree.levels();
+        return known < 0 ? known : known - depth;
+    }
+
+    /**
+     * Another array over the same data: a change through one is seen through the other. Each is closed by itself.
+     *
+     * @return a new array that shares data with this one
+     */
+    public NVBuiltinArray sharedCopy() {
+        NVBuiltinArray copy = made(read(NVKRT::qxCreateSharedCopy));
+        copy.joinTree(tree, depth);
+        return copy;
+    }
+
+    /**
+     * The serialised form, from which {@link #deserialize} makes an equal array, also in another process. Equal arrays
+     * have equal forms.
+     *
+     * @return a new array of bytes
+     * @throws UnsupportedOperationException for an array that has no such form: one that holds a Java object
+     */
+    public final byte[] serialize() {
+        byte[] form = read(NVKRT::qxSerialize);
+        if (form.length == 0 && classId != ClassId.UNKNOWN) {
+            throw new UnsupportedOperationException("an array of class " + classId + " can't be serialised here");
+        }
+        return form;
+    }
+
+    /** Whether closed already. Closing twice is harmless. */
+    @Override
+    public final void close() {
+        handle.close();
+    }
+
+    /**
+     * Whether the array was closed.
+     *
+     * @return true once {@link #close} was called
+     */
+    public final boolean isClosed() {
+        return handle.isClosed();
+    }
+
+    /**
+     * Whether another object is an array with the same class, extents, storage form and elements. NaN equals NaN.
+     *
+     * @param other any object
+     * @return true for an array of equal value
+     */
+    @Override
+    public final boolean equals(Object other) {
+        if (this == other) {
+            return true;
+        }
+        return other instanceof NVBuiltinArray && bothRead((NVBuiltinArray) other, NVKRT::qxIsIdentical);
+    }
+
+    /** A hash of the value: it changes when elements change. */
+    @Override
+    public final int hashCode() {
+        return read(NVKRT::qxGetHashValue);
+    }
+
+    /**
+     * Orders arrays by their serialised form, first by its length: an order to sort and search by, without numeric
+     * meaning. It agrees with {@link #equals}.
+     *
+     * @param other an array
+     * @return -1, 0 or 1
+     */
+    @Override
+    public final int compareTo(NVBuiltinArray other) {
+        return bothRead(Objects.requireNonNull(other, "other"), NVKRT::qxCompareArray);
+    }
+
+    private interface BinaryRead<R> {
+        R of(NativePtr left, NativePtr right);
+    }
+
+    private <R> R bothRead(NVBuiltinArray other, BinaryRead<R> call) {
+        boolean inOrder = tree == null || other.tree == null || tree.serial <= other.tree.serial;
+        NVBuiltinArray first = inOrder ? this : other;
+        NVBuiltinArray second = inOrder ? other : this;
+        return first.read(
+                one -> second.read(two -> inOrder ? call.of(one, two) : call.of(two, one)));
+    }
+
+    /**
+     * The array as the runtime displays it: a row of text as the text itself, {@code []} for an empty array, aligned
+     * rows and columns for others.
+     *
+     * @return the text, over several lines for most arrays
+     */
+    @Override
+    public String toString() {
+        return read(NVKRT::qxArrayToString);
+    }
+
+    private Object writeReplace() {
+        return new SerializedArray(serialize());
+    }
+
+    private void readObject(ObjectInputStream stream) throws InvalidObjectException {
+        throw new InvalidObjectException("an array is read from its serialised form");
+    }
+}

@@ -1,0 +1,74 @@
+package com.norvane.toolbox.loomkit;
+
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.Collections;
+import java.util.List;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
+
+/**
+ * A failure of the runtime or of a component function. Where functions were running, their stack stands in front of
+ * the Java stack trace, innermost first.
+ */
+public class NVException extends RuntimeException {
+    private static final long serialVersionUID = 1L;
+
+    /** A function with its place, as the runtime writes it: {@code at function (file:line)}. */
+    private static final Pattern FRAME = Pattern.compile("(?:at )?(.+?)(?: \\(([^()]*?)(?::(\\d+))?\\))?");
+
+    private final ArrayList<String> nativeStack;
+
+    /** A failure without a message. Raised by native code. */
+    public NVException() {
+        this(null);
+    }
+
+    /**
+     * A failure outside of any function.
+     *
+     * @param message what failed
+     */
+    public NVException(String message) {
+        super(message);
+        nativeStack = new ArrayList<>();
+    }
+
+    /**
+     * A failure of a function. Raised by native code.
+     *
+     * @param message what failed
+     * @param stackLines one line for each function that was running, innermost first
+     * @param count how many of the lines count
+     */
+    public NVException(String message, String[] stackLines, int count) {
+        super(message);
+        nativeStack = new ArrayList<>(Arrays.asList(stackLines).subList(0, count));
+        List<StackTraceElement> frames = new ArrayList<>();
+        nativeStack.forEach(line -> frames.add(frameOf(line)));
+        Collections.addAll(frames, getStackTrace());
+        setStackTrace(frames.toArray(new StackTraceElement[0]));
+    }
+
+    /**
+     * The component functions that were running, one line each, innermost first.
+     *
+     * @return an unmodifiable list, empty for a failure outside of any function
+     */
+    public List<String> getNativeStack() {
+        return Collections.unmodifiableList(nativeStack);
+    }
+
+    private static StackTraceElement frameOf(String line) {
+        Matcher match = FRAME.matcher(line);
+        if (!match.matches()) {
+            return new StackTraceElement("native", line, null, -1);
+        }
+        int number = match.group(3) == null ? -1 : lineNumber(match.group(3));
+        return new StackTraceElement("native", match.group(1), match.group(2), number);
+    }
+
+    private static int lineNumber(String digits) {
+        return digits.length() > 9 ? -1 : Integer.parseInt(digits);
+    }
+}

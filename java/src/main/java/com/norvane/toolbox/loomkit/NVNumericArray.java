@@ -1,0 +1,607 @@
+package com.norvane.toolbox.loomkit;
+
+import com.norvane.toolbox.loomkit.internal.NVKRT;
+import com.norvane.toolbox.loomkit.internal.NativePtr;
+import java.util.Objects;
+
+/**
+ * An array of numbers: floating-point or integer, real or complex, dense or sparse.
+ *
+ * <p>Values are converted by plain casts: integers keep their low bits, floating values are truncated toward zero, and
+ * nothing is checked for range. Reads give unsigned integers their value where the Java type has room for it, and
+ * their bits otherwise.
+ */
+public final class NVNumericArray extends NVBuiltinArray {
+    private static final long serialVersionUID = 1L;
+
+    NVNumericArray(NativePtr pointer) {
+        super(pointer);
+    }
+
+    /**
+     * A 1-by-1 double array.
+     *
+     * @param value its element
+     * @return a new array
+     */
+    public static NVNumericArray of(double value) {
+        return (NVNumericArray) made(NVKRT.qxScalar2qxArray(value, 0.0, ClassId.DOUBLE.code(), 0));
+    }
+
+    /**
+     * An m-by-n double array.
+     *
+     * @param rows m rows; shorter rows are filled up with zeros. No row gives 1-by-0
+     * @return a new array
+     * @throws IllegalArgumentException for more than 2^31-1 elements
+     */
+    public static NVNumericArray of(double[][] rows) {
+        return of((Object) rows);
+    }
+
+    /**
+     * An array of the class that fits the data best: {@code long} gives int64, {@code Float} gives single.
+     *
+     * @param data numbers: boxed, or in arrays of primitive or boxed numbers nested to any depth. One level gives a
+     *     row, two levels give rows and columns, three levels give {@code data[i][j][k]} at subscripts i+1, j+1, k+1
+     * @return a new array
+     * @throws IllegalArgumentException for data that is not numeric or too large
+     */
+    public static NVNumericArray of(Object data) {
+        return create(data, null, natural(data), Complexity.REAL);
+    }
+
+    /**
+     * As {@link #of(Object)}, with elements of a given class.
+     *
+     * @param data numbers, logical values or text of numbers
+     * @param classId a numeric class
+     * @return a new array
+     * @throws IllegalArgumentException for a class that is not numeric, or data that is too large
+     * @throws NumberFormatException for text that is no number
+     */
+    public static NVNumericArray of(Object data, ClassId classId) {
+        return create(data, null, classId, Complexity.REAL);
+    }
+
+    /**
+     * A complex double array.
+     *
+     * @param real m rows
+     * @param imaginary rows likewise; where one part is smaller, it is filled up with zeros
+     * @return a new array
+     * @throws IllegalArgumentException for more than 2^31-1 elements
+     */
+    public static NVNumericArray complex(double[][] real, double[][] imaginary) {
+        return create(real, imaginary, ClassId.DOUBLE, Complexity.COMPLEX);
+    }
+
+    /**
+     * A complex array.
+     *
+     * @param real numbers as for {@link #of(Object)}, or null for zeros
+     * @param imaginary likewise
+     * @param classId a numeric class
+     * @return a new array with the extents of the larger part
+     * @throws IllegalArgumentException for a class that is not numeric, or data that is too large
+     */
+    public static NVNumericArray complex(Object real, Object imaginary, ClassId classId) {
+        return create(real, imaginary, classId, Complexity.COMPLEX);
+    }
+
+    /**
+     * A real double array of zeros.
+     *
+     * @param dimensions extents; none give 0-by-0, one gives a row
+     * @return a new array
+     * @throws IllegalArgumentException for a negative extent or more than 2^31-1 elements
+     */
+    public static NVNumericArray zeros(int... dimensions) {
+        return zeros(ClassId.DOUBLE, Complexity.REAL, dimensions);
+    }
+
+    /**
+     * An array of zeros.
+     *
+     * @param classId a numeric class
+     * @param complexity whether it has an imaginary part
+     * @param dimensions extents; none give 0-by-0, one gives a row
+     * @return a new array
+     * @throws IllegalArgumentException for a class that is not numeric, a negative extent or more than 2^31-1 elements
+     */
+    public static NVNumericArray zeros(ClassId classId, Complexity complexity, int... dimensions) {
+        requireNumeric(classId);
+        int[] extents = Dimensions.checked(dimensions);
+        return (NVNumericArray) made(NVKRT.qxCreateArray(extents, classId.code(), complexity.code()));
+    }
+
+    /**
+     * An array from elements in storage order, the first subscript varying fastest.
+     *
+     * @param dimensions extents; none give 0-by-0, one gives a row
+     * @param classId a numeric class
+     * @param real a one-level array of numbers, one for each element
+     * @param imaginary likewise, or null for a real array
+     * @return a new array
+     * @throws IllegalArgumentException when lengths and extents don't agree, or for data that is not numeric
+     */
+    public static NVNumericArray ofFlat(int[] dimensions, ClassId classId, Object real, Object imaginary) {
+        requireNumeric(classId);
+        int[] extents = Dimensions.checked(dimensions);
+        int count = Dimensions.count(extents);
+        Object realData = FlatData.checked(real, classId, count);
+        Object imaginaryData = imaginary == null ? null : FlatData.checked(imaginary, classId, count);
+        Complexity complexity = imaginary == null ? Complexity.REAL : Complexity.COMPLEX;
+        return (NVNumericArray)
+                made(
+                        NVKRT.qxCreateNumericArray(
+                                extents, realData, imaginaryData, classId.code(), complexity.code()));
+    }
+
+    /**
+     * A sparse double matrix from its elements.
+     *
+     * @param rows one-based row of each element
+     * @param columns one-based column of each element
+     * @param values the elements; those at one position are added up, and zeros are left out. Each of the three arrays
+     *     may have one element only, which then counts for all
+     * @param m number of rows
+     * @param n number of columns
+     * @return a new array
+     * @throws IllegalArgumentException when the lengths don't agree, or m or n is negative
+     * @throws ArrayIndexOutOfBoundsException for a position outside the matrix
+     */
+    public static NVNumericArray sparse(int[] rows, int[] columns, double[] values, int m, int n) {
+        return (NVNumericArray) SparseBuilder.build(rows, columns, values, null, m, n, ClassId.DOUBLE);
+    }
+
+    /**
+     * A complex sparse matrix from its elements.
+     *
+     * @param rows one-based row of each element
+     * @param columns one-based column of each element
+     * @param real real parts, as for {@link #sparse(int[], int[], double[], int, int)}
+     * @param imaginary imaginary parts, as many
+     * @param m number of rows
+     * @param n number of columns
+     * @return a new array
+     * @throws IllegalArgumentException when the lengths don't agree, or m or n is negative
+     * @throws ArrayIndexOutOfBoundsException for a position outside the matrix
+     */
+    public static NVNumericArray sparse(int[] rows, int[] columns, double[] real, double[] imaginary, int m, int n) {
+        Objects.requireNonNull(imaginary, "imaginary");
+        return (NVNumericArray) SparseBuilder.build(rows, columns, real, imaginary, m, n, ClassId.DOUBLE);
+    }
+
+    /**
+     * A sparse matrix with the non-zero elements of a full one.
+     *
+     * @param full m rows; shorter rows are filled up with zeros
+     * @return a new array
+     * @throws IllegalArgumentException for more than 2^31-1 elements
+     */
+    public static NVNumericArray sparse(double[][] full) {
+        return (NVNumericArray) SparseBuilder.compress(full, ClassId.DOUBLE);
+    }
+
+    private static NVNumericArray create(Object real, Object imaginary, ClassId classId, Complexity complexity) {
+        requireNumeric(classId);
+        checkData(real);
+        checkData(imaginary);
+        NestedCopy shape = new NestedCopy(false);
+        Object realData = shape.copy(real);
+        Object imaginaryData = shape.copy(imaginary);
+        return (NVNumericArray)
+                made(NVKRT.qxObject2qxArray(realData, imaginaryData, classId.code(), complexity.code()));
+    }
+
+    private static ClassId natural(Object data) {
+        ClassId classId = JavaData.classify(Objects.requireNonNull(data, "data"));
+        if (classId == null || !classId.isNumeric()) {
+            throw new IllegalArgumentException("data of type " + data.getClass().getTypeName() + " is not numeric");
+        }
+        return classId;
+    }
+
+    private static void checkData(Object data) {
+        ClassId natural = JavaData.classify(data);
+        if (natural == null || natural.isCompound()) {
+            throw new IllegalArgumentException("data of type " + data.getClass().getTypeName() + " holds no numbers");
+        }
+    }
+
+    private static void requireNumeric(ClassId classId) {
+        if (!Objects.requireNonNull(classId, "classId").isNumeric()) {
+            throw new IllegalArgumentException("class " + classId + " is not numeric");
+        }
+    }
+
+    /**
+     * The real part of a matrix, row by row: {@code double[m][n]} for m-by-n, {@code double[1][1]} for a scalar,
+     * {@code double[0][]} for 0-by-n, m empty rows for m-by-0. Sparse matrices come out full.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions; {@link #toArray(Class)} reads those
+     */
+    public double[][] toDoubleArray() {
+        return toArray(double[][].class);
+    }
+
+    /**
+     * The imaginary part of a matrix, in the shape of {@link #toDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions, or a real array
+     */
+    public double[][] toImaginaryDoubleArray() {
+        return toImaginaryArray(double[][].class);
+    }
+
+    /**
+     * The real part of a matrix as {@code float} values, in the shape of {@link #toDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions
+     */
+    public float[][] toFloatArray() {
+        return toArray(float[][].class);
+    }
+
+    /**
+     * The real part of a matrix as {@code long} values, in the shape of {@link #toDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions
+     */
+    public long[][] toLongArray() {
+        return toArray(long[][].class);
+    }
+
+    /**
+     * The real part of a matrix as {@code int} values, in the shape of {@link #toDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions
+     */
+    public int[][] toIntArray() {
+        return toArray(int[][].class);
+    }
+
+    /**
+     * The real part of a matrix as {@code short} values, in the shape of {@link #toDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions
+     */
+    public short[][] toShortArray() {
+        return toArray(short[][].class);
+    }
+
+    /**
+     * The real part of a matrix as {@code byte} values, in the shape of {@link #toDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for more than two dimensions
+     */
+    public byte[][] toByteArray() {
+        return toArray(byte[][].class);
+    }
+
+    /**
+     * The real part, nested as deeply as there are dimensions, first subscript outermost. A level of extent 0 is an
+     * empty array, never null. Sparse matrices come out full.
+     *
+     * @param type an array type with one level for each dimension, of primitive or boxed numbers or chars:
+     *     {@code double[][][].class} for three dimensions, {@code Integer[][].class} for a matrix
+     * @param <A> the type
+     * @return a new array
+     * @throws IllegalArgumentException for a type whose depth is not the number of dimensions, or another element type
+     */
+    public <A> A toArray(Class<A> type) {
+        return Reads.nested(this, type, true);
+    }
+
+    /**
+     * The imaginary part, in the shape of {@link #toArray(Class)}.
+     *
+     * @param type an array type with one level for each dimension
+     * @param <A> the type
+     * @return a new array
+     * @throws IllegalArgumentException as there, and for a real array
+     */
+    public <A> A toImaginaryArray(Class<A> type) {
+        return Reads.nested(this, type, false);
+    }
+
+    /**
+     * The real part in storage order, the first subscript varying fastest, whatever the dimensions. Of a sparse matrix
+     * only the stored elements, in the order of {@link #subscriptsAlong}.
+     *
+     * @return a new array, empty for an empty array
+     */
+    public double[] toFlatDoubleArray() {
+        return toFlatArray(double[].class);
+    }
+
+    /**
+     * The imaginary part in the order of {@link #toFlatDoubleArray()}.
+     *
+     * @return a new array
+     * @throws IllegalArgumentException for a real array
+     */
+    public double[] toFlatImaginaryDoubleArray() {
+        return toFlatImaginaryArray(double[].class);
+    }
+
+    /**
+     * The real part in the order of {@link #toFlatDoubleArray()}.
+     *
+     * @param type a one-level array type of primitive numbers or chars
+     * @param <A> the type
+     * @return a new array
+     * @throws IllegalArgumentException for another type
+     */
+    public <A> A toFlatArray(Class<A> type) {
+        return Reads.flat(this, type, true);
+    }
+
+    /**
+     * The imaginary part in the order of {@link #toFlatDoubleArray()}.
+     *
+     * @param type a one-level array type of primitive numbers or chars
+     * @param <A> the type
+     * @return a new array
+     * @throws IllegalArgumentException for another type, or a real array
+     */
+    public <A> A toFlatImaginaryArray(Class<A> type) {
+        return Reads.flat(this, type, false);
+    }
+
+    /**
+     * The real part of the only element of a 1-by-1 array.
+     *
+     * @return its value
+     * @throws IllegalStateException when there are more or fewer elements
+     */
+    public double doubleValue() {
+        int count = numberOfElements();
+        if (count != 1) {
+            throw new IllegalStateException("the array has " + count + " elements, not one");
+        }
+        return getDoubleAt(0);
+    }
+
+    /**
+     * The real part of one element.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return its value
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public double getDouble(int... subscripts) {
+        return classId().isUnsigned()
+                ? Unsigned.toDouble(getLong(subscripts), classId())
+                : read(pointer -> NVKRT.qxGetDoubleAt(pointer, subscripts, true));
+    }
+
+    /**
+     * The real part of one element.
+     *
+     * @param index zero-based, in storage order
+     * @return its value
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public double getDoubleAt(int index) {
+        return classId().isUnsigned()
+                ? Unsigned.toDouble(getLongAt(index), classId())
+                : read(pointer -> NVKRT.qxGetDoubleAt(pointer, index, true));
+    }
+
+    /**
+     * The real part of one element as a {@code float}.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return its value, rounded
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public float getFloat(int... subscripts) {
+        return (float) getDouble(subscripts);
+    }
+
+    /**
+     * The real part of one element as a {@code float}.
+     *
+     * @param index zero-based, in storage order
+     * @return its value, rounded
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public float getFloatAt(int index) {
+        return (float) getDoubleAt(index);
+    }
+
+    /**
+     * The real part of one element as a {@code long}; uint64 as its bits.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return its value, truncated toward zero
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public long getLong(int... subscripts) {
+        return Unsigned.mask(read(pointer -> NVKRT.qxGetLongAt(pointer, subscripts, true)), classId());
+    }
+
+    /**
+     * The real part of one element as a {@code long}; uint64 as its bits.
+     *
+     * @param index zero-based, in storage order
+     * @return its value, truncated toward zero
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public long getLongAt(int index) {
+        return Unsigned.mask(read(pointer -> NVKRT.qxGetLongAt(pointer, index, true)), classId());
+    }
+
+    /**
+     * The real part of one element as an {@code int}: the low 32 bits of an integer.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return its value, truncated toward zero
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public int getInt(int... subscripts) {
+        return (int) Unsigned.mask(read(pointer -> NVKRT.qxGetIntAt(pointer, subscripts, true)), classId());
+    }
+
+    /**
+     * The real part of one element as an {@code int}: the low 32 bits of an integer.
+     *
+     * @param index zero-based, in storage order
+     * @return its value, truncated toward zero
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public int getIntAt(int index) {
+        return (int) Unsigned.mask(read(pointer -> NVKRT.qxGetIntAt(pointer, index, true)), classId());
+    }
+
+    /**
+     * The real part of one element, boxed as the Java type closest to the class; unsigned integers as their bits.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return its value
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public Number get(int... subscripts) {
+        return (Number) read(pointer -> NVKRT.qxGetObjectAt(pointer, subscripts, true));
+    }
+
+    /**
+     * The imaginary part of one element.
+     *
+     * @param subscripts one-based, one for each dimension
+     * @return its value; unsigned integers as their bits
+     * @throws IllegalArgumentException for a real array
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public double getImaginary(int... subscripts) {
+        return read(pointer -> NVKRT.qxGetDoubleAt(pointer, subscripts, false));
+    }
+
+    /**
+     * The imaginary part of one element.
+     *
+     * @param index zero-based, in storage order
+     * @return its value; unsigned integers as their bits
+     * @throws IllegalArgumentException for a real array
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public double getImaginaryAt(int index) {
+        return read(pointer -> NVKRT.qxGetDoubleAt(pointer, index, false));
+    }
+
+    /**
+     * Stores the real part of one element. Integer classes of up to 32 bits take the value through a signed 32-bit
+     * integer. A zero removes the element of a sparse array whose other part is zero too.
+     *
+     * @param value the value
+     * @param subscripts one-based, one for each dimension
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public void set(double value, int... subscripts) {
+        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value, true));
+    }
+
+    /**
+     * Stores the real part of one element; integer classes keep its low bits.
+     *
+     * @param value the value
+     * @param subscripts one-based, one for each dimension
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public void set(long value, int... subscripts) {
+        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value, true));
+    }
+
+    /**
+     * Stores the real part of one element, as {@link #set(double, int...)} does.
+     *
+     * @param index zero-based, in storage order
+     * @param value the value
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public void setAt(int index, double value) {
+        write(pointer -> NVKRT.qxSetAt(pointer, index, value, true));
+    }
+
+    /**
+     * Stores the real part of one element; integer classes keep its low bits.
+     *
+     * @param index zero-based, in storage order
+     * @param value the value
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public void setAt(int index, long value) {
+        write(pointer -> NVKRT.qxSetAt(pointer, index, value, true));
+    }
+
+    /**
+     * Stores the imaginary part of one element.
+     *
+     * @param value the value
+     * @param subscripts one-based, one for each dimension
+     * @throws IllegalArgumentException for a real array
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public void setImaginary(double value, int... subscripts) {
+        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value, false));
+    }
+
+    /**
+     * Stores the imaginary part of one element.
+     *
+     * @param index zero-based, in storage order
+     * @param value the value
+     * @throws IllegalArgumentException for a real array
+     * @throws ArrayIndexOutOfBoundsException when there is no such element
+     */
+    public void setImaginaryAt(int index, double value) {
+        write(pointer -> NVKRT.qxSetAt(pointer, index, value, false));
+    }
+
+    /**
+     * Stores the real part of all elements, of a sparse array that of all stored elements.
+     *
+     * @param flat a one-level array of primitive or boxed numbers, in storage order, one for each element
+     * @throws IllegalArgumentException for another type or length
+     */
+    public void setData(Object flat) {
+        setFlat(flat, true);
+    }
+
+    /**
+     * Stores the imaginary part of all elements, of a sparse array that of all stored elements.
+     *
+     * @param flat a one-level array of primitive or boxed numbers, in storage order, one for each element
+     * @throws IllegalArgumentException for another type or length, or a real array
+     */
+    public void setImaginaryData(Object flat) {
+        setFlat(flat, false);
+    }
+
+    private void setFlat(Object flat, boolean real) {
+        write(
+                pointer -> {
+                    int count = NVKRT.qxGetNumberOfNonZeros(pointer);
+                    NVKRT.qxSetData(pointer, FlatData.checked(flat, classId(), count), real);
+                });
+    }
+
+    @Override
+    public NVNumericArray duplicate() {
+        return (NVNumericArray) super.duplicate();
+    }
+
+    @Override
+    public NVNumericArray sharedCopy() {
+        return (NVNumericArray) super.sharedCopy();
+    }
+}

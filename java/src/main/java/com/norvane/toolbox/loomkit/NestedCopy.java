@@ -1,0 +1,100 @@
+package com.norvane.toolbox.loomkit;
+
+import com.norvane.extern.java.NVCellArray;
+import com.norvane.extern.java.NVStructArray;
+import java.util.Arrays;
+
+/**
+ * Copies nested Java arrays down to their primitive rows, which keep their length, and measures the bounding box of
+ * what it copies, as native code will: level 0 is the outermost array.
+ *
+ * <p>Where the data is going to be text, an object is replaced by its text: native code would ask for it twice.
+ */
+final class NestedCopy {
+    /** More units than any primitive value needs as text. */
+    private static final int TEXT_OF_PRIMITIVE = 26;
+
+    private final boolean asText;
+    private long[] extents = new long[4];
+    private int levels;
+
+    /** For data whose class follows from its first element. */
+    NestedCopy(Object data) {
+        this(JavaData.classifyNested(data) == ClassId.CHAR);
+    }
+
+    NestedCopy(boolean asText) {
+        this.asText = asText;
+    }
+
+    /** May be called for the real and the imaginary part in turn: the bounding box is that of both. */
+    Object copy(Object data) {
+        return copy(data, 0);
+    }
+
+    static void checkDepth(int depth) {
+        if (depth > Dimensions.MAX_COUNT) {
+            throw new IllegalArgumentException(
+                    "the array is nested more than " + Dimensions.MAX_COUNT + " levels deep, or contains itself");
+        }
+    }
+
+    private Object copy(Object data, int level) {
+        if (data instanceof Object[]) {
+            return copyArray((Object[]) data, level);
+        }
+        if (data == null) {
+            return null;
+        }
+        if (data.getClass().isArray()) {
+            raise(level, java.lang.reflect.Array.getLength(data));
+            if (asText && !(data instanceof char[])) {
+                raise(level + 1, TEXT_OF_PRIMITIVE);
+            }
+            return data;
+        }
+        if (asText && !(data instanceof Character)) {
+            String text = String.valueOf(data);
+            raise(level, text.length());
+            return text;
+        }
+        if (data instanceof NVCellArray) {
+            raiseAll(level, ((NVCellArray) data).getDimensions());
+        } else if (data instanceof NVStructArray) {
+            raiseAll(level, ((NVStructArray) data).getDimensions());
+        }
+        return data;
+    }
+
+    private Object copyArray(Object[] array, int level) {
+        checkDepth(level);
+        raise(level, array.length);
+        if (array.length == 0) {
+            return array;
+        }
+        Object[] copy = asText ? Arrays.copyOf(array, array.length, Object[].class) : array.clone();
+        for (int i = 0; i < copy.length; i++) {
+            copy[i] = copy(copy[i], level + 1);
+        }
+        return copy;
+    }
+
+    private void raiseAll(int level, int[] lengths) {
+        for (int i = 0; i < lengths.length; i++) {
+            raise(level + i, lengths[i]);
+        }
+    }
+
+    private void raise(int level, int length) {
+        checkDepth(level);
+        if (level >= extents.length) {
+            extents = Arrays.copyOf(extents, level * 2);
+        }
+        boolean grown = length > extents[level];
+        extents[level] = Math.max(extents[level], length);
+        levels = Math.max(levels, level + 1);
+        if (grown) {
+            Dimensions.checkCount(extents, levels);
+        }
+    }
+}

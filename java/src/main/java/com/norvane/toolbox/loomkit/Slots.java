@@ -1,0 +1,102 @@
+package com.norvane.toolbox.loomkit;
+
+import com.norvane.toolbox.loomkit.internal.NVKRT;
+import com.norvane.toolbox.loomkit.internal.NativePtr;
+
+/** The elements of cells and the fields of structs: arrays in numbered slots of another array. */
+final class Slots {
+    private Slots() {}
+
+    /**
+     * A view of the array in a slot, which shares data with its parent.
+     *
+     * @param slot zero-based
+     */
+    static NVArray get(NVBuiltinArray parent, NativePtr pointer, int slot) {
+        Object element = NVKRT.qxGetCell(pointer, slot);
+        join(element, parent);
+        return (NVArray) element;
+    }
+
+    /** Makes the wrappers in an array of any depth members of their parent's tree. */
+    static void joinAll(Object nested, NVBuiltinArray parent) {
+        if (nested instanceof Object[]) {
+            for (Object element : (Object[]) nested) {
+                joinAll(element, parent);
+            }
+        } else {
+            join(nested, parent);
+        }
+    }
+
+    private static void join(Object element, NVBuiltinArray parent) {
+        if (element instanceof NVBuiltinArray && ((NVBuiltinArray) element).tree() != null) {
+            ((NVBuiltinArray) element).joinTree(parent.tree(), parent.depth() + 1);
+        }
+    }
+
+    /** A value on its way into a slot: what native code gets for it, its levels, and what is to be closed after. */
+    static final class Value implements AutoCloseable {
+        private final Object data;
+        private final int levels;
+        private final NVBuiltinArray copy;
+
+        /**
+         * An array is copied: sharing its data would let a cell come to contain itself.
+         *
+         * @throws IllegalArgumentException for what is no plain data
+         */
+        Value(Object value) {
+            if (value instanceof NVBuiltinArray) {
+                NVBuiltinArray source = (NVBuiltinArray) value;
+                levels = source.levels();
+                ValueTree.checkLevels(levels);
+                copy = source.duplicate();
+                data = copy;
+                return;
+            }
+            if (JavaData.classify(value) == null) {
+                throw new IllegalArgumentException(
+                        "a " + value.getClass().getTypeName() + " can't be put into a cell or struct");
+            }
+            JavaData checked = JavaData.of(value);
+            levels = checked.levels();
+            data = checked.value();
+            copy = null;
+        }
+
+        /** Called within {@link NVBuiltinArray#write}. */
+        void store(NVBuiltinArray parent, NativePtr pointer, int slot) {
+            parent.tree().nest(parent.depth(), levels);
+            NVKRT.qxSetCell(pointer, slot, data);
+        }
+
+        @Override
+        public void close() {
+            if (copy != null) {
+                copy.close();
+            }
+        }
+    }
+
+    /** How deeply an array is nested, at most {@code limit}. Called with the monitor of its tree held. */
+    static int measureLevels(NVBuiltinArray array, int limit) {
+        if (!array.classId().isCompound() || limit == 0) {
+            return 0;
+        }
+        int slots = array.numberOfElements();
+        if (array.classId() == ClassId.STRUCT) {
+            slots *= array.read(NVKRT::qxGetNumberOfFields);
+        }
+        int deepest = 0;
+        for (int slot = 0; slot < slots; slot++) {
+            NativePtr pointer = array.getValue();
+            try (NVArray element = (NVArray) NVKRT.qxGetCell(pointer, slot)) {
+                if (element instanceof NVBuiltinArray) {
+                    deepest = Math.max(deepest, measureLevels((NVBuiltinArray) element, limit - 1));
+                }
+            }
+        }
+        return deepest + 1;
+    }
+}

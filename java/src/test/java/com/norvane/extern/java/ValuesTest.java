@@ -1,0 +1,94 @@
+package com.norvane.extern.java;
+
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+
+import java.util.LinkedHashMap;
+import java.util.Map;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.function.Executable;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.MethodSource;
+
+class ValuesTest {
+    @Test
+    void keepsTheRowsOfAMatrixInColumnMajorOrder() {
+        NVCellArray cell = NVCellArray.of(new Object[][] {{1, 2, 3}, {4, 5, 6}});
+
+        assertArrayEquals(new int[] {2, 3}, cell.getDimensions());
+        assertArrayEquals(new Object[] {1, 4, 2, 5, 3, 6}, cell.getFlatArray());
+        assertEquals(5, cell.get(3));
+        assertEquals("2-by-3 cell [1, 4, 2, 5, 3, 6]", cell.toString());
+    }
+
+    @Test
+    void keepsTheFieldsOfAnElementTogether() {
+        NVStructArray struct =
+                new NVStructArray(new int[] {2, 1}, new String[] {"a", "b"}, 1, "one", 2, "two");
+
+        assertEquals(2, struct.numberOfElements());
+        assertEquals("two", struct.get("b", 1));
+        assertEquals(2, struct.get(2));
+        assertEquals("2-by-1 struct [a, b] [1, one, 2, two]", struct.toString());
+        assertThrows(IllegalArgumentException.class, () -> struct.get("c", 0));
+        assertThrows(ArrayIndexOutOfBoundsException.class, () -> struct.get("a", 2));
+    }
+
+    @Test
+    void comparesByExtentsNamesAndDeepContents() {
+        Map<String, Object> fields = new LinkedHashMap<>();
+        fields.put("x", new double[][] {{1}, {2}});
+        fields.put("y", null);
+        NVStructArray struct = NVStructArray.of(fields);
+        Object[] values = {new double[][] {{1}, {2}}, null};
+
+        assertEquals(struct, new NVStructArray(new int[] {1, 1}, new String[] {"x", "y"}, values));
+        assertEquals(
+                struct.hashCode(),
+                new NVStructArray(new int[] {1, 1}, new String[] {"x", "y"}, values).hashCode());
+        assertNotEquals(struct, new NVStructArray(new int[] {1, 1}, new String[] {"y", "x"}, values));
+        assertEquals(NVCellArray.row(new int[] {1}, "a"), NVCellArray.row(new int[] {1}, "a"));
+        assertNotEquals(NVCellArray.row(1, 2), NVCellArray.column(1, 2));
+        assertNotEquals(NVCellArray.row(1, 2), NVCellArray.row(1, 3));
+    }
+
+    @Test
+    void isNotChangedThroughWhatItWasMadeOfOrGave() {
+        Object[] elements = {1, 2};
+        int[] dimensions = {1, 2};
+        NVCellArray cell = new NVCellArray(dimensions, elements);
+        elements[0] = 9;
+        dimensions[0] = 9;
+        cell.getFlatArray()[1] = 9;
+        cell.getDimensions()[1] = 9;
+
+        assertEquals(NVCellArray.row(1, 2), cell);
+    }
+
+    static Stream<Executable> refusedShapes() {
+        String[] none = {};
+        return Stream.of(
+                () -> new NVCellArray(new int[0]),
+                () -> new NVCellArray(new int[] {2, 2}, 1, 2, 3),
+                () -> new NVCellArray(new int[] {-1, -1}, 1),
+                () -> new NVCellArray(new int[] {0, 1 << 20, 1 << 20}),
+                () -> new NVCellArray(new int[256]),
+                () -> NVCellArray.of(new Object[][] {{1}, {1, 2}}),
+                () -> new NVStructArray(new int[] {1, 1}, new String[] {"a"}),
+                () -> new NVStructArray(new int[] {1, 1}, new String[] {"a", "a"}, 1, 2),
+                () -> new NVStructArray(new int[] {1, 1}, new String[] {""}, 1),
+                () -> new NVStructArray(new int[] {1, 1}, new String[] {null}, 1),
+                () -> new NVStructArray(new int[] {1, 1}, new String[] {"\ud800"}, 1),
+                () -> new NVStructArray(new int[] {1, 1}, new String[] {"a\0b"}, 1),
+                () -> new NVStructArray(new int[] {1 << 20, 1 << 20}, none));
+    }
+
+    @ParameterizedTest
+    @MethodSource("refusedShapes")
+    void refusesWhatNoArrayHas(Executable making) {
+        assertThrows(IllegalArgumentException.class, making);
+    }
+}

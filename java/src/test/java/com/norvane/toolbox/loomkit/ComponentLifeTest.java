@@ -1,0 +1,245 @@
+package com.norvane.toolbox.loomkit;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertSame;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.ByteArrayInputStream;
+import java.io.FilterInputStream;
+import java.io.IOException;
+import java.io.InputStream;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import java.util.concurrent.Callable;
+import java.util.concurrent.CountDownLatch;
+import java.util.concurrent.ExecutorService;
+import java.util.concurrent.Executors;
+import java.util.concurrent.Future;
+import java.util.function.DoubleUnaryOperator;
+import org.junit.jupiter.api.BeforeEach;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.ValueSource;
+
+class ComponentLifeTest {
+    private static final int CHUNK = 4096;
+
+    @TempDir Path folder;
+    private byte[] archive;
+
+    @BeforeEach
+    void readArchive() throws IOException {
+        TestComponents.start();
+        archive = Files.readAllBytes(TestComponents.archive("showcase"));
+    }
+
+    private static void assertWorks(Component component) {
+        assertEquals(4, component.call1("parabola", 2 + Math.sqrt(3)).asNumeric().doubleValue(), 1e-12);
+    }
+
+    /** The archive with a comment at its end that brings it to a size beyond a multiple of the chunk. */
+    private byte[] padded(int beyond) {
+        int size = (archive.length / CHUNK + 2) * CHUNK + beyond;
+        byte[] padded = Arrays.copyOf(archive, size);
+        int comment = size - archive.length;
+        padded[archive.length - 2] = (byte) comment;
+        padded[archive.length - 1] = (byte) (comment >> 8);
+        return padded;
+    }
+
+    @ParameterizedTest
+    @ValueSource(ints = {-1, 0, 1})
+    void opensStreamsAroundAMultipleOfTheChunk(int beyond) throws IOException {
+        byte[] bytes = padded(beyond);
+        assertEquals(0, bytes[bytes.length - 1], "the archive had a comment already");
+        InputStream stream = new ByteArrayInputStream(Arrays.copyOf(bytes, bytes.length + 10));
+        try (Component component = Component.open(stream, bytes.length)) {
+            assertWorks(component);
+        }
+    }
+
+    @Test
+    void opensWhatAStreamGivesToItsEnd() throws IOException {
+        try (Component component = Component.open(new ByteArrayInputStream(archive))) {
+            assertWorks(component);
+        }
+    }
+
+    /** Gives one byte a read, and now and then none. */
+    private static final class Trickle extends FilterInputStream {
+        private int reads;
+
+        Trickle(InputStream source) {
+            super(source);
+        }
+
+        @Override
+        public int read(byte[] target) throws IOException {
+            reads++;
+            return reads % 1000 == 0 ? 0 : super.read(target, 0, 1);
+        }
+    }
+
+    @Test
+    void opensAStreamThatGivesAByteAtATime() throws IOException {
+        try (Component component =
+                Component.open(new Trickle(new ByteArrayInputStream(archive)), archive.length)) {
+            assertWorks(component);
+        }
+    }
+
+    @Test
+    void letsAFailureOfTheStreamThroughAsItIs() {
+        IOException failure = new IOException("unplugged");
+        InputStream failing =
+                new FilterInputStream(new ByteArrayInputStream(archive)) {
+                    private int left = 3;
+
+                    @Override
+                    public int read(byte[] target) throws IOException {
+                        if (left-- == 0) {
+                            throw failure;
+                        }
+                        return super.read(target);
+                    }
+                };
+        assertSame(failure, assertThrows(IOException.class, () -> Component.open(failing, archive.length)));
+    }
+
+    @ParameterizedTest
+    @ValueSource(ints = {-2, CHUNK + 1, Integer.MAX_VALUE})
+    void refusesAStreamThatMiscounts(int claim) {
+        InputStream lying =
+                new ByteArrayInputStream(archive) {
+                    @Override
+                    public int read(byte[] target) {
+                        return claim;
+                    }
+                };
+        assertThrows(IOException.class, () -> Component.open(lying, archive.length));
+    }
+
+    @Test
+    void refusesADamagedArchive() {
+        byte[] damaged = archive.clone();
+        Arrays.fill(damaged, archive.length / 3, archive.length / 2, (byte) 7);
+        NVException failure =
+                assertThrows(NVException.class, () -> Component.open(new ByteArrayInputStream(damaged)));
+        assertTrue(
+                failure.getMessage().startsWith("An error occurred while initializing the component.\n"),
+                failure.getMessage());
+    }
+
+    @Test
+    void unpacksToAFolder() throws IOException {
+        Path target = folder.resolve("unpacked");
+        try (Component component =
+                Component.open(TestComponents.archive("showcase"), new ComponentOptions().extractTo(target))) {
+            assertWorks(component);
+            assertTrue(Files.isRegularFile(target.resolve("component.json")), target.toString());
+        }
+    }
+
+    @Test
+    void refusesUseAfterClose() throws IOException {
+        Component component = TestComponents.open("showcase");
+        NVArray result = component.call1("same", "kept");
+        component.close();
+        component.close();
+
+        assertTrue(component.isClosed());
+        assertThrows(IllegalStateException.class, () -> component.call1("same", 1.0));
+        assertThrows(IllegalStateException.class, component::functions);
+        assertEquals("kept", result.asChar().toJavaString());
+    }
+
+    @Test
+    void finishesACallDuringWhichItIsClosed() throws IOException {
+        Component component = TestComponents.open("showcase");
+        DoubleUnaryOperator closing =
+                x -> {
+                    component.close();
+                    return x * x;
+                };
+        double minimum = component.call("minimize", 1, closing, -1.0, 2.0)[0].asNumeric().doubleValue();
+
+        assertEquals(0, minimum, 1e-6);
+        assertThrows(IllegalStateException.class, () -> component.call1("same", 1.0));
+    }
+
+    @Test
+    void startsAndStopsAgain() throws IOException {
+        Component stale = TestComponents.open("showcase");
+        NVNumericArray array = NVNumericArray.of(2.5);
+        Loomkit.stop();
+        Loomkit.stop();
+        assertFalse(Loomkit.isRunning());
+        assertTrue(stale.isClosed());
+        assertThrows(IllegalStateException.class, () -> stale.call1("same", 1.0));
+        stale.close();
+        assertEquals(2.5, array.doubleValue());
+
+        TestComponents.start();
+        assertTrue(Loomkit.isRunning());
+        try (Component fresh = TestComponents.open("showcase")) {
+            assertWorks(fresh);
+        }
+    }
+
+    @Test
+    void startsOnceForManyThreads() throws Exception {
+        Loomkit.stop();
+        int count = 8;
+        ExecutorService threads = Executors.newFixedThreadPool(count);
+        CountDownLatch start = new CountDownLatch(count);
+        List<Callable<Component>> opening = new ArrayList<>();
+        for (int i = 0; i < count; i++) {
+            opening.add(
+                    () -> {
+                        start.countDown();
+                        start.await();
+                        return TestComponents.open("showcase");
+                    });
+        }
+        for (Future<Component> opened : threads.invokeAll(opening)) {
+            try (Component component = opened.get()) {
+                assertWorks(component);
+            }
+        }
+        threads.shutdown();
+    }
+
+    @Test
+    void evaluatesOnManyThreads() throws Exception {
+        ExecutorService threads = Executors.newFixedThreadPool(4);
+        try (Component component = TestComponents.open("showcase")) {
+            List<Callable<Void>> callers = new ArrayList<>();
+            for (int i = 0; i < 8; i++) {
+                double number = i;
+                callers.add(
+                        () -> {
+                            for (int round = 0; round < 50; round++) {
+                                double result = component.call1("increment", number).asNumeric().doubleValue();
+                                assertEquals(number + 1, result);
+                            }
+                            return null;
+                        });
+            }
+            for (Future<Void> caller : threads.invokeAll(callers)) {
+                caller.get();
+            }
+        }
+        threads.shutdown();
+    }
+
+    @Test
+    void tellsItsVersion() {
+        assertTrue(Loomkit.version().matches("\\d+\\.\\d+\\.\\d+"), Loomkit.version());
+    }
+}

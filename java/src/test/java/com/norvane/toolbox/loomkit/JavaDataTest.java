@@ -1,0 +1,158 @@
+package com.norvane.toolbox.loomkit;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotSame;
+import static org.junit.jupiter.api.Assertions.assertNull;
+import static org.junit.jupiter.api.Assertions.assertSame;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.params.provider.Arguments.arguments;
+
+import com.norvane.extern.java.NVCellArray;
+import com.norvane.extern.java.NVStructArray;
+import java.math.BigDecimal;
+import java.util.Arrays;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.MethodSource;
+
+class JavaDataTest {
+    static Stream<org.junit.jupiter.params.provider.Arguments> classes() {
+        return Stream.of(
+                arguments(null, ClassId.DOUBLE),
+                arguments(1.5, ClassId.DOUBLE),
+                arguments(new float[0], ClassId.SINGLE),
+                arguments(new Long[0][0], ClassId.INT64),
+                arguments(new int[0][3], ClassId.INT32),
+                arguments(new Object[] {null, 1.0}, ClassId.CHAR),
+                arguments(new Object[] {new Object[] {(short) 1}, "text"}, ClassId.INT16),
+                arguments(new String[0], ClassId.CHAR),
+                arguments('c', ClassId.CHAR),
+                arguments(true, ClassId.LOGICAL),
+                arguments(new byte[][] {{1}}, ClassId.INT8),
+                arguments(NVCellArray.row(), ClassId.CELL),
+                arguments(new NVStructArray(new int[] {0, 0}, new String[0]), ClassId.STRUCT),
+                arguments(new Object[0], null),
+                arguments(new Object[] {NVCellArray.row()}, null),
+                arguments(BigDecimal.ONE, null),
+                arguments(new Object(), null));
+    }
+
+    @ParameterizedTest
+    @MethodSource("classes")
+    void classifiesByTheFirstElement(Object data, ClassId expected) {
+        assertEquals(expected, JavaData.classify(data));
+    }
+
+    static Object containsItself() {
+        Object[] array = {1.0, null};
+        array[1] = array;
+        return array;
+    }
+
+    static Object nested(int levels) {
+        Object array = new Object[] {1.0};
+        for (int i = 1; i < levels; i++) {
+            array = new Object[] {array};
+        }
+        return array;
+    }
+
+    static Object sharedRows(int rows, int columns) {
+        double[][] matrix = new double[rows][];
+        Arrays.fill(matrix, new double[columns]);
+        return matrix;
+    }
+
+    static Object cellsOfCells(int levels) {
+        NVCellArray cell = NVCellArray.row();
+        for (int i = 1; i < levels; i++) {
+            cell = NVCellArray.row(cell, cell);
+        }
+        return cell;
+    }
+
+    static Stream<Object> refused() {
+        return Stream.of(
+                containsItself(),
+                nested(300),
+                nested(100_000),
+                sharedRows(1 << 16, 1 << 16),
+                new Object[] {"text", sharedRows(1 << 12, 1 << 16)},
+                new Object[] {1.0, new Object[] {containsItself()}},
+                cellsOfCells(101),
+                cellsOfCells(40),
+                NVCellArray.row(NVCellArray.row(containsItself())));
+    }
+
+    @ParameterizedTest
+    @MethodSource("refused")
+    void refusesWhatWouldEndTheProcess(Object data) {
+        assertThrows(IllegalArgumentException.class, () -> JavaData.of(data));
+    }
+
+    @Test
+    void acceptsTheDeepestNesting() {
+        assertEquals(0, JavaData.of(nested(255)).levels());
+        NVCellArray cell = NVCellArray.row();
+        for (int i = 1; i < ValueTree.MAX_LEVELS; i++) {
+            cell = NVCellArray.row(cell);
+        }
+        assertEquals(ValueTree.MAX_LEVELS, JavaData.of(cell).levels());
+    }
+
+    @Test
+    void copiesWhatCouldChangeAndNothingElse() {
+        double[] row = {1, 2};
+        double[][] matrix = {row};
+        Double[] boxed = {1.0};
+
+        double[][] copy = (double[][]) JavaData.of(matrix).value();
+
+        assertNotSame(matrix, copy);
+        assertSame(row, copy[0]);
+        assertEquals(Double[].class, JavaData.of(boxed).value().getClass());
+        assertSame(row, JavaData.of(row).value());
+        assertNull(JavaData.of(null).value());
+    }
+
+    @Test
+    void asksAnObjectForItsTextOnce() {
+        Object teller =
+                new Object() {
+                    private int asked;
+
+                    @Override
+                    public String toString() {
+                        return "asked " + ++asked;
+                    }
+                };
+        Object[] copy = (Object[]) JavaData.of(new Object[] {"a", teller}).value();
+
+        assertEquals("asked 1", copy[1]);
+        assertEquals(2.5, ((Object[]) JavaData.of(new Object[] {1.0, 2.5}).value())[1]);
+    }
+
+    static Stream<org.junit.jupiter.params.provider.Arguments> extents() {
+        return Stream.of(
+                arguments(new int[] {}, new int[] {0, 0}),
+                arguments(new int[] {4}, new int[] {1, 4}),
+                arguments(new int[] {2, 0, 3}, new int[] {2, 0, 3}),
+                arguments(new int[] {1 << 16, 1 << 14}, new int[] {1 << 16, 1 << 14}),
+                arguments(new int[] {1 << 16, 1 << 15}, null),
+                arguments(new int[] {0, 1 << 16, 1 << 16}, null),
+                arguments(new int[] {-1, 2}, null),
+                arguments(new int[] {Integer.MIN_VALUE}, null),
+                arguments(new int[256], null));
+    }
+
+    @ParameterizedTest
+    @MethodSource("extents")
+    void checksExtents(int[] given, int[] expected) {
+        if (expected == null) {
+            assertThrows(IllegalArgumentException.class, () -> Dimensions.checked(given));
+        } else {
+            org.junit.jupiter.api.Assertions.assertArrayEquals(expected, Dimensions.checked(given));
+        }
+    }
+}

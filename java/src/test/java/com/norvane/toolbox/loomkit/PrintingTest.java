@@ -1,0 +1,107 @@
+package com.norvane.toolbox.loomkit;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.ByteArrayOutputStream;
+import java.io.IOException;
+import java.io.PrintStream;
+import java.nio.charset.StandardCharsets;
+import org.junit.jupiter.api.AfterEach;
+import org.junit.jupiter.api.BeforeEach;
+import org.junit.jupiter.api.Test;
+
+class PrintingTest {
+    private final ByteArrayOutputStream text = new ByteArrayOutputStream();
+    private final ByteArrayOutputStream errors = new ByteArrayOutputStream();
+    private Component showcase;
+
+    private static PrintStream into(ByteArrayOutputStream bytes) {
+        return new PrintStream(bytes, true, StandardCharsets.UTF_8);
+    }
+
+    private static String of(ByteArrayOutputStream bytes) {
+        return bytes.toString(StandardCharsets.UTF_8);
+    }
+
+    @BeforeEach
+    void open() throws IOException {
+        TestComponents.start();
+        ComponentOptions options = new ComponentOptions().output(into(text)).errorOutput(into(errors));
+        showcase = Component.open(TestComponents.archive("showcase"), options);
+    }
+
+    @AfterEach
+    void close() {
+        showcase.close();
+        Loomkit.setOutput(null);
+        Loomkit.setErrorOutput(null);
+    }
+
+    @Test
+    void separatesOutputFromWarnings() {
+        showcase.call("say", 0, "hello");
+        showcase.call("caution", 0, "beware");
+
+        assertEquals("hello\n", of(text));
+        assertTrue(of(errors).contains("beware"), of(errors));
+    }
+
+    @Test
+    void keepsTheLinesOfAThreadOfTheComponent() {
+        showcase.call("say_from_thread", 0, "line", 3);
+
+        assertEquals("line 0\nline 1\nline 2\n", of(text));
+        assertTrue(of(errors).contains("line is done"), of(errors));
+    }
+
+    @Test
+    void followsAChangeOfStreamsAtOnce() {
+        ByteArrayOutputStream later = new ByteArrayOutputStream();
+        ByteArrayOutputStream shared = new ByteArrayOutputStream();
+        Loomkit.setOutput(into(shared));
+        showcase.call("say", 0, "one");
+        showcase.setOutput(into(later));
+        showcase.call("say", 0, "two");
+        showcase.setOutput(null);
+        showcase.call("say", 0, "three");
+
+        assertEquals("one\n", of(text));
+        assertEquals("two\n", of(later));
+        assertEquals("three\n", of(shared));
+    }
+
+    @Test
+    void keepsComponentsApart() throws IOException {
+        ByteArrayOutputStream other = new ByteArrayOutputStream();
+        try (Component second =
+                Component.open(TestComponents.archive("showcase"), new ComponentOptions().output(into(other)))) {
+            second.call("say", 0, "second");
+            showcase.call("say", 0, "first");
+        }
+        assertEquals("first\n", of(text));
+        assertEquals("second\n", of(other));
+    }
+
+    /** A stream that fails leaves its exception to the caller, and the component as it was. */
+    @Test
+    void letsAFailingStreamsExceptionThroughAsItIs() {
+        IllegalStateException failure = new IllegalStateException("full");
+        showcase.setOutput(
+                new PrintStream(text) {
+                    @Override
+                    public void print(String ignored) {
+                        throw failure;
+                    }
+                });
+        try {
+            showcase.call("say", 0, "lost");
+            throw new AssertionError("nothing was thrown");
+        } catch (IllegalStateException thrown) {
+            assertEquals(failure, thrown);
+        }
+        showcase.setOutput(into(text));
+        showcase.call("say", 0, "again");
+        assertEquals("again\n", of(text));
+    }
+}

@@ -1,0 +1,118 @@
+package com.norvane.toolbox.loomkit;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotEquals;
+import static org.junit.jupiter.api.Assertions.assertSame;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+
+import java.io.ByteArrayInputStream;
+import java.io.ByteArrayOutputStream;
+import java.io.IOException;
+import java.io.InvalidObjectException;
+import java.io.ObjectInputStream;
+import java.io.ObjectOutputStream;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Map;
+import java.util.Random;
+import java.util.function.Supplier;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.MethodSource;
+
+class SerialFormTest {
+    static Stream<Supplier<NVBuiltinArray>> arrays() {
+        return Stream.of(
+                () -> NVNumericArray.of(new double[][] {{1, Double.NaN}, {-0.0, Double.NEGATIVE_INFINITY}}),
+                () -> NVNumericArray.complex(new double[][] {{1, 2}}, new double[][] {{3, 4}}),
+                () -> NVNumericArray.of(new byte[][][] {{{1, 2}}, {{3, 4}}}),
+                () -> NVNumericArray.zeros(ClassId.UINT64, Complexity.COMPLEX, 0, 3),
+                () -> NVNumericArray.sparse(new double[][] {{0, 5}, {0, 0}}),
+                () -> NVLogicalArray.sparse(new boolean[][] {{true, false}}),
+                () -> NVLogicalArray.of(true),
+                () -> NVCharArray.of("text \ud83d\ude00 \ud800", "x"),
+                () -> NVCellArray.row(1, "b", NVCellArray.empty(2, 0)),
+                () -> NVStructArray.of(Map.of("field", new float[] {1, 2})));
+    }
+
+    private static byte[] written(Object object) throws IOException {
+        ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+        try (ObjectOutputStream stream = new ObjectOutputStream(bytes)) {
+            stream.writeObject(object);
+        }
+        return bytes.toByteArray();
+    }
+
+    private static Object read(byte[] bytes) throws IOException, ClassNotFoundException {
+        try (ObjectInputStream stream = new ObjectInputStream(new ByteArrayInputStream(bytes))) {
+            return stream.readObject();
+        }
+    }
+
+    @ParameterizedTest
+    @MethodSource("arrays")
+    void travelsByValue(Supplier<NVBuiltinArray> making) throws Exception {
+        try (NVBuiltinArray array = making.get();
+                NVBuiltinArray twin = making.get();
+                NVBuiltinArray arrived = (NVBuiltinArray) read(written(array))) {
+            assertSame(array.getClass(), arrived.getClass());
+            assertEquals(array, arrived);
+            assertEquals(array, twin);
+            assertEquals(array.hashCode(), arrived.hashCode());
+            assertEquals(0, array.compareTo(arrived));
+            assertEquals(array.toString(), arrived.toString());
+        }
+    }
+
+    @Test
+    void tellsDifferentArraysApartAndOrdersThem() {
+        List<NVBuiltinArray> arrays = new java.util.ArrayList<>();
+        arrays().forEach(making -> arrays.add(making.get()));
+        arrays.sort(null);
+        for (int i = 0; i < arrays.size(); i++) {
+            for (int j = 0; j < arrays.size(); j++) {
+                assertEquals(Integer.signum(i - j), arrays.get(i).compareTo(arrays.get(j)));
+                assertEquals(i == j, arrays.get(i).equals(arrays.get(j)));
+            }
+        }
+        assertNotEquals(arrays.get(0), "no array");
+        assertNotEquals(arrays.get(0), null);
+    }
+
+    /** Bytes that were changed at random make an array or are refused; nothing else may happen. */
+    @ParameterizedTest
+    @MethodSource("arrays")
+    void readsOrRefusesDamagedForms(Supplier<NVBuiltinArray> making) {
+        long seed = 99;
+        Random random = new Random(seed);
+        try (NVBuiltinArray array = making.get()) {
+            byte[] form = array.serialize();
+            for (int round = 0; round < 300; round++) {
+                byte[] damaged = Arrays.copyOf(form, random.nextInt(4) == 0 ? random.nextInt(form.length) : form.length);
+                if (damaged.length > 0) {
+                    damaged[random.nextInt(damaged.length)] = (byte) random.nextInt();
+                }
+                readOrRefuse(damaged);
+            }
+        }
+    }
+
+    private static void readOrRefuse(byte[] form) {
+        try (NVBuiltinArray read = NVBuiltinArray.deserialize(form)) {
+            byte[] again = read.serialize();
+            assertEquals(read, NVBuiltinArray.deserialize(again));
+        } catch (IllegalArgumentException refused) {
+            assertEquals("the bytes are not the serialised form of an array", refused.getMessage());
+        }
+    }
+
+    @Test
+    void refusesForeignBytes() throws Exception {
+        assertThrows(IllegalArgumentException.class, () -> NVBuiltinArray.deserialize(new byte[] {1, 2, 3}));
+        assertThrows(NullPointerException.class, () -> NVBuiltinArray.deserialize(null));
+        assertThrows(
+                InvalidObjectException.class, () -> read(written(new SerializedArray(new byte[] {1, 2, 3}))));
+        assertThrows(InvalidObjectException.class, () -> read(written(new SerializedArray(null))));
+    }
+}

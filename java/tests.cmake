@@ -1,0 +1,52 @@
+# The JUnit tests. They run on the class path, to see what the packages keep to themselves.
+
+find_jar(LOOMKIT_JUNIT_JAR junit-platform-console-standalone)
+if(NOT LOOMKIT_JUNIT_JAR)
+    message(FATAL_ERROR "The Java tests need junit-platform-console-standalone.jar (Debian package junit5)")
+endif()
+
+set(LOOMKIT_JAVA_ENVIRONMENT "" CACHE STRING
+    "VAR=value entries for programs that run Java: what a sanitizer needs to be loaded before the virtual machine")
+
+set(package src/test/java/com/norvane)
+add_jar(loomkit_java_tests
+    SOURCES
+        ${package}/extern/java/ValuesTest.java
+        ${package}/toolbox/loomkit/ArrayLifeTest.java
+        ${package}/toolbox/loomkit/CallTest.java
+        ${package}/toolbox/loomkit/CellAndStructTest.java
+        ${package}/toolbox/loomkit/ComponentLifeTest.java
+        ${package}/toolbox/loomkit/HostileInputTest.java
+        ${package}/toolbox/loomkit/JavaDataTest.java
+        ${package}/toolbox/loomkit/LeakReportTest.java
+        ${package}/toolbox/loomkit/NVExceptionTest.java
+        ${package}/toolbox/loomkit/NumericArrayTest.java
+        ${package}/toolbox/loomkit/PrintingTest.java
+        ${package}/toolbox/loomkit/SerialFormTest.java
+        ${package}/toolbox/loomkit/SparseArrayTest.java
+        ${package}/toolbox/loomkit/TestComponents.java
+        ${package}/toolbox/loomkit/TextAndLogicalTest.java
+        ${package}/toolbox/loomkit/internal/NativeBundleTest.java
+        ${package}/toolbox/loomkit/internal/NativeLoaderTest.java
+        ${package}/toolbox/loomkit/internal/ObjectInvokerTest.java
+        ${package}/toolbox/loomkit/testing/ChildProcess.java
+    INCLUDE_JARS loomkit_classes "${LOOMKIT_JUNIT_JAR}")
+get_target_property(loomkit_java_tests_jar loomkit_java_tests JAR_FILE)
+
+add_test(NAME java_tests
+    COMMAND "${Java_JAVA_EXECUTABLE}" -Xcheck:jni -ea
+        "-Dloomkit.native.dir=${CMAKE_BINARY_DIR}/lib"
+        "-Dloomkit.test.components=${CMAKE_BINARY_DIR}/components"
+        -cp "${loomkit_classes_jar}:${loomkit_java_tests_jar}:${LOOMKIT_JUNIT_JAR}"
+        org.junit.platform.console.ConsoleLauncher
+        --scan-classpath "${loomkit_java_tests_jar}" --fail-if-no-tests --disable-banner --details=tree)
+# What the check of JNI calls has to say is a failure, except for its word on the number of local references.
+set_tests_properties(java_tests PROPERTIES
+    ENVIRONMENT "${LOOMKIT_JAVA_ENVIRONMENT}"
+    FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
+
+# From the jar alone, as users have it.
+add_test(NAME jar_test
+    COMMAND "${CMAKE_COMMAND}" "-Djava=${Java_JAVA_EXECUTABLE}" "-Djar=${loomkit_jar_file}"
+        "-Dhome=${CMAKE_CURRENT_BINARY_DIR}/home" -P "${CMAKE_CURRENT_SOURCE_DIR}/jartest.cmake")
+set_tests_properties(jar_test PROPERTIES ENVIRONMENT "${LOOMKIT_JAVA_ENVIRONMENT}")
