@@ -1,0 +1,50 @@
+#pragma once
+
+#include "vrlkrt/archive.h"
+
+#include "vrlbase/exceptions.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+/// A folder of a test; gone with the object.
+class TestFolder {
+public:
+    TestFolder();
+    ~TestFolder();
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+
+    std::string path() const { return path_; }
+    std::string operator/(const std::string& item) const { return path_ + "/" + item; }
+
+private:
+    std::string path_;
+};
+
+void writeText(const std::string& path, const std::string& text);
+std::string readText(const std::string& path);
+
+/// Every file below a folder, by its path relative to it, with its content.
+std::map<std::string, std::string> filesBelow(const std::string& folder);
+
+/// Names directly in a folder, sorted and each followed by a blank.
+std::string namesIn(const std::string& folder);
+
+inline vrlkrt::ComponentArchive archiveOf(std::string bytes, const vrlkrt::ArchiveLimits& limits = {}) {
+    return vrlkrt::ComponentArchive(std::make_shared<const std::string>(std::move(bytes)), limits);
+}
+
+/// The message of the vrlBaseException that `body` throws; "" when it throws nothing. Any other exception passes.
+template <typename Body>
+std::string failureOf(Body body) {
+    try {
+        body();
+    } catch (const Norvane::vrl::vrlBaseException& error) {
+        return error.what();
+    }
+    return "";
+}

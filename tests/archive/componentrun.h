@@ -1,0 +1,27 @@
+#pragma once
+
+#include "archivetesting.h"
+
+#include "qx/arrayowner.h"
+
+#include <string>
+#include <vector>
+
+/// An instance of a component for a test, with what it printed.
+class ComponentRun {
+public:
+    explicit ComponentRun(const std::string& archive);
+    ~ComponentRun();
+    ComponentRun(const ComponentRun&) = delete;
+    ComponentRun& operator=(const ComponentRun&) = delete;
+
+    /// Throws vrlBaseException where the function fails. Inputs are borrowed; results may be null.
+    std::vector<qxArrayOwner> call(const std::string& function, int nlhs, const std::vector<const qxArray*>& inputs);
+
+    std::string errors;
+    std::string output;
+
+private:
+    TestFolder folder_;
+    void* handle_ = nullptr;
+};

@@ -1,0 +1,66 @@
+#include "archivetesting.h"
+#include "craftedzip.h"
+
+#include "vrlkrt/extractedcomponent.h"
+#include "vrlkrt/vrlkrt.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+namespace {
+
+using Path = dsPathString_<dsMBCSSafeString>;
+
+boost::shared_ptr<std::istream> streamOver(std::string bytes) {
+    return vrlGetKpaStreamFromArraySrc(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+TEST(KpaExtractor, OutlivesTheBytesOfItsArchive) {
+    const TestFolder root;
+    std::string bytes = CraftedComponent().zip();
+    const auto stream = vrlGetKpaStreamFromArraySrc(bytes.data(), static_cast<int>(bytes.size()));
+    bytes.assign(bytes.size(), 'x');
+    const vrlkrt::KpaExtractor extractor = vrlMakeKpaStreamExtractor(stream);
+    const auto one = vrlMakeDirectoryExtractedComponentFactory(extractor, Path((root / "one/c").c_str()));
+    const auto two = vrlMakeDirectoryExtractedComponentFactory(extractor, Path((root / "two").c_str()));
+    EXPECT_EQ(one()->libraryFile, root / "one/c/lib/x.so");
+    EXPECT_EQ(two()->version, "1.2.3");
+    EXPECT_EQ(filesBelow(root / "one/c"), filesBelow(root / "two"));
+}
+
+TEST(KpaExtractor, FailsWithoutAnArchive) {
+    const auto failure = [](const vrlkrt::KpaExtractor& extractor) {
+        return failureOf([&] { vrlMakeDirectoryExtractedComponentFactory(extractor, Path("/nowhere"))(); });
+    };
+    EXPECT_EQ(failure(vrlkrt::KpaExtractor()), "There is no archive of the component.");
+    EXPECT_EQ(failure(vrlMakeAlwaysFailExtractor(nullptr)), "There is no archive of the component.");
+    EXPECT_EQ(failure(vrlMakeAlwaysFailExtractor("signal")), "There is no archive of the component 'signal'.");
+    EXPECT_EQ(failure(vrlMakeKpaStreamExtractor(nullptr)), "The stream of the archive is null.");
+    EXPECT_EQ(failure(vrlMakeKpaStreamExtractor(streamOver(""))), "The archive is empty.");
+}
+
+TEST(KpaExtractor, RefusesABlockOfNegativeLength) {
+    char byte = 0;
+    EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(&byte, -1); }).find("-1"), std::string::npos);
+    EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(nullptr, 4); }).find("4"), std::string::npos);
+    EXPECT_EQ(vrlGetKpaStreamFromArraySrc(nullptr, 0)->get(), std::istream::traits_type::eof());
+}
+
+TEST(KpaExtractor, WritesNothingForAnArchiveOfAnotherPlatformOrAbi) {
+    const TestFolder root;
+    for (const char* wrong : {"platform", "abi"}) {
+        CraftedComponent component;
+        component.manifest = component.defaultManifest();
+        const bool platform = std::string(wrong) == "platform";
+        const std::string from = platform ? vrlkrt::hostPlatform() : "\"abi\": 1";
+        component.manifest.replace(component.manifest.find(from), from.size(), platform ? "plan9-mips" : "\"abi\": 77");
+        const auto factory = vrlMakeDirectoryExtractedComponentFactory(
+            vrlMakeKpaStreamExtractor(streamOver(component.zip())), Path((root / "c").c_str()));
+        EXPECT_NE(failureOf([&] { factory(); }).find("component.json: the component 'sample'"), std::string::npos);
+        EXPECT_EQ(namesIn(root.path()), "");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#include "archivetesting.h"
+#include "craftedzip.h"
+
+#include "vrlkrt/archivepath.h"
+#include "vrlkrt/manifest.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+
+namespace {
+
+TEST(Manifest, ReadsWhatItWrites) {
+    vrlkrt::Manifest manifest;
+    manifest.name = "signal-2.x";
+    manifest.version = "2.0.1-rc1+7";
+    manifest.abi = 1;
+    manifest.functions.push_back({"filter", "filter_entry", "filters \"x\"", 1, 3, 2});
+    manifest.functions.push_back({"window", "window", "", {}, {}, {}});
+    manifest.libraries["linux-x86_64"] = "lib/a.so";
+    manifest.digests["lib/a.so"] = std::string(64, 'a');
+    const std::string text = vrlkrt::manifestText(manifest);
+    const vrlkrt::Manifest read = vrlkrt::parseManifest(text);
+    EXPECT_EQ(vrlkrt::manifestText(read), text);
+    EXPECT_EQ(read.functions.at(0).help, "filters \"x\"");
+    EXPECT_EQ(read.functions.at(0).maximumInputs, 3);
+    EXPECT_FALSE(read.functions.at(1).minimumInputs.has_value());
+}
+
+TEST(Manifest, OfAnAuthorIsCompleted) {
+    const vrlkrt::Manifest read = vrlkrt::parseAuthorManifest(
+        R"({"name": "a", "version": "1", "functions": [{"name": "f"}, {"name": "g", "symbol": "_g", "help": "h"}]})");
+    EXPECT_EQ(read.functions.at(0).symbol, "f");
+    EXPECT_EQ(read.functions.at(0).help, "");
+    EXPECT_EQ(read.functions.at(1).symbol, "_g");
+}
+
+struct BadMember {
+    const char* pointer;  ///< of the member that is changed in a good manifest
+    const char* value;    ///< in JSON; "" removes the member
+    const char* message;
+};
+
+class BadManifest : public testing::TestWithParam<BadMember> {};
+
+TEST_P(BadManifest, IsRefusedByTheNameOfItsMember) {
+    json manifest = json::parse(CraftedComponent().defaultManifest());
+    const json::json_pointer pointer(GetParam().pointer);
+    if (*GetParam().value == '\0') {
+        manifest.at(pointer.parent_pointer()).erase(pointer.back());
+    } else {
+        manifest[pointer] = json::parse(GetParam().value);
+    }
+    const std::string failure =
+        failureOf([&] { EXPECT_EQ(vrlkrt::parseManifest(manifest.dump()).name, "not reached"); });
+    EXPECT_NE(failure.find(GetParam().message), std::string::npos) << failure;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadManifest,
+    testing::Values(
+        BadMember{"/name", "", "the member 'name' is missing"},
+        BadMember{"/name", "5", "the member 'name' must be a string, not number"},
+        BadMember{"/name", R"("../x")", "the member 'name' must be a letter followed by"},
+        BadMember{"/name", R"("x\u0000y")", "the member 'name' must be a letter followed by"},
+        BadMember{"/version", "", "the member 'version' is missing"},
+        BadMember{"/version", R"("1 2")", "the member 'version' must be made of"},
+        BadMember{"/version", R"("")", "the member 'version' must be made of"},
+        BadMember{"/abi", "", "the member 'abi' is missing"},
+        BadMember{"/abi", "-1", "'abi' must be a whole number from 0 to 65535, not -1"},
+        BadMember{"/abi", "1.5", "'abi' must be a whole number from 0 to 65535, not 1.5"},
+        BadMember{"/abi", R"("1")", "'abi' must be a whole number"},
+        BadMember{"/abi", "18446744073709551615", "'abi' must be a whole number"},
+        BadMember{"/functions", "", "the member 'functions' is missing"},
+        BadMember{"/functions", "{}", "the member 'functions' must be an array, not object"},
+        BadMember{"/functions/0", "[]", "functions[0] must be an object, not array"},
+        BadMember{"/functions/0/symbol", "", "the member 'symbol' of functions[0] is missing"},
+        BadMember{"/functions/0/symbol", R"("a b")", "'symbol' of functions[0] must be the name of a C function"},
+        BadMember{"/functions/0/name", R"("2x")", "'name' of functions[0] must be a letter"},
+        BadMember{"/functions/0/help", "null", "'help' of functions[0] must be a string, not null"},
+        BadMember{"/functions/0/help", R"("two\nlines")", "'help' of functions[0] must be one line"},
+        BadMember{"/functions/0/minimumInputs", "true", "'minimumInputs' of functions[0] must be a whole number"},
+        BadMember{"/functions/0", R"({"name":"f","symbol":"f","help":"","minimumInputs":3,"maximumInputs":2})",
+                  "'minimumInputs' of functions[0] must not be greater"},
+        BadMember{"/functions/1", R"({"name":"twice","symbol":"f","help":""})", "the function 'twice' is there twice"},
+        BadMember{"/libraries", "", "the member 'libraries' is missing"},
+        BadMember{"/libraries", R"("lib/x.so")", "the member 'libraries' must be an object, not string"},
+        BadMember{"/libraries/linux", R"("lib/x.so")", "the platform 'linux' of 'libraries' must have the form"},
+        BadMember{"/libraries/linux-riscv64", "1", "the member 'linux-riscv64' of 'libraries' must be a string"},
+        BadMember{"/libraries/linux-riscv64", R"("/lib/x.so")", "'/lib/x.so': its path is absolute"},
+        BadMember{"/sha256", "", "the member 'sha256' is missing"},
+        BadMember{"/sha256", "[]", "the member 'sha256' must be an object, not array"},
+        BadMember{"/sha256/a", R"("ABC")", "the member 'a' of 'sha256' must be 64 lower-case hexadecimal digits"},
+        BadMember{"/sha256/..~1a", R"("ABC")", "'../a': its path has the component '..'"}));
+
+TEST(Manifest, TellsWhereJsonIsBad) {
+    const std::string failure = failureOf([] {
+        EXPECT_EQ(vrlkrt::parseManifest("{\n  \"name\": \"x\",\n  \"version\": oops\n}").name, "not reached");
+    });
+    EXPECT_NE(failure.find("component.json: parse error at line 3, column 14"), std::string::npos) << failure;
+    EXPECT_EQ(failureOf([] { EXPECT_EQ(vrlkrt::parseManifest("[1]").name, "not reached"); }),
+              "component.json: the top must be an object, not array.");
+}
+
+TEST(Manifest, OfAnAuthorRefusesAMemberThatIsNotKnown) {
+    const auto failure = [](const char* text) {
+        return failureOf([&] { EXPECT_EQ(vrlkrt::parseAuthorManifest(text).name, "not reached"); });
+    };
+    EXPECT_EQ(failure(R"({"name": "a", "version": "1", "functions": [], "licence": "none"})"),
+              "component.json: the member 'licence' is not known.");
+    EXPECT_EQ(failure(R"({"name": "a", "version": "1", "functions": [{"name": "f", "simbol": "g"}]})"),
+              "component.json: the member 'simbol' of functions[0] is not known.");
+}
+
+TEST(EntryPath, IsJudgedByTable) {
+    const std::pair<std::string, std::string> table[] = {
+        {"a", ""},
+        {"lib/linux-x86_64/a b.so", ""},
+        {"a..b/...", ""},
+        {std::string(255, 'a'), ""},
+        {"", "its path is empty"},
+        {"/", "its path is absolute"},
+        {"/etc/passwd", "its path is absolute"},
+        {"..", "its path has the component '..'"},
+        {"a/../b", "its path has the component '..'"},
+        {"a/..", "its path has the component '..'"},
+        {"./a", "its path has the component '.'"},
+        {"a//b", "its path has an empty component"},
+        {"a/", "its path has an empty component"},
+        {"a\\b", "its path has a backslash"},
+        {"C:/a", "its path has a colon"},
+        {"a\nb", "its path has a character that is not printable ASCII"},
+        {std::string("a\0b", 3), "its path has a character that is not printable ASCII"},
+        {"caf\xC3\xA9", "its path has a character that is not printable ASCII"},
+        {std::string(256, 'a'), "its path has a component of more than 255 characters"},
+        {std::string(1025, '/'), "its path has more than 1024 characters"},
+    };
+    for (const auto& [path, problem] : table) {
+        EXPECT_EQ(vrlkrt::entryPathProblem(path), problem) << path;
+    }
+}
+
+}  // namespace

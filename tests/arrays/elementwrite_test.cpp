@@ -1,0 +1,180 @@
+#include "arrays/natives.h"
+#include "arrays/visitclass.h"
+
+#include <cstring>
+
+namespace nativevrl::test {
+
+namespace {
+
+using ElementWrite = JvmTest;
+
+/// What a value of a Java type leaves in an element.
+template <typename Case, typename V>
+typename Case::Stored modelOfWrite(V value) {
+    using Stored = typename Case::Stored;
+    if constexpr (std::is_floating_point_v<Stored>) {
+        return static_cast<Stored>(value);
+    } else {
+        std::int64_t bits = 0;
+        if constexpr (std::is_floating_point_v<V>) {
+            bits = truncated(value, sizeof(Stored) == 8 ? 64 : 32);
+        } else {
+            bits = static_cast<std::int64_t>(value);
+        }
+        if (Case::id == qxLOGICAL_CLASS) {
+            return static_cast<Stored>((bits & 0xFF) != 0);
+        }
+        Stored low;
+        std::memcpy(&low, &bits, sizeof low);
+        return low;
+    }
+}
+
+/// The edge values of each Java type are those of the class with its bits.
+template <typename V>
+auto edgeValues() {
+    if constexpr (std::is_same_v<V, jdouble>) {
+        return ClassCase<jdouble, qxDOUBLE_CLASS>::values();
+    } else if constexpr (std::is_same_v<V, jfloat>) {
+        return ClassCase<jfloat, qxSINGLE_CLASS>::values();
+    } else if constexpr (std::is_same_v<V, jboolean>) {
+        return std::vector<jboolean>{JNI_FALSE, JNI_TRUE};
+    } else {
+        return ClassCase<V, qxINT64_CLASS>::values();
+    }
+}
+
+TEST_F(ElementWrite, StoresEveryJavaTypeInEveryClass) {
+    forEachClass([&](auto one) {
+        using Case = decltype(one);
+        const Held held(env, Case::row({0, 0, 0}, qxCOMPLEX));
+        const jintArray second = intArray(env, {1, 2});
+        forEachJavaType([&](auto type) {
+            using V = decltype(getAt(type, env, held.handle, jint{0}, true));
+            const bool real = held->imagData() == nullptr || !namesPart<V>;
+            for (const V value : edgeValues<V>()) {
+                const auto expected = modelOfWrite<Case>(value);
+                setAt(env, held.handle, jint{0}, value, true);
+                setAt(env, held.handle, second, value, real);
+                EXPECT_TRUE(isSame(Case::part(held.array.get(), true)[0], expected) &&
+                            isSame(Case::part(held.array.get(), real)[1], expected))
+                    << "class " << Case::id << ", value " << +value << " of " << typeid(V).name();
+            }
+        });
+        expectNoThrow(env);
+        EXPECT_TRUE(isSame(Case::part(held.array.get(), true)[2], typename Case::Stored{}));
+    });
+}
+
+TEST_F(ElementWrite, ReadsObjectsAsTheElementWants) {
+    forEachClass([&](auto one) {
+        using Case = decltype(one);
+        using Stored = typename Case::Stored;
+        const Held held(env, Case::row({5, 5}));
+        const auto stored = [&](jobject object) {
+            setAt(env, held.handle, intArray(env, {1, 2}), object, true);
+            setAt(env, held.handle, jint{0}, object, true);
+            expectNoThrow(env);
+            const Stored* elements = Case::part(held.array.get(), true);
+            EXPECT_TRUE(isSame(elements[0], elements[1]));
+            return elements[0];
+        };
+        const bool isLogical = Case::id == qxLOGICAL_CLASS;
+        EXPECT_EQ(stored(boxed<jint>(env, 77)), static_cast<Stored>(isLogical ? 1 : 77)) << Case::id;
+        EXPECT_EQ(stored(boxed<jdouble>(env, 0.5)),
+                  std::is_floating_point_v<Stored> ? Stored(0.5) : Stored(isLogical ? 1 : 0));
+        EXPECT_EQ(stored(boxed<jboolean>(env, JNI_TRUE)), Stored{1}) << Case::id;
+        EXPECT_EQ(stored(boxed<jchar>(env, 0x100)), isLogical ? Stored{0} : static_cast<Stored>(0x100)) << Case::id;
+        const Stored digit = Case::id == qxCHAR_CLASS ? Stored{'6'} : isLogical ? Stored{0} : Stored{6};
+        EXPECT_EQ(stored(javaString(env, u"6")), digit) << Case::id;
+        EXPECT_EQ(stored(findClass(env, "java/lang/Object")), Stored{0}) << "an object of no kind that is read";
+    });
+}
+
+TEST_F(ElementWrite, KeepsTheElementWhenAnObjectCannotBeRead) {
+    const Held dense(env, ClassCase<double, qxDOUBLE_CLASS>::row({5}));
+    const Held sparse(env, qxCreateSparse(1, 1, 0, qxREAL));
+    setAt(env, sparse.handle, jint{0}, jdouble{5}, true);
+    const jobject failing = newObject(env, "com/norvane/toolbox/loomkit/testing/FailingNumber", "()V");
+    for (const Held* held : {&dense, &sparse}) {
+        setAt(env, held->handle, jint{0}, failing, true);
+        expectThrown(env, "java/lang/IllegalStateException", "this number has no value");
+        setAt(env, held->handle, jint{0}, jobject{javaString(env, u"six")}, true);
+        expectThrownClass(env, "java/lang/NumberFormatException");
+        setAt(env, held->handle, jint{0}, jobject{nullptr}, true);
+        expectThrown(env, "java/lang/NullPointerException", "qxSetAt failed: NULL value");
+        EXPECT_EQ(getAt(JavaType<jdouble>{}, env, held->handle, jint{0}, true), 5);
+    }
+}
+
+template <typename Address>
+void expectWriteRefused(JNIEnv* env, jobject handle, Address address, bool real, const char* exception,
+                        const char* message) {
+    forEachJavaType([&](auto type) {
+        using V = decltype(getAt(type, env, handle, address, real));
+        if (real || namesPart<V>) {
+            setAt(env, handle, address, V{1}, real);
+            expectThrown(env, exception, message);
+        }
+    });
+    setAt(env, handle, address, boxed<jint>(env, 1), real);
+    expectThrown(env, exception, message);
+}
+
+TEST_F(ElementWrite, RefusesWhatReadsRefuse) {
+    constexpr const char* outOfBounds = "java/lang/ArrayIndexOutOfBoundsException";
+    constexpr const char* runtime = "java/lang/RuntimeException";
+    const jintArray ones = intArray(env, {1, 1});
+    expectWriteRefused(env, newHandle(env, nullptr), jint{0}, true, runtime, "qxSetAt failed: NULL array pointer");
+    expectWriteRefused(env, newHandle(env, nullptr), ones, true, runtime, "qxSetAt failed: NULL array pointer");
+    const Held dense(env, qxCreateNumericMatrix(2, 2, qxDOUBLE_CLASS, qxREAL));
+    const Held sparse(env, qxCreateSparse(2, 2, 0, qxREAL));
+    for (jobject handle : {dense.handle, sparse.handle}) {
+        expectWriteRefused(env, handle, jint{9}, false, "java/lang/IllegalArgumentException",
+                           "Can not get imaginary part of real array");
+        expectWriteRefused(env, handle, ones, false, "java/lang/IllegalArgumentException",
+                           "Can not get imaginary part of real array");
+        expectWriteRefused(env, handle, jint{4}, true, outOfBounds, "Index out of bounds");
+        expectWriteRefused(env, handle, jint{-1}, true, outOfBounds, "Index out of bounds");
+        expectWriteRefused(env, handle, intArray(env, {1, 3}), true, outOfBounds, "Dimensions out of range");
+        expectWriteRefused(env, handle, intArray(env, {1}), true, outOfBounds, "Incompatible number of dimensions");
+    }
+    const Held cell(env, qxCreateCellMatrix(1, 1));
+    expectWriteRefused(env, cell.handle, jint{0}, true, runtime,
+                       "attempt to apply primitive data visitor to non-primitive type qxCELL_CLASS");
+    expectWriteRefused(env, cell.handle, ones, true, runtime,
+                       "attempt to apply primitive data visitor to non-primitive type qxCELL_CLASS");
+    expectWriteRefused(env, cell.handle, jint{1}, true, outOfBounds, "Index out of bounds");
+    const Held function(env, qxCreateFunctionHandle("f"));
+    expectWriteRefused(env, function.handle, jint{0}, true, runtime, "unrecognized qxArray class id: 16");
+    const Held noClass(env, qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL));
+    expectWriteRefused(env, noClass.handle, jint{0}, true, outOfBounds, "Index out of bounds");
+}
+
+TEST_F(ElementWrite, RefusesSparseClassesByTheirType) {
+    struct Case {
+        qxClassID id;
+        const char* message;
+    };
+    const Case cases[] = {
+        {qxCELL_CLASS, "attempt to apply primitive type visitor to non-primitive type qxCELL_CLASS"},
+        {qxSTRUCT_CLASS, "attempt to apply primitive type visitor to non-primitive type qxSTRUCT_CLASS"},
+        {qxOPAQUE_CLASS, "attempt to apply primitive type visitor to non-primitive type qxOPAQUE_CLASS"},
+        {qxOBJECT_CLASS, "attempt to apply primitive type visitor to non-primitive type qxOBJECT_CLASS"},
+        {qxFUNCTION_CLASS, "unrecognized qxArray class id: 16"},
+        {qxUNKNOWN_CLASS, "unrecognized qxArray class id: 0"}};
+    for (const Case& one : cases) {
+        try {
+            refuseClass(one.id, PrimitiveVisitor::type);
+        } catch (const std::exception& refusal) {
+            EXPECT_STREQ(refusal.what(), one.message);
+        }
+    }
+    EXPECT_THROW(refuseClass(qxOBJECT_CLASS, PrimitiveVisitor::data), std::logic_error);
+    EXPECT_THROW(refuseClass(static_cast<qxClassID>(5), PrimitiveVisitor::data), std::runtime_error);
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

@@ -1,0 +1,179 @@
+#include "arrays/natives.h"
+
+#include <tuple>
+
+namespace nativevrl::test {
+
+namespace {
+
+class Queries : public JvmTest {
+protected:
+    struct Answers {
+        jint classId;
+        jint dimensions;
+        jint elements;
+        bool sparse;
+        bool complex;
+        bool empty;
+        jint nonZeros;
+        jint allocated;
+        jint fields;
+
+        bool operator==(const Answers& other) const {
+            return std::tie(classId, dimensions, elements, sparse, complex, empty, nonZeros, allocated, fields) ==
+                   std::tie(other.classId, other.dimensions, other.elements, other.sparse, other.complex, other.empty,
+                            other.nonZeros, other.allocated, other.fields);
+        }
+
+        friend void PrintTo(const Answers& answers, std::ostream* out) {
+            *out << answers.classId << ' ' << answers.dimensions << ' ' << answers.elements << ' ' << answers.sparse
+                 << ' ' << answers.complex << ' ' << answers.empty << ' ' << answers.nonZeros << ' '
+                 << answers.allocated << ' ' << answers.fields;
+        }
+    };
+
+    Answers ask(jobject handle) {
+        return {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetClassID(env, nullptr, handle),
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfDimensions(env, nullptr, handle),
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfElements(env, nullptr, handle),
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsSparse(env, nullptr, handle) == JNI_TRUE,
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsComplex(env, nullptr, handle) == JNI_TRUE,
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsEmpty(env, nullptr, handle) == JNI_TRUE,
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfNonZeros(env, nullptr, handle),
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetAllocatedNonZeros(env, nullptr, handle),
+                Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfFields(env, nullptr, handle)};
+    }
+
+    std::vector<jint> extents(jobject handle) {
+        return toVector<jint>(env,
+                              Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetDimensions(env, nullptr, handle));
+    }
+    jint fieldNumber(jobject handle, jstring name) {
+        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetFieldNumber(env, nullptr, handle, name);
+    }
+    jobject fieldNames(jobject handle) {
+        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetFieldNames(env, nullptr, handle);
+    }
+};
+
+constexpr const char* tooBig = "TAVRIX index too big to convert to Java int";
+
+TEST_F(Queries, DescribeEveryKindOfArray) {
+    const char* fields[] = {"a", "b"};
+    const std::uint32_t cube[] = {2, 3, 4};
+    qxArray* sparse = qxCreateSparse(3, 4, 7, qxCOMPLEX);
+    std::fill(sparse->columnStartTable() + 2, sparse->columnStartTable() + 5, 1);  // a stored zero counts
+    struct Case {
+        qxArray* array;
+        Answers answers;
+        std::vector<jint> extents;
+    };
+    const Case cases[] = {
+        {nullptr, {qxDOUBLE_CLASS, 0, 0, false, false, true, 0, 0, 0}, {}},
+        {qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL),
+         {qxUNKNOWN_CLASS, 2, 0, false, false, true, 0, 0, 0},
+         {0, 0}},
+        {qxCreateNumericArray(3, cube, qxUINT16_CLASS, qxCOMPLEX),
+         {qxUINT16_CLASS, 3, 24, false, true, false, 24, 24, 0},
+         {2, 3, 4}},
+        {qxCreateString("text"), {qxCHAR_CLASS, 2, 4, false, false, false, 4, 4, 0}, {1, 4}},
+        {sparse, {qxDOUBLE_CLASS, 2, 12, true, true, false, 1, 7, 0}, {3, 4}},
+        {qxCreateSparseLogicalMatrix(0, 4, 0), {qxLOGICAL_CLASS, 2, 0, true, false, true, 0, 0, 0}, {0, 4}},
+        {qxCreateStructMatrix(2, 1, 2, fields), {qxSTRUCT_CLASS, 2, 2, false, false, false, 2, 2, 2}, {2, 1}},
+        {qxCreateCellMatrix(2, 2), {qxCELL_CLASS, 2, 4, false, false, false, 4, 4, 0}, {2, 2}},
+        {qxCreateFunctionHandle("f"), {qxFUNCTION_CLASS, 2, 1, false, false, false, 1, 1, 0}, {1, 1}},
+    };
+    for (const Case& one : cases) {
+        const Held held(env, one.array);
+        EXPECT_EQ(ask(held.handle), one.answers);
+        EXPECT_EQ(extents(held.handle), one.extents);
+        expectNoThrow(env);
+    }
+}
+
+TEST_F(Queries, RefuseSizesBeyondJava) {
+    const Held held(env, qxCreateSparse(65536, 65536, 0, qxREAL));
+    EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfElements(env, nullptr, held.handle), 0);
+    expectThrown(env, "java/lang/IndexOutOfBoundsException", tooBig);
+    EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetAllocatedNonZeros(env, nullptr, held.handle), 0);
+    expectNoThrow(env);
+}
+
+TEST_F(Queries, FindFields) {
+    const char* fields[] = {"a", "\xC3\xA9t\xC3\xA9"};
+    const Held record(env, qxCreateStructMatrix(1, 1, 2, fields));
+    const Held cell(env, qxCreateCellMatrix(1, 1));
+    const jstring second = javaString(env, u"\u00E9t\u00E9");
+    const jobject null = newHandle(env, nullptr);
+    EXPECT_EQ(fieldNumber(record.handle, javaString(env, u"a")), 0);
+    EXPECT_EQ(fieldNumber(record.handle, second), 1);
+    EXPECT_EQ(fieldNumber(record.handle, nullptr), -1);
+    EXPECT_EQ(fieldNumber(cell.handle, second), -1);
+    EXPECT_EQ(fieldNumber(null, second), -1);
+    expectNoThrow(env);
+    EXPECT_EQ(fieldNumber(record.handle, javaString(env, u"none")), 0);
+    expectThrown(env, "java/lang/IndexOutOfBoundsException", tooBig);
+
+    const jobject names = fieldNames(record.handle);
+    ASSERT_EQ(lengthOf(env, names), 2u);
+    EXPECT_EQ(classNameOf(env, names), "[Ljava/lang/String;");
+    EXPECT_EQ(toUtf16(env, elementAt(env, names, 0)), u"a");
+    EXPECT_EQ(toUtf16(env, elementAt(env, names, 1)), u"\u00E9t\u00E9");
+    EXPECT_EQ(lengthOf(env, fieldNames(cell.handle)), 0u);
+    EXPECT_EQ(lengthOf(env, fieldNames(null)), 0u);
+}
+
+TEST_F(Queries, CountClassesAsTheArrayLibraryDoes) {
+    using Getter = jint (*)(JNIEnv*, jclass);
+    const std::pair<Getter, jint> getters[] = {
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetUnknownClassID, 0},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetCellClassID, 1},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetStructClassID, 2},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetLogicalClassID, 3},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetCharClassID, 4},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetDoubleClassID, 6},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetSingleClassID, 7},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetInt8ClassID, 8},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetUint8ClassID, 9},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetInt16ClassID, 10},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetUint16ClassID, 11},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetInt32ClassID, 12},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetUint32ClassID, 13},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetInt64ClassID, 14},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetUint64ClassID, 15},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetFunctionClassID, 16},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetOpaqueClassID, 17},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetObjectClassID, 18},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetRealID, 0},
+        {Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetComplexID, 1}};
+    for (const auto& [getter, id] : getters) {
+        EXPECT_EQ(getter(env, nullptr), id);
+    }
+    const jint sizes[] = {0, 4, 4, 1, 2, 0, 8, 4, 1, 1, 2, 2, 4, 4, 8, 8, 0, 4, 4, 0, 0};
+    for (jint id = 0; id <= 20; ++id) {
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetElementSize(env, nullptr, id), sizes[id]) << id;
+    }
+    EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetElementSize(env, nullptr, -1), 0);
+}
+
+TEST_F(Queries, TellSpecialNumbersApart) {
+    const double eps = Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetEps(env, nullptr);
+    const double inf = Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetInf(env, nullptr);
+    const double nan = Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNaN(env, nullptr);
+    EXPECT_EQ(eps, std::nextafter(1.0, 2.0) - 1.0);
+    for (const double value : {0.0, eps, inf, -inf, nan, std::numeric_limits<double>::max()}) {
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsFinite(env, nullptr, value),
+                  std::isfinite(value) ? JNI_TRUE : JNI_FALSE)
+            << value;
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsInf(env, nullptr, value),
+                  std::isinf(value) ? JNI_TRUE : JNI_FALSE)
+            << value;
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsNaN(env, nullptr, value),
+                  std::isnan(value) ? JNI_TRUE : JNI_FALSE)
+            << value;
+    }
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

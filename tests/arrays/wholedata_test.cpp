@@ -1,0 +1,185 @@
+#include "arrays/natives.h"
+
+#include <cstring>
+
+namespace nativevrl::test {
+
+namespace {
+
+constexpr const char* getValue = "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;";
+
+class WholeData : public JvmTest {
+protected:
+    jobject getData(jobject handle, bool real) {
+        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetData(env, nullptr, handle, real);
+    }
+    void setData(jobject handle, jobject data, bool real) {
+        Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetData(env, nullptr, handle, data, real);
+    }
+    jobject getCell(jobject handle, jint index) {
+        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetCell(env, nullptr, handle, index);
+    }
+    void setCell(jobject handle, jint index, jobject value) {
+        Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetCell(env, nullptr, handle, index, value);
+    }
+
+    qxArray* arrayOf(jobject wrapper) { return arrayIn(env, callObject(env, wrapper, "getValue", getValue)); }
+
+    void close(jobject wrapper) { callVoid(env, wrapper, "close", "()V"); }
+};
+
+TEST_F(WholeData, CrossesAsTheJavaTypeOfItsClass) {
+    forEachClass([&](auto one) {
+        using Case = decltype(one);
+        const auto values = Case::values();
+        const Held held(env, Case::row(values, qxCOMPLEX));
+        const bool real = held->imagData() == nullptr;
+        const auto check = [&](auto javaValue) {
+            using T = decltype(javaValue);
+            const jobject data = getData(held.handle, real);
+            const auto crossed = toVector<T>(env, data);
+            ASSERT_EQ(crossed.size(), values.size()) << Case::id;
+            EXPECT_EQ(std::memcmp(crossed.data(), values.data(), values.size() * sizeof(T)), 0) << Case::id;
+            std::fill_n(Case::part(held.array.get(), real), values.size(), typename Case::Stored{});
+            setData(held.handle, data, real);
+            EXPECT_EQ(std::memcmp(Case::part(held.array.get(), real), values.data(), values.size() * sizeof(T)), 0)
+                << Case::id;
+        };
+        switch (Case::id) {
+            case qxLOGICAL_CLASS:
+                return check(jboolean{});
+            case qxCHAR_CLASS:
+                return check(jchar{});
+            case qxDOUBLE_CLASS:
+                return check(jdouble{});
+            case qxSINGLE_CLASS:
+                return check(jfloat{});
+            case qxINT8_CLASS:
+            case qxUINT8_CLASS:
+                return check(jbyte{});
+            case qxINT16_CLASS:
+            case qxUINT16_CLASS:
+                return check(jshort{});
+            case qxINT32_CLASS:
+            case qxUINT32_CLASS:
+                return check(jint{});
+            default:
+                return check(jlong{});
+        }
+    });
+    expectNoThrow(env);
+}
+
+TEST_F(WholeData, GivesOnlyWhatIsStored) {
+    const Held sparse(env, qxCreateSparse(4, 4, 30, qxREAL));
+    setAt(env, sparse.handle, jint{9}, jdouble{2}, true);
+    setAt(env, sparse.handle, jint{1}, jdouble{1}, true);
+    EXPECT_EQ(toVector<jdouble>(env, getData(sparse.handle, true)), (std::vector<jdouble>{1, 2}));
+    const Held empty(env, qxCreateNumericMatrix(0, 3, qxDOUBLE_CLASS, qxREAL));
+    EXPECT_EQ(lengthOf(env, getData(empty.handle, true)), 0u);
+    EXPECT_EQ(getData(newHandle(env, nullptr), true), nullptr);
+    expectNoThrow(env);
+}
+
+TEST_F(WholeData, WrapsTheFirstSlotsOfStructsAndCells) {
+    const char* fields[] = {"a", "b"};
+    for (qxArray* parent :
+         {qxCreateStructMatrix(1, 2, 2, fields), qxCreateCellMatrix(2, 1), qxCreateStructMatrix(2, 1, 0, nullptr)}) {
+        const Held held(env, parent);
+        qxSetCell(parent, 1, qxGetCell(parent, 0) == nullptr ? qxCreateString("b") : nullptr);
+        const jobject wrappers = getData(held.handle, true);
+        ASSERT_EQ(lengthOf(env, wrappers), 2u);
+        EXPECT_EQ(classNameOf(env, wrappers), "[Lcom/norvane/toolbox/loomkit/NVArray;");
+        for (std::size_t i = 0; i < 2; ++i) {
+            const jobject wrapper = elementAt(env, wrappers, i);
+            const qxArray* inner = qxGetCell(parent, i);
+            EXPECT_EQ(qxGetClassID(arrayOf(wrapper)), inner == nullptr ? qxDOUBLE_CLASS : qxCHAR_CLASS);
+            EXPECT_TRUE(inner == nullptr || qxSharesStorage(inner, arrayOf(wrapper)));
+            close(wrapper);
+        }
+    }
+}
+
+TEST_F(WholeData, RefusesWhatHasNoSuchData) {
+    int payload = 0;
+    const Held opaque(env, qxCreateOpaque("kind", &payload, [](void*) {}));
+    const Held unknown(env, qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL));
+    const Held matrix(env, qxCreateNumericMatrix(1, 2, qxDOUBLE_CLASS, qxREAL));
+    const Held cell(env, qxCreateCellMatrix(1, 1));
+    const jobject doubles = primitiveArray<jdouble>(env, {1});
+    EXPECT_EQ(getData(opaque.handle, true), nullptr);
+    expectThrown(env, "java/lang/NullPointerException", "qxArray data is NULL");
+    EXPECT_EQ(getData(unknown.handle, true), nullptr);
+    expectThrown(env, "java/lang/UnsupportedOperationException",
+                 "Can not convert the given TAVRIX array type to a Java type.");
+    EXPECT_EQ(getData(matrix.handle, false), nullptr);
+    expectThrown(env, "java/lang/IllegalArgumentException", "Can not get imaginary part of real array");
+    setData(matrix.handle, doubles, false);
+    expectThrown(env, "java/lang/IllegalArgumentException", "Can not get imaginary part of real array");
+    setData(cell.handle, doubles, true);
+    expectThrown(env, "java/lang/UnsupportedOperationException",
+                 "setData/setImagData not supported for TAVRIX arrays of this type.");
+    setData(matrix.handle, doubles, true);
+    EXPECT_EQ(toVector<jdouble>(env, getData(matrix.handle, true)), (std::vector<jdouble>{1, 0}))
+        << "a short source leaves the rest";
+}
+
+TEST_F(WholeData, CellsAreReplacedAndReadAsSharedCopies) {
+    const Held held(env, qxCreateCellMatrix(1, 2));
+    const jobject gap = getCell(held.handle, 1);
+    EXPECT_TRUE(qxIsEmpty(arrayOf(gap)));
+    EXPECT_EQ(qxGetCell(held.array.get(), 1), nullptr) << "the slot stays null";
+    close(gap);
+    setCell(held.handle, 1, primitiveArray<jint>(env, {1, 2, 3}));
+    const std::size_t live = qxLiveArrayCount();
+    setCell(held.handle, 1, javaString(env, u"text"));
+    EXPECT_EQ(qxLiveArrayCount(), live) << "the old element ends";
+    const jobject wrapper = getCell(held.handle, 1);
+    EXPECT_EQ(classNameOf(env, wrapper), "com/norvane/toolbox/loomkit/NVCharArray");
+    EXPECT_TRUE(qxSharesStorage(arrayOf(wrapper), qxGetCell(held.array.get(), 1)));
+    setCell(held.handle, 1, nullptr);
+    EXPECT_EQ(qxGetString(arrayOf(wrapper)), "text") << "the wrapper keeps what the cell has given up";
+    EXPECT_TRUE(qxIsEmpty(qxGetCell(held.array.get(), 1)));
+    close(wrapper);
+}
+
+TEST_F(WholeData, ACellThatIsPutIntoItselfHoldsACopy) {
+    const Held held(env, qxCreateCellMatrix(1, 1));
+    setCell(held.handle, 0, boxed<jint>(env, 7));
+    const jobject alias =
+        newObject(env, "com/norvane/toolbox/loomkit/NVCellArray", "(Lcom/norvane/toolbox/loomkit/internal/NativePtr;)V",
+                  {objectArgument(newHandle(env, qxCreateSharedDataCopy(held.array.get())))});
+    setCell(held.handle, 0, alias);
+    expectNoThrow(env);
+    const qxArray* inner = qxGetCell(held.array.get(), 0);
+    ASSERT_NE(inner, nullptr);
+    EXPECT_EQ(qxGetClassID(inner), qxCELL_CLASS);
+    EXPECT_FALSE(qxSharesStorage(inner, held.array.get()));
+    close(alias);
+}
+
+TEST_F(WholeData, SlotsOfStructsCountFields) {
+    const char* fields[] = {"a", "b", "c"};
+    const Held held(env, qxCreateStructMatrix(2, 2, 3, fields));
+    setCell(held.handle, 11, boxed<jboolean>(env, JNI_TRUE));
+    expectNoThrow(env);
+    EXPECT_EQ(qxGetClassID(qxGetField(held.array.get(), 3, "c")), qxLOGICAL_CLASS);
+    const Held cell(env, qxCreateCellMatrix(1, 1));
+    // The index is refused before the value is looked at, which would fail as well.
+    const jobject failing = newObject(env, "java/lang/Object", "()V");
+    for (const auto& [handle, index] : std::vector<std::pair<jobject, jint>>{
+             {held.handle, 12}, {held.handle, -1}, {cell.handle, 1}, {cell.handle, -1}}) {
+        EXPECT_EQ(getCell(handle, index), nullptr);
+        expectThrown(env, "java/lang/ArrayIndexOutOfBoundsException", "Index out of bounds");
+        setCell(handle, index, failing);
+        expectThrown(env, "java/lang/ArrayIndexOutOfBoundsException", "Index out of bounds");
+    }
+    const qxArray* kept = qxGetCell(held.array.get(), 11);
+    setCell(held.handle, 11, failing);
+    expectThrownClass(env, "java/lang/RuntimeException");
+    EXPECT_EQ(qxGetCell(held.array.get(), 11), kept) << "a value that fails leaves the old element";
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

@@ -1,0 +1,141 @@
+#include "entry/librarystate.h"
+#include "support/jvmtest.h"
+#include "tether/envinjector.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace nativevrl::test {
+
+namespace {
+
+bool threadIsKnown() {
+    return currentEnv() != nullptr;
+}
+
+std::string threadName(JNIEnv* env) {
+    jclass cls = findClass(env, "java/lang/Thread");
+    jmethodID current = env->GetStaticMethodID(cls, "currentThread", "()Ljava/lang/Thread;");
+    requireNoThrow(env, "Thread.currentThread");
+    jobject thread = env->CallStaticObjectMethodA(cls, current, nullptr);
+    requireNoThrow(env, "Thread.currentThread()");
+    return toText(env, callObject(env, thread, "getName", "()Ljava/lang/String;"));
+}
+
+using EnvInjector = JvmTest;
+
+TEST_F(EnvInjector, AKnownThreadUsesItsEnvironmentAndStaysAttached) {
+    EXPECT_EQ(sharedEnvInjector->run([](JNIEnv* given) { return given; }), env);
+    onAttachedThread([](JNIEnv* own) {
+        EXPECT_EQ(sharedEnvInjector->run([](JNIEnv* given) { return given; }), own);
+        EXPECT_TRUE(threadIsKnown());
+    });
+}
+
+TEST_F(EnvInjector, AnUnknownThreadIsAttachedForOneCallable) {
+    onUnknownThread([] {
+        EXPECT_EQ(sharedEnvInjector->run(threadName), "<anonymous thread>");
+        EXPECT_FALSE(threadIsKnown());
+        sharedEnvInjector->run([](JNIEnv* outer) {
+            sharedEnvInjector->run([outer](JNIEnv* inner) { EXPECT_EQ(inner, outer); });
+            EXPECT_TRUE(threadIsKnown()) << "the inner run must not detach";
+        });
+        EXPECT_FALSE(threadIsKnown());
+    });
+}
+
+TEST_F(EnvInjector, AThrowingCallableLeavesTheThreadDetached) {
+    onUnknownThread([] {
+        EXPECT_THROW(sharedEnvInjector->run([](JNIEnv*) { throw std::runtime_error("from the callable"); }), std::runtime_error);
+        EXPECT_FALSE(threadIsKnown());
+    });
+}
+
+TEST_F(EnvInjector, ACopyWorksOnItsOwn) {
+    const tether::JNIEnvInjector copy(*sharedEnvInjector);
+    onUnknownThread([&] { EXPECT_EQ(copy.run([](JNIEnv* given) { return given->GetVersion() >= 0x10004; }), true); });
+}
+
+/// Functions that answer as told and count how often they are asked.
+struct Answers {
+    int getEnvResult = 0;
+    bool getEnvGives = true;
+    int attachResult = 0;
+    bool attachGives = true;
+    int attached = 0;
+    int detached = 0;
+
+    tether::JNIEnvInjector injector(JNIEnv* env) {
+        return {[this, env](JNIEnv** given) {
+                    *given = getEnvGives ? env : *given;
+                    return getEnvResult;
+                },
+                [this, env](JNIEnv** given) {
+                    ++attached;
+                    *given = attachGives ? env : *given;
+                    return attachResult;
+                },
+                [this] {
+                    ++detached;
+                    return 0;
+                }};
+    }
+};
+
+TEST_F(EnvInjector, LooksOnlyAtTheEnvironmentUnlessTheThreadIsDetached) {
+    const auto give = [](JNIEnv* given) { return given; };
+    for (const int result : {JNI_OK, JNI_ERR, JNI_EVERSION}) {
+        Answers answers;
+        answers.getEnvResult = result;
+        EXPECT_EQ(answers.injector(env).run(give), env);
+        answers.getEnvGives = false;
+        EXPECT_THROW(answers.injector(env).run(give), tether::GetEnvError);
+        EXPECT_EQ(answers.attached, 0);
+        EXPECT_EQ(answers.detached, 0);
+    }
+}
+
+TEST_F(EnvInjector, AttachesADetachedThreadOrSaysThatItCannot) {
+    const auto give = [](JNIEnv* given) { return given; };
+    Answers answers;
+    answers.getEnvResult = JNI_EDETACHED;
+    answers.getEnvGives = false;
+    EXPECT_EQ(answers.injector(env).run(give), env);
+    EXPECT_EQ(answers.attached, 1);
+    EXPECT_EQ(answers.detached, 1);
+    answers.attachGives = false;
+    EXPECT_THROW(answers.injector(env).run(give), tether::AttachCurrentThreadError);
+    answers.attachGives = true;
+    answers.attachResult = JNI_ERR;
+    EXPECT_THROW(answers.injector(env).run(give), tether::AttachCurrentThreadError);
+    EXPECT_EQ(answers.detached, 1) << "what was not attached is not detached";
+}
+
+TEST_F(EnvInjector, AnEmptyFunctionFailsOnceItIsNeeded) {
+    const auto give = [](JNIEnv* given) { return given; };
+    const tether::JNIEnvInjector::Attach none;
+    const auto known = [this](JNIEnv** given) {
+        *given = env;
+        return 0;
+    };
+    const auto unknown = [](JNIEnv**) -> int { return JNI_EDETACHED; };
+    const auto detach = [] { return 0; };
+    EXPECT_EQ(tether::JNIEnvInjector(known, none, detach).run(give), env);
+    for (const tether::JNIEnvInjector& injector :
+         {tether::JNIEnvInjector(none, none, detach), tether::JNIEnvInjector(unknown, none, detach)}) {
+        try {
+            injector.run(give);
+            ADD_FAILURE() << "an empty function was called";
+        } catch (const boost::bad_function_call& failure) {
+            EXPECT_STREQ(failure.what(), "call to empty boost::function");
+        }
+    }
+}
+
+TEST_F(EnvInjector, ALocalOneHandsOutWhatItWasGiven) {
+    EXPECT_EQ(tether::make_local_env_injector(env).run([](JNIEnv* given) { return given; }), env);
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

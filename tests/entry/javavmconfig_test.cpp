@@ -1,0 +1,122 @@
+#include "entry/javavmconfig.h"
+#include "entry/librarystate.h"
+#include "support/jvmtest.h"
+#include "vrlbase/vrlbase.h"
+
+#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+
+#include <stdexcept>
+
+extern "C" jclass Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(JNIEnv*, jclass, jstring, jstring, jobject);
+
+namespace nativevrl::test {
+
+namespace {
+
+constexpr const char* standIn = "com/norvane/toolbox/loomkit/testing/LoaderStandIn";
+
+class VmConfig : public JvmTest {
+protected:
+    JavaVMConfigLoomkit config() {
+        return JavaVMConfigLoomkit(javaVm(), tether::GlobalRef<jclass>(*sharedEnvInjector, env, findClass(env, standIn)));
+    }
+
+    std::string seen() {
+        jclass cls = findClass(env, standIn);
+        jfieldID field = env->GetStaticFieldID(cls, "seen", "Ljava/lang/String;");
+        return toText(env, env->GetStaticObjectField(cls, field));
+    }
+};
+
+TEST_F(VmConfig, KnowsTheMachine) {
+    const JniCounter counter(env);
+    {
+        JavaVMConfigLoomkit known = config();
+        EXPECT_TRUE(known.hasJavaVM());
+        EXPECT_EQ(known.getJavaVM(), javaVm());
+        EXPECT_NE(known.getJVMLocation(), "");
+        EXPECT_EQ(counter.globalReferences(), 1);
+    }
+    EXPECT_EQ(counter.globalReferences(), 0);
+}
+
+TEST_F(VmConfig, PassesOnWhatFollowsThePrefixes) {
+    JavaVMConfigLoomkit loader = config();
+    const JniCounter counter(env);
+    jclass loaded = loader.loadOJI("-verbose -Djava.class.path=/a/b.jar:/c d", "-Djava.library.path=/lib");
+    EXPECT_EQ(seen(), "/a/b.jar:/c d|/lib");
+    EXPECT_EQ(describe(env, loaded), "class java.lang.StringBuilder");
+    EXPECT_EQ(counter.globalReferences(), 0) << "the result is new, the class reference gone";
+    EXPECT_TRUE(loader.hasJavaVM());
+    env->DeleteGlobalRef(loaded);
+}
+
+TEST_F(VmConfig, WorksOnAThreadThatTheMachineDoesNotKnow) {
+    JavaVMConfigLoomkit loader = config();
+    jclass loaded = nullptr;
+    onUnknownThread([&] {
+        loaded = loader.loadOJI("-Djava.class.path=x", "-Djava.library.path=y");
+        EXPECT_EQ(currentEnv(), nullptr);
+    });
+    EXPECT_EQ(seen(), "x|y");
+    EXPECT_EQ(env->GetObjectRefType(loaded), JNIGlobalRefType);
+    env->DeleteGlobalRef(loaded);
+}
+
+TEST_F(VmConfig, AnOptionWithoutItsPrefixGivesItsTailOrFails) {
+    {
+        JavaVMConfigLoomkit loader = config();
+        env->DeleteGlobalRef(loader.loadOJI("12345678901234567tail", "1234567890123456789rest"));
+        EXPECT_EQ(seen(), "tail|rest");
+    }
+    JavaVMConfigLoomkit loader = config();
+    EXPECT_THROW(loader.loadOJI("-Dshort", "-Djava.library.path=y"), std::out_of_range);
+    EXPECT_THROW(loader.loadOJI("-Djava.class.path=x", "-Dshort"), std::out_of_range);
+    expectNoThrow(env);
+}
+
+TEST_F(VmConfig, AFailureCarriesTheTextOfTheJavaException) {
+    JavaVMConfigLoomkit loader = config();
+    try {
+        loader.loadOJI("-Djava.class.path=fail", "-Djava.library.path=y");
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const JavaVMConfigException& failure) {
+        const std::string text = failure.what();
+        EXPECT_NE(text.find("\njava.lang.IllegalStateException: nothing to load"), std::string::npos) << text;
+    }
+    expectThrown(env, "java/lang/IllegalStateException", "nothing to load");
+}
+
+TEST_F(VmConfig, TheRuntimeIsConfiguredOnce) {
+    configureRuntimeOnce(env);
+    const boost::shared_ptr<jzi::JavaVMConfig> known = vrlGetJavaVMConfig();
+    ASSERT_NE(known, nullptr);
+    EXPECT_EQ(known->getJavaVM(), javaVm());
+    const JniCounter counter(env);
+    configureRuntimeOnce(env);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 0);
+    EXPECT_EQ(vrlGetJavaVMConfig(), known);
+}
+
+TEST_F(VmConfig, TheNativeLoaderReleasesItsTextAndPassesExceptionsOn) {
+    jobject loader = callObject(env, findClass(env, standIn), "getClassLoader", "()Ljava/lang/ClassLoader;");
+    jstring text = javaString(env, u"path");
+    const JniCounter counter(env);
+    jclass loaded = Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader);
+    expectNoThrow(env);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(env->GetObjectRefType(loaded), JNIGlobalRefType);
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
+    env->DeleteGlobalRef(loaded);
+    {
+        const JniFaults faults(env, &JNINativeInterface_::GetStringUTFChars, 2);
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader), nullptr);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
+    EXPECT_EQ(counter.globalReferences(), 0);
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

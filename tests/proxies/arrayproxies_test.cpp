@@ -1,0 +1,180 @@
+#include "proxies/jarrayproxy.h"
+#include "proxies/jobjectarrayproxy.h"
+#include "proxies/jobjectproxy.h"
+#include "support/jvmtest.h"
+
+#include <cstdint>
+#include <numeric>
+
+namespace nativevrl::test {
+
+namespace {
+
+template <typename T>
+class PrimitiveArrays : public JvmTest {
+protected:
+    using Jni = JPrimitive<T>;
+
+    static std::vector<T> values() { return {1, 0, 1, 1, 0}; }
+
+    /// Calls of Get<T>ArrayElements: the only function of the table that pins here.
+    static int pins(const JniCounter& counter) {
+        return counter.calls(&JNINativeInterface_::GetBooleanArrayElements) +
+               counter.calls(&JNINativeInterface_::GetByteArrayElements) +
+               counter.calls(&JNINativeInterface_::GetCharArrayElements) +
+               counter.calls(&JNINativeInterface_::GetShortArrayElements) +
+               counter.calls(&JNINativeInterface_::GetIntArrayElements) +
+               counter.calls(&JNINativeInterface_::GetLongArrayElements) +
+               counter.calls(&JNINativeInterface_::GetFloatArrayElements) +
+               counter.calls(&JNINativeInterface_::GetDoubleArrayElements);
+    }
+};
+
+using AllTypes = testing::Types<jboolean, jbyte, jchar, jshort, jint, jlong, jfloat, jdouble>;
+TYPED_TEST_SUITE(PrimitiveArrays, AllTypes);
+
+TYPED_TEST(PrimitiveArrays, PinOnceAndWriteBack) {
+    jobject array = primitiveArray<TypeParam>(this->env, this->values());
+    const JniCounter counter(this->env);
+    {
+        JPrimitiveArrayProxy<TypeParam> proxy(this->env, array);
+        EXPECT_EQ(proxy.length(), 5);
+        TypeParam* elements = proxy.getElements();
+        EXPECT_EQ(proxy.getElements(), elements);
+        EXPECT_EQ(this->pins(counter), 1);
+        elements[1] = 1;
+    }
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
+    EXPECT_EQ(counter.localReferences(), 0);
+    EXPECT_EQ(toVector<TypeParam>(this->env, array), (std::vector<TypeParam>{1, 1, 1, 1, 0}));
+}
+
+TYPED_TEST(PrimitiveArrays, ReleaseBeforeTheReferenceChanges) {
+    JPrimitiveArrayProxy<TypeParam> proxy(this->env, primitiveArray<TypeParam>(this->env, this->values()));
+    const JniCounter counter(this->env);
+    proxy.getElements()[0] = 0;
+    const JPrimitiveArrayProxy<TypeParam> copy(proxy);
+    EXPECT_EQ(counter.pinnedBlocks(), 1) << "a copy pins nothing until it is asked";
+    proxy.attach(primitiveArray<TypeParam>(this->env, {1}));
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
+    EXPECT_EQ(proxy.getElements()[0], TypeParam{1});
+    jobject detached = proxy.detach();
+    EXPECT_EQ(counter.pinnedBlocks(), 0) << "detach writes back";
+    EXPECT_EQ(toVector<TypeParam>(this->env, detached), std::vector<TypeParam>{1});
+    EXPECT_EQ(toVector<TypeParam>(this->env, copy.ref())[0], TypeParam{0});
+}
+
+TYPED_TEST(PrimitiveArrays, AProxyOfNullHasNoElements) {
+    JPrimitiveArrayProxy<TypeParam> proxy(this->env, nullptr);
+    EXPECT_EQ(proxy.length(), 0);
+    EXPECT_THROW(proxy.getElements(), tether::NullPointerException);
+    expectThrownClass(this->env, "java/lang/NullPointerException");
+}
+
+TYPED_TEST(PrimitiveArrays, ElementsThatCannotBeHadRaiseOutOfMemory) {
+    jobject array = primitiveArray<TypeParam>(this->env, this->values());
+    for (int fault = 1; fault <= 2; ++fault) {
+        SCOPED_TRACE(fault);
+        const JniCounter counter(this->env);
+        {
+            const JniFaults faults(this->env, fault);
+            EXPECT_THROW(JPrimitiveArrayProxy<TypeParam>(this->env, array).getElements(), tether::Exception);
+            EXPECT_TRUE(faults.struck());
+        }
+        this->env->ExceptionClear();
+        EXPECT_EQ(counter.localReferences(), 0);
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
+    }
+}
+
+TYPED_TEST(PrimitiveArrays, AContiguousRunIsCopiedInOneCall) {
+    const std::vector<TypeParam> values = this->values();
+    const JniCounter counter(this->env);
+    const NewJPrimitiveArrayProxy<TypeParam> array(this->env, values.data(), values.data() + values.size());
+    EXPECT_EQ(this->pins(counter), 0);
+    EXPECT_EQ(toVector<TypeParam>(this->env, array.ref()), values);
+    const NewJPrimitiveArrayProxy<TypeParam> none(this->env, values.data(), values.data());
+    EXPECT_EQ(none.length(), 0);
+    EXPECT_FALSE(none.isNull());
+}
+
+TYPED_TEST(PrimitiveArrays, OtherRunsAreCastElementByElement) {
+    const std::uint16_t source[] = {65, 9, 66, 9, 67, 9};
+    NewJPrimitiveArrayProxy<TypeParam> dense(this->env, source, source + 2);
+    EXPECT_EQ(toVector<TypeParam>(this->env, dense.detach()), (std::vector<TypeParam>{65, 9}));
+    NewJPrimitiveArrayProxy<TypeParam> strided(this->env, source, 2, source + 6, 2);
+    EXPECT_EQ(toVector<TypeParam>(this->env, strided.detach()), (std::vector<TypeParam>{65, 66, 67}));
+    NewJPrimitiveArrayProxy<TypeParam> strideOfThree(this->env, source, 3, source + 6, 3);
+    EXPECT_EQ(toVector<TypeParam>(this->env, strideOfThree.detach()), (std::vector<TypeParam>{65, 9}));
+    auto range = NewJPrimitiveArrayProxy<TypeParam>::fromRange(this->env, source + 1, source + 3);
+    EXPECT_EQ(toVector<TypeParam>(this->env, range.detach()), (std::vector<TypeParam>{9, 66}));
+}
+
+TYPED_TEST(PrimitiveArrays, AnArrayThatCannotBeMadeRaisesOutOfMemory) {
+    const TypeParam value{};
+    {
+        // The first call that can fail makes the reference of the base, which is a proxy of null.
+        const JniFaults faults(this->env, 2);
+        EXPECT_THROW(NewJPrimitiveArrayProxy<TypeParam>(this->env, &value, &value + 1), tether::OutOfMemoryException);
+    }
+    expectThrownClass(this->env, "java/lang/OutOfMemoryError");
+    EXPECT_THROW(NewJPrimitiveArrayProxy<TypeParam>(this->env, std::size_t{1} << 31), tether::OutOfMemoryException);
+    expectThrownClass(this->env, "java/lang/OutOfMemoryError");
+}
+
+using ObjectArrays = JvmTest;
+
+TEST_F(ObjectArrays, AreReadElementByElement) {
+    jobject one = javaString(env, u"one");
+    JObjectArrayProxy<JStringProxy> array(env, objectArray(env, "java/lang/String", {one, nullptr}));
+    EXPECT_EQ(array.length(), 2);
+    EXPECT_STREQ(array.get(0).getStringUTFChars(), "one");
+    EXPECT_TRUE(array.get(1).isNull());
+    for (const jsize index : {-1, 2}) {
+        EXPECT_THROW(array.get(index), tether::Exception);
+        expectThrownClass(env, "java/lang/ArrayIndexOutOfBoundsException");
+        EXPECT_THROW(array.set(index, one), tether::Exception);
+        expectThrownClass(env, "java/lang/ArrayIndexOutOfBoundsException");
+    }
+    EXPECT_EQ(JObjectArrayProxy<JStringProxy>(env, nullptr).length(), 0);
+}
+
+TEST_F(ObjectArrays, WhatIsAttachedToAnElementLandsInTheArrayAtOnce) {
+    JObjectArrayProxy<JObjectProxy> array(env, objectArray(env, "java/lang/Object", {nullptr, nullptr}));
+    auto element = array.get(1);
+    jobject text = javaString(env, u"text");
+    element.attach(env->NewLocalRef(text));
+    EXPECT_NE(env->IsSameObject(elementAt(env, array.ref(), 1), text), JNI_FALSE);
+    EXPECT_EQ(elementAt(env, array.ref(), 0), nullptr);
+}
+
+TEST_F(ObjectArrays, RefuseWhatTheirClassDoesNotAllow) {
+    JObjectArrayProxy<JStringProxy> array(env, objectArray(env, "java/lang/String", {nullptr}));
+    EXPECT_THROW(array.set(0, intArray(env, {1})), tether::Exception);
+    expectThrownClass(env, "java/lang/ArrayStoreException");
+}
+
+TEST_F(ObjectArrays, NewOnesHaveTheirElementClassAndNulls) {
+    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JStringProxy>(env, 2).ref()), "[Ljava/lang/String;");
+    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JPrimitiveArrayProxy<jdouble>>(env, 2).ref()), "[[D");
+    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JObjectProxy>(env, "java/lang/Number", 2).ref()), "[Ljava/lang/Number;");
+    NewJObjectArrayProxy<JStringProxy> array(env, 3);
+    EXPECT_EQ(array.length(), 3);
+    EXPECT_TRUE(array.get(2).isNull());
+    EXPECT_THROW(NewJObjectArrayProxy<JObjectProxy>(env, "com/norvane/Absent", 1), tether::FindClassException);
+    expectThrown(env, "java/lang/NoClassDefFoundError", "com/norvane/Absent");
+}
+
+TEST_F(ObjectArrays, LeaveNoReferenceBehind) {
+    JObjectArrayProxy<JStringProxy> array(env, objectArray(env, "java/lang/String", {javaString(env, u"a"), nullptr}));
+    const JniCounter counter(env);
+    for (jsize i = 0; i < array.length(); ++i) {
+        array.get(i).getStringUTFChars();
+    }
+    EXPECT_EQ(counter.localReferences(), 0);
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

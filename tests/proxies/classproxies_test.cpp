@@ -1,0 +1,192 @@
+#include "proxies/jboxedproxies.h"
+#include "proxies/jclassproxy.h"
+#include "proxies/jobjectarrayproxy.h"
+#include "proxies/jobjectproxy.h"
+#include "support/jvmtest.h"
+#include "tether/exceptions.h"
+
+#include <atomic>
+#include <thread>
+
+namespace nativevrl::test {
+
+namespace {
+
+class AbsentClassProxy : public JSingletonClassProxy<AbsentClassProxy> {
+public:
+    using JSingletonClassProxy::JSingletonClassProxy;
+    static const char* className() { return "com/norvane/toolbox/loomkit/testing/Absent"; }
+};
+
+class LackingClassProxy : public JSingletonClassProxy<LackingClassProxy> {
+public:
+    LackingClassProxy(JNIEnv* env, jclass cls) : JSingletonClassProxy(env, cls), absent(method("absent", "()V")) {}
+    static const char* className() { return "java/util/ArrayList"; }
+    const jmethodID absent;
+};
+
+class FreshClassProxy : public JSingletonClassProxy<FreshClassProxy> {
+public:
+    FreshClassProxy(JNIEnv* env, jclass cls) : JSingletonClassProxy(env, cls), size(method("size", "()I")) {}
+    static const char* className() { return "java/util/TreeMap"; }
+    const jmethodID size;
+};
+
+/// Each test starts from empty slots.
+class ClassProxies : public JvmTest {
+protected:
+    void SetUp() override {
+        JvmTest::SetUp();
+        disposeClassProxies(env);
+    }
+};
+
+TEST_F(ClassProxies, ResolveOncePerProcess) {
+    const JniCounter counter(env);
+    auto* first = FreshClassProxy::instance(env);
+    EXPECT_EQ(FreshClassProxy::instance(env), first);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 1);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::GetMethodID), 1);
+    EXPECT_EQ(counter.weakReferences(), 1);
+    EXPECT_EQ(counter.localReferences(), 0);
+    EXPECT_EQ(callInt(env, newObject(env, "java/util/TreeMap", "()V"), "size", "()I"), 0);
+    EXPECT_TRUE(first->isInstance(env, newObject(env, "java/util/TreeMap", "()V")));
+    EXPECT_FALSE(first->isInstance(env, javaString(env, u"")));
+}
+
+TEST_F(ClassProxies, TeardownReleasesAllAndASecondLoadBuildsThemAgain) {
+    const JniCounter counter(env);
+    JObjectClassProxy::instance(env);
+    JClassClassProxy::instance(env);
+    JDoubleClassProxy::instance(env);
+    JObjectArrayClassProxy<JDoubleProxy>::instance(env);
+    EXPECT_EQ(counter.weakReferences(), 4);
+    disposeClassProxies(env);
+    EXPECT_EQ(counter.weakReferences(), 0);
+    disposeClassProxies(env);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::DeleteWeakGlobalRef), 4);
+    JObjectClassProxy::instance(env);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 5);
+    EXPECT_EQ(counter.weakReferences(), 1);
+}
+
+TEST_F(ClassProxies, TeardownWorksOnAThreadThatBuiltNothing) {
+    FreshClassProxy::instance(env);
+    onAttachedThread([](JNIEnv* other) {
+        const JniCounter counter(other);
+        disposeClassProxies(other);
+        EXPECT_EQ(counter.weakReferences(), -1);
+    });
+    const JniCounter counter(env);
+    EXPECT_NE(FreshClassProxy::instance(env), nullptr);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 1);
+}
+
+TEST_F(ClassProxies, AMissingClassFailsEachTime) {
+    const JniCounter counter(env);
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        EXPECT_THROW(AbsentClassProxy::instance(env), tether::FindClassException);
+        expectThrown(env, "java/lang/NoClassDefFoundError", AbsentClassProxy::className());
+    }
+    EXPECT_EQ(counter.weakReferences(), 0);
+    disposeClassProxies(env);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::DeleteWeakGlobalRef), 0);
+}
+
+TEST_F(ClassProxies, AMissingMethodUndoesTheHalfBuiltProxy) {
+    const JniCounter counter(env);
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        EXPECT_THROW(LackingClassProxy::instance(env), tether::Exception);
+        expectThrown(env, "java/lang/NoSuchMethodError", "absent");
+    }
+    EXPECT_EQ(counter.weakReferences(), 0);
+    EXPECT_EQ(counter.localReferences(), 0);
+    disposeClassProxies(env);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::NewWeakGlobalRef), 2);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::DeleteWeakGlobalRef), 2);
+}
+
+TEST_F(ClassProxies, AFailedWeakReferenceLeavesTheSlotEmpty) {
+    const JniCounter counter(env);
+    {
+        const JniFaults faults(env, &JNINativeInterface_::NewWeakGlobalRef, 1);
+        EXPECT_THROW(FreshClassProxy::instance(env), tether::NewWeakGlobalRefError);
+    }
+    EXPECT_NE(FreshClassProxy::instance(env), nullptr);
+    EXPECT_EQ(counter.weakReferences(), 1);
+    EXPECT_EQ(counter.localReferences(), 0);
+}
+
+TEST_F(ClassProxies, NamesOfArrayClassesAreComposed) {
+    EXPECT_STREQ(JObjectArrayClassProxy<JObjectProxy>::className(), "[Ljava/lang/Object;");
+    EXPECT_STREQ(JObjectArrayClassProxy<JStringProxy>::className(), "[Ljava/lang/String;");
+    EXPECT_STREQ(JObjectArrayClassProxy<JBooleanProxy>::className(), "[Ljava/lang/Boolean;");
+    EXPECT_STREQ(JPrimitiveArrayClassProxy<jlong>::className(), "[J");
+    jobject rows = nested<jdouble>(env, {{1}});
+    EXPECT_TRUE(JPrimitiveArrayClassProxy<jdouble>::instance(env)->isInstance(env, elementAt(env, rows, 0)));
+    EXPECT_TRUE(JObjectArrayClassProxy<JObjectProxy>::instance(env)->isInstance(env, rows));
+}
+
+TEST_F(ClassProxies, AClassTellsItsLoader) {
+    auto* ours = JSingletonClassProxy<FreshClassProxy>::instance(env);
+    EXPECT_TRUE(ours->getClassLoader().isNull()) << "a class of the platform has no loader";
+}
+
+/// Holds its thread in FindClass, where the lock is held, until the other thread is about to ask for the same class.
+class HoldInFindClass : public JniProbe {
+public:
+    HoldInFindClass(JNIEnv* env, std::atomic<bool>& inside, std::atomic<bool>& otherArrives)
+        : JniProbe(env), inside_(inside), otherArrives_(otherArrives) {}
+
+    bool admits(const JniFunction& function) override {
+        if (function.slot == jniSlot(&JNINativeInterface_::FindClass)) {
+            inside_ = true;
+            while (!otherArrives_) {
+                std::this_thread::yield();
+            }
+            for (int turn = 0; turn < 1000; ++turn) {
+                std::this_thread::yield();
+            }
+        }
+        return true;
+    }
+
+private:
+    std::atomic<bool>& inside_;
+    std::atomic<bool>& otherArrives_;
+};
+
+TEST_F(ClassProxies, TwoThreadsOnAFreshSlotBuildOneProxy) {
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<bool> inside{false};
+        std::atomic<bool> otherArrives{false};
+        FreshClassProxy* ofOther = nullptr;
+        int lookUpsOfOther = -1;
+        std::thread other([&] {
+            onAttachedThread([&](JNIEnv* otherEnv) {
+                const JniCounter counter(otherEnv);
+                while (!inside) {
+                    std::this_thread::yield();
+                }
+                otherArrives = true;
+                ofOther = FreshClassProxy::instance(otherEnv);
+                lookUpsOfOther = counter.calls(&JNINativeInterface_::FindClass);
+            });
+        });
+        FreshClassProxy* ours = nullptr;
+        {
+            const HoldInFindClass hold(env, inside, otherArrives);
+            ours = FreshClassProxy::instance(env);
+        }
+        other.join();
+        EXPECT_EQ(ours, ofOther);
+        EXPECT_EQ(lookUpsOfOther, 0);
+        const JniCounter counter(env);
+        disposeClassProxies(env);
+        EXPECT_EQ(counter.calls(&JNINativeInterface_::DeleteWeakGlobalRef), 1) << "registered once";
+    }
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

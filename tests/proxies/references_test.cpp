@@ -1,0 +1,111 @@
+#include "proxies/jobjectproxy.h"
+#include "support/jvmtest.h"
+#include "tether/exceptions.h"
+
+namespace nativevrl::test {
+
+namespace {
+
+using References = JvmTest;
+
+bool same(JNIEnv* env, jobject first, jobject second) {
+    return env->IsSameObject(first, second) != JNI_FALSE;
+}
+
+TEST_F(References, ANullObjectMakesAProxyOfNull) {
+    JObjectProxy proxy(env, nullptr);
+    EXPECT_TRUE(proxy.isNull());
+    EXPECT_EQ(proxy.detach(), nullptr);
+    proxy.reset();
+    EXPECT_EQ(JObjectRef(proxy).ref(), nullptr);
+}
+
+TEST_F(References, EachProxyOwnsAReferenceOfItsOwn) {
+    jobject object = javaString(env, u"shared");
+    const JniCounter counter(env);
+    {
+        JObjectRef first(env, object);
+        const JObjectRef copy(first);
+        EXPECT_NE(first.ref(), copy.ref());
+        EXPECT_EQ(counter.localReferences(), 2);
+        first.reset();
+        EXPECT_TRUE(first.isNull());
+        EXPECT_TRUE(same(env, copy.ref(), object));
+    }
+    EXPECT_EQ(counter.localReferences(), 0);
+    EXPECT_EQ(describe(env, object), "shared");
+}
+
+TEST_F(References, AttachTakesOverAndDeletesTheOldReference) {
+    jobject old = javaString(env, u"old");
+    const JniCounter counter(env);
+    JObjectRef proxy(env, old);
+    jobject fresh = env->NewLocalRef(old);
+    proxy.attach(fresh);
+    EXPECT_EQ(proxy.ref(), fresh);
+    EXPECT_EQ(counter.localReferences(), 1);
+}
+
+TEST_F(References, AssignmentMakesAReferenceAndEndsTheOldOne) {
+    jobject one = javaString(env, u"one");
+    jobject two = javaString(env, u"two");
+    const JniCounter counter(env);
+    JObjectRef proxy(env, one);
+    const JObjectRef other(env, two);
+    proxy = other;
+    EXPECT_TRUE(same(env, proxy.ref(), two));
+    EXPECT_NE(proxy.ref(), other.ref());
+    proxy = one;
+    EXPECT_TRUE(same(env, proxy.ref(), one));
+    EXPECT_EQ(counter.localReferences(), 2);
+    const JObjectRef& itself = proxy;
+    proxy = itself;
+    EXPECT_TRUE(same(env, proxy.ref(), one));
+    EXPECT_EQ(counter.localReferences(), 2);
+}
+
+TEST_F(References, DetachGivesTheReferenceAway) {
+    jobject object = javaString(env, u"kept");
+    jobject detached = nullptr;
+    {
+        JObjectRef proxy(env, object);
+        detached = proxy.detach();
+        EXPECT_TRUE(proxy.isNull());
+    }
+    EXPECT_TRUE(same(env, detached, object));
+}
+
+TEST_F(References, AFailedReferenceIsToldApartFromNull) {
+    jobject object = javaString(env, u"object");
+    const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
+    EXPECT_THROW(JObjectRef(env, object), tether::NewLocalRefError);
+    EXPECT_TRUE(faults.struck());
+    const JniFaults faultsOnNull(env, &JNINativeInterface_::NewLocalRef, 1);
+    EXPECT_NO_THROW(JObjectRef(env, nullptr));
+}
+
+TEST_F(References, AFailedAssignmentLeavesTheProxyAsItWas) {
+    jobject object = javaString(env, u"object");
+    JObjectRef proxy(env, object);
+    const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
+    EXPECT_THROW(proxy = object, tether::NewLocalRefError);
+    EXPECT_TRUE(same(env, proxy.ref(), object));
+}
+
+TEST_F(References, AClassReferenceLeavesTheLookedUpReferenceToTheNative) {
+    const JniCounter counter(env);
+    { const JClassRef cls(env, "java/util/ArrayList"); }
+    EXPECT_EQ(counter.localReferences(), 1);
+}
+
+TEST_F(References, AnObjectTellsItsClassAndText) {
+    const JObjectProxy list(env, newObject(env, "java/util/ArrayList", "()V"));
+    EXPECT_STREQ(list.getClassName().getStringUTFChars(), "java.util.ArrayList");
+    EXPECT_STREQ(list.toString().getStringUTFChars(), "[]");
+    EXPECT_STREQ(JObjectProxy(env, nullptr).getClassName().getStringUTFChars(), "null");
+    EXPECT_STREQ(JObjectProxy(env, nested<jdouble>(env, {{1}})).getClassName().getStringUTFChars(), "[[D");
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

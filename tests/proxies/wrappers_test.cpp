@@ -1,0 +1,163 @@
+#include "arrays/arrayhandle.h"
+#include "jzi/jzi.h"
+#include "proxies/jnvarrayproxy.h"
+#include "proxies/jnvexceptionproxy.h"
+#include "proxies/jnvjavaobjectrefproxy.h"
+#include "qx/arrayowner.h"
+#include "support/javaobjects.h"
+#include "support/jvmtest.h"
+
+#include <functional>
+
+namespace nativevrl::test {
+
+namespace {
+
+struct WrapperCase {
+    const char* wrapper;
+    std::function<qxArray*()> make;
+};
+
+WrapperCase numeric(qxClassID id) {
+    return {"NVNumericArray", [id] { return qxCreateNumericMatrix(2, 3, id, qxREAL); }};
+}
+
+std::vector<WrapperCase> wrapperCases() {
+    std::vector<WrapperCase> cases = {
+        {"NVCellArray", [] { return qxCreateCellMatrix(1, 2); }},
+        {"NVStructArray", [] { return qxCreateStructMatrix(1, 1, 0, nullptr); }},
+        {"NVLogicalArray", [] { return qxCreateNumericMatrix(1, 1, qxLOGICAL_CLASS, qxREAL); }},
+        {"NVLogicalArray", [] { return qxCreateSparseLogicalMatrix(3, 3, 1); }},
+        {"NVCharArray", [] { return qxCreateString("text"); }},
+        {"NVNumericArray", [] { return qxCreateSparse(3, 3, 1, qxCOMPLEX); }},
+        {"NVFunctionHandle", [] { return qxCreateFunctionHandle("solve"); }},
+        {"NVBuiltinArray", [] { return qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL); }},
+        {"NVBuiltinArray", []() -> qxArray* { return nullptr; }},
+    };
+    for (int id = qxDOUBLE_CLASS; id <= qxUINT64_CLASS; ++id) {
+        cases.push_back(numeric(static_cast<qxClassID>(id)));
+    }
+    return cases;
+}
+
+qxArray* arrayBehind(JNIEnv* env, jobject wrapper) {
+    return static_cast<qxArray*>(addressIn(env, callObject(env, wrapper, "getValue", "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;")));
+}
+
+using Wrappers = JvmTest;
+
+TEST_F(Wrappers, AreChosenByTheClassOfTheArray) {
+    for (const WrapperCase& one : wrapperCases()) {
+        SCOPED_TRACE(one.wrapper);
+        qxArray* array = one.make();
+        const NewJNVArrayProxy wrapper(env, array);
+        EXPECT_EQ(classNameOf(env, wrapper.ref()), std::string("com/norvane/toolbox/loomkit/") + one.wrapper);
+        EXPECT_EQ(arrayBehind(env, wrapper.ref()), array);
+        EXPECT_EQ(JNVBuiltinArrayProxy(env, wrapper.ref()).getArray(), array);
+        callVoid(env, wrapper.ref(), "close", "()V");
+    }
+}
+
+TEST_F(Wrappers, WithoutASpecificClassAllAreBuiltin) {
+    qxArray* array = qxCreateDoubleScalar(1);
+    const NewJNVBuiltinArrayProxy wrapper(env, array, false);
+    EXPECT_EQ(classNameOf(env, wrapper.ref()), "com/norvane/toolbox/loomkit/NVBuiltinArray");
+    EXPECT_EQ(wrapper.getArray(), array);
+    callVoid(env, wrapper.ref(), "close", "()V");
+}
+
+TEST_F(Wrappers, WhatHasNoSpecificClassIsRefusedAndStaysTheCallers) {
+    int payload = 0;
+    const qxArrayOwner function(qxCreateFunctionHandle("solve"));
+    const qxArrayOwner opaque(qxCreateOpaque("matcher", &payload, [](void*) {}));
+    const struct {
+        qxArray* array;
+        const char* message;
+    } cases[] = {
+        {function.get(), "Could not create NVArray from unsupported TAVRIX type <function-handle>"},
+        {opaque.get(), "Could not create NVArray from unsupported TAVRIX type matcher"},
+    };
+    for (const auto& one : cases) {
+        EXPECT_THROW(NewJNVBuiltinArrayProxy(env, one.array, true), tether::Exception);
+        expectThrown(env, "java/lang/RuntimeException", one.message);
+    }
+    EXPECT_THROW(NewJNVArrayProxy(env, opaque.get()), tether::Exception);
+    expectThrown(env, "java/lang/RuntimeException", "Could not create NVArray from unsupported TAVRIX type matcher");
+}
+
+TEST_F(Wrappers, AFailureLeavesTheArrayToTheCaller) {
+    int fault = 1;
+    for (bool made = false; !made; ++fault) {
+        SCOPED_TRACE(fault);
+        qxArrayOwner array(qxCreateDoubleScalar(1));
+        const std::size_t alive = qxLiveArrayCount();
+        JObjectRef wrapper(env, nullptr);
+        {
+            const JniFaults faults(env, fault);
+            try {
+                wrapper.attach(NewJNVBuiltinArrayProxy(env, array.get(), false).detach());
+            } catch (const tether::Exception&) {
+                EXPECT_TRUE(faults.struck());
+            }
+            made = !faults.struck();
+        }
+        env->ExceptionClear();
+        EXPECT_EQ(qxLiveArrayCount(), alive);
+        if (!wrapper.isNull()) {
+            static_cast<void>(array.release());
+            callVoid(env, wrapper.ref(), "close", "()V");
+        }
+    }
+    EXPECT_GT(fault, 3);
+}
+
+TEST_F(Wrappers, OfAJavaObjectConsumeTheArray) {
+    jobject object = javaString(env, u"held");
+    qxArray* array = javaObjectArray(env, object);
+    ASSERT_TRUE(ojIsJavaArray(array));
+    const JniCounter counter(env);
+    const NewJNVArrayProxy wrapper(env, array);
+    EXPECT_EQ(classNameOf(env, wrapper.ref()), "com/norvane/toolbox/loomkit/NVJavaObjectRef");
+    EXPECT_EQ(counter.globalReferences(), -1) << "the array's own reference went with it";
+    const JObjectProxy held = JNVJavaObjectRefProxy(env, wrapper.ref()).get();
+    EXPECT_NE(env->IsSameObject(held.ref(), object), JNI_FALSE);
+}
+
+TEST_F(Wrappers, OfAnArrayWithoutAnObjectAreNullAndConsumeIt) {
+    const NewJNVJavaObjectRefProxy wrapper(env, qxCreateDoubleScalar(1));
+    EXPECT_TRUE(wrapper.isNull());
+    const NewJNVJavaObjectRefProxy ofNull(env, nullptr);
+    EXPECT_TRUE(ofNull.isNull());
+}
+
+TEST_F(Wrappers, AJavaObjectThatCannotBeWrappedLeavesTheArrayToTheCaller) {
+    const qxArrayOwner array(javaObjectArray(env, javaString(env, u"held")));
+    const JniCounter counter(env);
+    {
+        const JniFaults faults(env, &JNINativeInterface_::NewObjectA, 1);
+        EXPECT_THROW(NewJNVArrayProxy(env, array.get()), tether::Exception);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(counter.globalReferences(), 0);
+    EXPECT_TRUE(ojIsJavaArray(array.get()));
+}
+
+TEST_F(Wrappers, HandlesHoldAddresses) {
+    int anything = 0;
+    const NewJNativePtrProxy handle(env, &anything);
+    EXPECT_EQ(handle.address(), &anything);
+    EXPECT_EQ(addressIn(env, handle.ref()), &anything);
+    EXPECT_EQ(NewJNativePtrProxy(env, nullptr).get(), 0);
+    EXPECT_EQ(openHandle(env, handle.ref()), static_cast<void*>(&anything));
+}
+
+TEST_F(Wrappers, AnExceptionCarriesMessageAndStack) {
+    const NewJNVExceptionProxy exception(env, javaString(env, u"went wrong"),
+                                         objectArray(env, "java/lang/String", {javaString(env, u"a line")}), 1);
+    env->Throw(static_cast<jthrowable>(exception.ref()));
+    expectThrown(env, "com/norvane/toolbox/loomkit/NVException", "went wrong");
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test

@@ -1,0 +1,145 @@
+#include <thread>
+
+#include "randomarray.h"
+#include "support.h"
+
+namespace {
+
+using Copies = QxTest;
+
+TEST_F(Copies, ThatShareDataSeeEachOthersChanges) {
+    const qxArrayOwner first = rowOf({1, 2, 3});
+    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
+    ASSERT_TRUE(qxSharesStorage(first.get(), second.get()));
+    realOf<double>(first)[1] = 20;
+    EXPECT_EQ(realOf<double>(second)[1], 20);
+    void* moved = qxRealloc(first->realData(), 100000);
+    qxSetData(first.get(), moved);
+    EXPECT_EQ(second->realData(), moved);
+    EXPECT_EQ(realOf<double>(second)[1], 20);
+}
+
+TEST_F(Copies, OfASparseArraySeeReplacedTables) {
+    const qxArrayOwner first(qxCreateSparse(5, 5, 1, qxREAL));
+    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
+    auto* rows = static_cast<std::uint32_t*>(qxRealloc(first->rowIndexTable(), 64 * sizeof(std::uint32_t)));
+    auto* starts = static_cast<std::uint32_t*>(qxRealloc(first->columnStartTable(), 64 * sizeof(std::uint32_t)));
+    qxSetIr(first.get(), rows);
+    qxSetJc(first.get(), starts);
+    qxSetNzmax(first.get(), 64);
+    EXPECT_EQ(second->rowIndexTable(), rows);
+    EXPECT_EQ(second->columnStartTable(), starts);
+    EXPECT_EQ(second->capacity(), 64U);
+}
+
+TEST_F(Copies, KeepTheComplexFlagPerHeader) {
+    const qxArrayOwner first = rowOf({1, 2});
+    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
+    qxSetImagData(first.get(), qxCalloc(2, sizeof(double)));
+    EXPECT_TRUE(qxIsComplex(first.get()));
+    EXPECT_FALSE(qxIsComplex(second.get()));
+    EXPECT_EQ(second->imagData(), first->imagData());
+    qxFree(first->imagData());
+    qxSetImagData(first.get(), nullptr);
+    EXPECT_FALSE(first->hasComplexFlag());
+}
+
+TEST_F(Copies, SeeFieldsThatAreAddedThroughAnother) {
+    const char* names[] = {"a"};
+    const qxArrayOwner first(qxCreateStructMatrix(1, 2, 1, names));
+    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
+    qxSetCell(first.get(), 1, qxCreateDoubleScalar(5));
+    EXPECT_EQ(qxAddField(first.get(), "b"), 1);
+    EXPECT_EQ(second->get_number_of_struct_fields(), 2U);
+    EXPECT_EQ(qxGetField(second.get(), 1, "a"), qxGetCell(first.get(), 2));
+}
+
+TEST_F(Copies, OutliveTheirSource) {
+    qxArrayOwner first(qxCreateCellMatrix(1, 1));
+    qxSetCell(first.get(), 0, qxCreateDoubleScalar(4));
+    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
+    first.reset();
+    EXPECT_EQ(*static_cast<double*>(qxGetCell(second.get(), 0)->realData()), 4);
+}
+
+TEST_F(Copies, ThatAreDeepAreEqualAndApart) {
+    const std::uint64_t seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Random random(seed);
+    for (int round = 0; round < 500; ++round) {
+        qxArrayOwner source = randomArray(random, 4);
+        const qxArrayOwner copy(qxDuplicateArray(source.get()));
+        ASSERT_TRUE(areSame(source.get(), copy.get())) << "round " << round;
+        ASSERT_FALSE(qxSharesStorage(source.get(), copy.get()));
+        ASSERT_EQ(copy->capacity(), source->capacity());
+        const auto form = formOf(source.get());
+        source.reset();
+        ASSERT_EQ(formOf(copy.get()), form) << "round " << round;
+    }
+}
+
+TEST_F(Copies, ThatAreDeepStayAsSmallAsTheirSource) {
+    // Each level holds the one below twice: unfolded it would be 2^60 arrays.
+    qxArrayOwner level(qxCreateDoubleScalar(1));
+    for (int depth = 0; depth < 60; ++depth) {
+        qxArrayOwner outer(qxCreateCellMatrix(1, 2));
+        qxSetCell(outer.get(), 0, qxCreateSharedDataCopy(level.get()));
+        qxSetCell(outer.get(), 1, level.release());
+        level = std::move(outer);
+    }
+    const std::size_t before = qxLiveArrayCount();
+    const qxArrayOwner copy(qxDuplicateArray(level.get()));
+    EXPECT_EQ(qxLiveArrayCount() - before, before - liveBefore_);
+    const qxArray* pair = qxGetCell(copy.get(), 0);
+    EXPECT_TRUE(qxSharesStorage(pair, qxGetCell(copy.get(), 1)));
+    EXPECT_FALSE(qxSharesStorage(pair, qxGetCell(level.get(), 0)));
+    EXPECT_FALSE(qxSerialize(level.get()));
+    EXPECT_LT(qxToText(level.get()).size(), 1000000U);
+}
+
+TEST_F(Copies, AndTheEndOfDeepNestingNeedNoStack) {
+    qxArrayOwner outer(qxCreateCellMatrix(1, 1));
+    for (int depth = 0; depth < 300000; ++depth) {
+        qxArrayOwner wrapping(qxCreateCellMatrix(1, 1));
+        qxSetCell(wrapping.get(), 0, outer.release());
+        outer = std::move(wrapping);
+    }
+    const qxArrayOwner copy(qxDuplicateArray(outer.get()));
+    EXPECT_TRUE(copy);
+    EXPECT_EQ(qxLiveArrayCount() - liveBefore_, 600002U);
+    EXPECT_FALSE(qxSerialize(outer.get()));
+    EXPECT_NE(qxToText(outer.get()), "");
+}
+
+TEST_F(Copies, MayBeMadeAndEndedOnSeveralThreads) {
+    int ended = 0;
+    {
+        const qxArrayOwner source(
+            qxCreateOpaque("Handle", &ended, [](void* payload) { ++*static_cast<int*>(payload); }));
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&source] {
+                for (int round = 0; round < 5000; ++round) {
+                    const qxArrayOwner copy(qxCreateSharedDataCopy(source.get()));
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(ended, 0);
+    }
+    EXPECT_EQ(ended, 1);
+}
+
+TEST_F(Copies, OfNothingAreNothing) {
+    EXPECT_FALSE(qxCreateSharedDataCopy(nullptr));
+    EXPECT_FALSE(qxDuplicateArray(nullptr));
+    EXPECT_FALSE(qxCreateConvertedCopy(nullptr, qxDOUBLE_CLASS));
+    EXPECT_FALSE(qxMustBeSparse(nullptr));
+    EXPECT_FALSE(qxSharesStorage(nullptr, nullptr));
+    qxDestroyArray(nullptr);
+    qxFree(nullptr);
+}
+
+}  // namespace

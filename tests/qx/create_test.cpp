@@ -1,0 +1,170 @@
+#include <cmath>
+#include <limits>
+
+#include "support.h"
+
+namespace {
+
+using Creation = QxTest;
+using Extents = std::vector<std::uint32_t>;
+
+constexpr std::uint32_t kTooLong = 0x80000000U;
+
+qxArrayOwner doubles(const Extents& extents) {
+    return qxArrayOwner(
+        qxCreateNumericArray(static_cast<std::uint32_t>(extents.size()), extents.data(), qxDOUBLE_CLASS, qxREAL));
+}
+
+TEST_F(Creation, KeepsExtentsAsGiven) {
+    EXPECT_EQ(extentsOf(doubles({}).get()), (Extents{0, 0}));
+    EXPECT_EQ(extentsOf(doubles({7}).get()), (Extents{7, 1}));
+    EXPECT_EQ(extentsOf(doubles({2, 3, 1, 1}).get()), (Extents{2, 3, 1, 1}));
+    const Extents many = {1, 2, 1, 2, 1, 2, 1, 1, 1, 2, 1};
+    const qxArrayOwner deep = doubles(many);
+    EXPECT_EQ(extentsOf(deep.get()), many);
+    EXPECT_EQ(qxGetNumberOfElements(deep.get()), 16U);
+    EXPECT_EQ(qxGetM(deep.get()), 1U);
+    EXPECT_EQ(qxGetN(deep.get()), 16U);
+    const qxArrayOwner shared(qxCreateSharedDataCopy(deep.get()));
+    EXPECT_EQ(extentsOf(shared.get()), many);
+}
+
+struct ClassCase {
+    qxClassID classId;
+    std::size_t elementSize;  // 0: can't be made
+    bool canBeComplex;
+};
+
+class NumericClasses : public QxTest, public testing::WithParamInterface<ClassCase> {};
+
+TEST_P(NumericClasses, HaveTheBlocksOfTheirClass) {
+    const ClassCase& given = GetParam();
+    for (const qxComplexity complexity : {qxREAL, qxCOMPLEX}) {
+        const qxArrayOwner array(qxCreateNumericMatrix(3, 2, given.classId, complexity));
+        ASSERT_EQ(array != nullptr, given.elementSize != 0);
+        if (!array) {
+            continue;
+        }
+        EXPECT_EQ(qxGetClassID(array.get()), given.classId);
+        EXPECT_EQ(qxGetElementSize(array.get()), given.elementSize);
+        EXPECT_EQ(qxIsComplex(array.get()), complexity == qxCOMPLEX && given.canBeComplex);
+        EXPECT_EQ(array->imagData() != nullptr, qxIsComplex(array.get()));
+        const std::string zeros(6 * given.elementSize, '\0');
+        EXPECT_EQ(std::memcmp(array->realData(), zeros.data(), zeros.size()), 0);
+        const qxArrayOwner empty(qxCreateNumericMatrix(0, 2, given.classId, complexity));
+        EXPECT_NE(empty->realData(), nullptr);
+        EXPECT_EQ(qxIsComplex(empty.get()), complexity == qxCOMPLEX && given.canBeComplex);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, NumericClasses,
+                         testing::Values(ClassCase{qxUNKNOWN_CLASS, 0, false}, ClassCase{qxCELL_CLASS, 0, false},
+                                         ClassCase{qxSTRUCT_CLASS, 0, false}, ClassCase{qxLOGICAL_CLASS, 1, false},
+                                         ClassCase{qxCHAR_CLASS, 2, false},
+                                         ClassCase{static_cast<qxClassID>(5), 0, false},
+                                         ClassCase{qxDOUBLE_CLASS, 8, true}, ClassCase{qxSINGLE_CLASS, 4, true},
+                                         ClassCase{qxINT8_CLASS, 1, true}, ClassCase{qxUINT8_CLASS, 1, true},
+                                         ClassCase{qxINT16_CLASS, 2, true}, ClassCase{qxUINT16_CLASS, 2, true},
+                                         ClassCase{qxINT32_CLASS, 4, true}, ClassCase{qxUINT32_CLASS, 4, true},
+                                         ClassCase{qxINT64_CLASS, 8, true}, ClassCase{qxUINT64_CLASS, 8, true},
+                                         ClassCase{qxFUNCTION_CLASS, 0, false}, ClassCase{qxOPAQUE_CLASS, 0, false},
+                                         ClassCase{qxOBJECT_CLASS, 0, false},
+                                         ClassCase{static_cast<qxClassID>(-1), 0, false},
+                                         ClassCase{static_cast<qxClassID>(19), 0, false}));
+
+TEST_F(Creation, OfTheUnknownClassWorksWithoutElements) {
+    const qxArrayOwner array(qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL));
+    ASSERT_TRUE(array);
+    EXPECT_EQ(qxGetClassID(array.get()), qxUNKNOWN_CLASS);
+    EXPECT_TRUE(qxIsEmpty(array.get()));
+    EXPECT_FALSE(qxCreateNumericMatrix(1, 1, qxUNKNOWN_CLASS, qxREAL));
+}
+
+TEST_F(Creation, RefusesWhatNoMemoryHolds) {
+    EXPECT_FALSE(doubles({kTooLong, 0}));
+    EXPECT_FALSE(doubles({0, 1, kTooLong}));
+    EXPECT_FALSE(doubles({65536, 65536}));
+    EXPECT_FALSE(doubles({0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF}));
+    EXPECT_FALSE(qxCreateCellMatrix(65536, 65536));
+    EXPECT_FALSE(qxCreateCellMatrix(kTooLong, 0));
+    const char* names[] = {"a"};
+    EXPECT_FALSE(qxCreateStructMatrix(65536, 65536, 1, names));
+    EXPECT_FALSE(qxMalloc(std::size_t{1} << 50U));
+    const qxArrayOwner hollow = doubles({0, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF});
+    ASSERT_TRUE(hollow);
+    EXPECT_EQ(qxGetNumberOfElements(hollow.get()), 0U);
+    EXPECT_EQ(qxGetN(hollow.get()), std::numeric_limits<std::size_t>::max());
+}
+
+TEST_F(Creation, OfScalarsStoresTheValue) {
+    EXPECT_EQ(*realOf<double>(qxArrayOwner(qxCreateDoubleScalar(-2.5))), -2.5);
+    EXPECT_EQ(*realOf<std::uint8_t>(qxArrayOwner(qxCreateLogicalScalar(true))), 1);
+}
+
+struct TextCase {
+    const char* what;
+    std::string utf8;
+    std::u16string units;
+    std::string back;
+};
+
+TEST_F(Creation, OfStringsReadsUtf8AndItsModifiedForm) {
+    const TextCase cases[] = {
+        {"ascii", "abc", u"abc", "abc"},
+        {"two and three bytes", "\xC3\xA9\xE2\x82\xAC", u"\u00E9\u20AC", "\xC3\xA9\xE2\x82\xAC"},
+        {"four bytes", "\xF0\x9D\x92\x9C", u"\U0001D49C", "\xF0\x9D\x92\x9C"},
+        {"a pair as two sequences", "\xED\xA0\xB5\xED\xB2\x9C", u"\U0001D49C", "\xF0\x9D\x92\x9C"},
+        {"a lone surrogate", "\xED\xA0\xB5x", {0xD835, u'x'}, "\xEF\xBF\xBDx"},
+        {"a modified NUL", "\xC0\x80", {u'\0'}, std::string(1, '\0')},
+        {"broken", "a\xFF\xC3", u"a\uFFFD\uFFFD", "a\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"overlong", "\xC1\x81", u"\uFFFD\uFFFD", "\xEF\xBF\xBD\xEF\xBF\xBD"}};
+    for (const TextCase& each : cases) {
+        const qxArrayOwner text(qxCreateString(each.utf8.c_str()));
+        ASSERT_EQ(extentsOf(text.get()), (Extents{1, static_cast<std::uint32_t>(each.units.size())})) << each.what;
+        EXPECT_EQ(std::u16string(realOf<char16_t>(text), each.units.size()), each.units) << each.what;
+        EXPECT_EQ(qxGetString(text.get()), each.back) << each.what;
+    }
+    EXPECT_EQ(extentsOf(qxArrayOwner(qxCreateString("")).get()), (Extents{0, 0}));
+    EXPECT_FALSE(qxCreateString(nullptr));
+    EXPECT_EQ(qxGetString(rowOf({65}).get()), "");
+}
+
+TEST_F(Creation, OfAnOpaqueValueEndsThePayloadOnce) {
+    int ended = 0;
+    const auto end = [](void* payload) { ++*static_cast<int*>(payload); };
+    qxArrayOwner first(qxCreateOpaque("Handle", &ended, end));
+    qxArrayOwner shared(qxCreateSharedDataCopy(first.get()));
+    qxArrayOwner cell(qxCreateCellMatrix(1, 1));
+    qxSetCell(cell.get(), 0, qxDuplicateArray(first.get()));
+    qxArrayOwner cellCopy(qxDuplicateArray(cell.get()));
+    EXPECT_EQ(first->classWord(), 17U);
+    EXPECT_STREQ(qxGetSubclass(shared.get()), "Handle");
+    EXPECT_EQ(qxGetOpaquePayload(qxGetCell(cellCopy.get(), 0)), &ended);
+    first.reset();
+    shared.reset();
+    cell.reset();
+    EXPECT_EQ(ended, 0);
+    cellCopy.reset();
+    EXPECT_EQ(ended, 1);
+    EXPECT_EQ(qxGetSubclass(rowOf({1}).get()), nullptr);
+    EXPECT_EQ(qxGetOpaquePayload(rowOf({1}).get()), nullptr);
+}
+
+TEST_F(Creation, OfAFunctionHandleKeepsItsNameInASlot) {
+    const qxArrayOwner handle(qxCreateFunctionHandle("solve"));
+    EXPECT_EQ(handle->classWord(), 16U);
+    EXPECT_EQ(qxGetString(qxGetCell(handle.get(), 0)), "solve");
+    EXPECT_EQ(qxGetFunctionName(handle.get()), "solve");
+    EXPECT_EQ(qxGetFunctionName(qxArrayOwner(qxCreateString("solve")).get()), "");
+    EXPECT_FALSE(qxCreateFunctionHandle(nullptr));
+}
+
+TEST_F(Creation, ComesWithTheConstantsOfDoubleArithmetic) {
+    EXPECT_EQ(1 + qxGetEps() / 2, 1);
+    EXPECT_GT(1 + qxGetEps(), 1);
+    EXPECT_TRUE(qxIsInf(qxGetInf()) && qxIsInf(-qxGetInf()) && !qxIsFinite(qxGetInf()));
+    EXPECT_TRUE(qxIsNaN(qxGetNaN()) && !qxIsFinite(qxGetNaN()) && !qxIsInf(qxGetNaN()));
+    EXPECT_TRUE(qxIsFinite(1e308) && !qxIsNaN(1e308));
+}
+
+}  // namespace

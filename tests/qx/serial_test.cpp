@@ -1,0 +1,131 @@
+#include <cmath>
+#include <thread>
+
+#include "randomarray.h"
+#include "samples.h"
+#include "support.h"
+
+namespace {
+
+using SerialForm = QxTest;
+
+TEST_F(SerialForm, BringsRandomArraysBack) {
+    const std::uint64_t seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Random random(seed);
+    for (int round = 0; round < 1500; ++round) {
+        const qxArrayOwner array = randomArray(random, 4);
+        const auto form = formOf(array.get());
+        const qxArrayOwner back = arrayOf(form);
+        ASSERT_TRUE(back) << "round " << round;
+        ASSERT_TRUE(areSame(array.get(), back.get())) << "round " << round << "\n" << qxToText(array.get());
+        ASSERT_EQ(formOf(back.get()), form) << "round " << round;
+    }
+}
+
+TEST_F(SerialForm, BringsEverySampleBack) {
+    for (const Sample& sample : makeSamples()) {
+        const qxArrayOwner back = arrayOf(formOf(sample.array.get()));
+        ASSERT_TRUE(back) << sample.name;
+        EXPECT_EQ(formOf(back.get()), formOf(sample.array.get())) << sample.name;
+    }
+}
+
+TEST_F(SerialForm, IsARowOfBytes) {
+    const qxArrayOwner form(qxSerialize(rowOf({1, 2}).get()));
+    EXPECT_EQ(qxGetClassID(form.get()), qxUINT8_CLASS);
+    EXPECT_EQ(extentsOf(form.get()), (std::vector<std::uint32_t>{1, 26}));
+}
+
+TEST_F(SerialForm, DoesNotDependOnHowAnArrayCameAbout) {
+    const qxArrayOwner tight(qxCreateSparse(3, 3, 0, qxREAL));
+    const qxArrayOwner roomy(qxCreateSparse(3, 3, 50, qxREAL));
+    EXPECT_EQ(formOf(tight.get()), formOf(roomy.get()));
+
+    const qxArrayOwner source = rowOf({1, -0.0, NAN});
+    const qxArrayOwner shared(qxCreateSharedDataCopy(source.get()));
+    const qxArrayOwner copy(qxDuplicateArray(source.get()));
+    EXPECT_EQ(formOf(source.get()), formOf(shared.get()));
+    EXPECT_EQ(formOf(source.get()), formOf(copy.get()));
+
+    const qxArrayOwner plainTruth = matrixOf<std::uint8_t>(qxLOGICAL_CLASS, 1, 2, {1, 0});
+    const qxArrayOwner otherTruth = matrixOf<std::uint8_t>(qxLOGICAL_CLASS, 1, 2, {255, 0});
+    EXPECT_EQ(formOf(plainTruth.get()), formOf(otherTruth.get()));
+}
+
+TEST_F(SerialForm, TellsUnlikeArraysApart) {
+    const qxArrayOwner row = rowOf({1, 2});
+    const qxArrayOwner column = matrixOf<double>(qxDOUBLE_CLASS, 2, 1, {1, 2});
+    const std::uint32_t extents[] = {1, 2, 1};
+    const qxArrayOwner deeper(qxCreateNumericArray(3, extents, qxDOUBLE_CLASS, qxREAL));
+    std::memcpy(deeper->realData(), row->realData(), 16);
+    EXPECT_NE(formOf(row.get()), formOf(column.get()));
+    EXPECT_NE(formOf(row.get()), formOf(deeper.get()));
+    EXPECT_NE(formOf(rowOf({0.0}).get()), formOf(rowOf({-0.0}).get()));
+}
+
+TEST_F(SerialForm, RefusesWhatCannotTravel) {
+    qxArrayOwner opaque(qxCreateOpaque("Handle", nullptr, nullptr));
+    EXPECT_FALSE(qxSerialize(opaque.get()));
+    const qxArrayOwner cell(qxCreateCellMatrix(1, 2));
+    qxSetCell(cell.get(), 1, opaque.release());
+    EXPECT_FALSE(qxSerialize(cell.get()));
+    EXPECT_FALSE(qxSerialize(nullptr));
+
+    const qxArrayOwner handle(qxCreateFunctionHandle("f"));
+    qxDestroyArray(qxGetCell(handle.get(), 0));
+    qxSetCell(handle.get(), 0, qxCreateDoubleScalar(1));
+    EXPECT_FALSE(qxSerialize(handle.get()));
+}
+
+TEST_F(SerialForm, RefusesSparseTablesThatDoNotFitTogether) {
+    struct Case {
+        const char* what;
+        std::vector<std::uint32_t> starts;
+        std::vector<std::uint32_t> rows;
+    };
+    const Case cases[] = {{"first start", {1, 1, 2}, {0, 1}},     {"falling starts", {0, 2, 1}, {0, 1}},
+                          {"beyond capacity", {0, 1, 3}, {0, 1}}, {"row outside", {0, 1, 2}, {0, 4}},
+                          {"rows equal", {0, 2, 2}, {1, 1}},      {"rows falling", {0, 2, 2}, {1, 0}}};
+    for (const Case& each : cases) {
+        const qxArrayOwner array(qxCreateSparse(4, 2, 2, qxREAL));
+        std::copy(each.starts.begin(), each.starts.end(), array->columnStartTable());
+        std::copy(each.rows.begin(), each.rows.end(), array->rowIndexTable());
+        EXPECT_FALSE(qxSerialize(array.get())) << each.what;
+        EXPECT_FALSE(qxCreateConvertedCopy(array.get(), qxSINGLE_CLASS)) << each.what;
+    }
+}
+
+qxArrayOwner nestedCells(int depth) {
+    qxArrayOwner outer(qxCreateCellMatrix(1, 1));
+    for (int level = 1; level < depth; ++level) {
+        qxArrayOwner wrapping(qxCreateCellMatrix(1, 1));
+        qxSetCell(wrapping.get(), 0, outer.release());
+        outer = std::move(wrapping);
+    }
+    return outer;
+}
+
+TEST_F(SerialForm, NestsDownTo256Levels) {
+    EXPECT_TRUE(arrayOf(formOf(nestedCells(256).get())));
+    EXPECT_FALSE(qxSerialize(nestedCells(257).get()));
+}
+
+/// [1, [1, [1, 1], [ … ]]] with `depth` cells around a null.
+std::vector<unsigned char> formOfNestedCells(int depth) {
+    std::vector<unsigned char> form = {0x82, 0x01};
+    for (int level = 0; level < depth; ++level) {
+        form.insert(form.end(), {0x83, 0x01, 0x82, 0x01, 0x01, 0x81});
+    }
+    form.push_back(0xF6);
+    return form;
+}
+
+TEST_F(SerialForm, IsNotReadBeyond256Levels) {
+    EXPECT_EQ(formOfNestedCells(256), formOf(nestedCells(256).get()));
+    EXPECT_TRUE(arrayOf(formOfNestedCells(256)));
+    EXPECT_FALSE(arrayOf(formOfNestedCells(257)));
+    EXPECT_FALSE(arrayOf(formOfNestedCells(1000000)));
+}
+
+}  // namespace

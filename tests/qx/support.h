@@ -1,0 +1,60 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "qx/arrayowner.h"
+
+/// Every test leaves as many arrays alive as it found.
+class QxTest : public testing::Test {
+protected:
+    void SetUp() override { liveBefore_ = qxLiveArrayCount(); }
+    void TearDown() override { EXPECT_EQ(qxLiveArrayCount(), liveBefore_); }
+
+    std::size_t liveBefore_ = 0;
+};
+
+template <typename Element>
+Element* realOf(const qxArrayOwner& array) {
+    return static_cast<Element*>(array->realData());
+}
+
+template <typename Element>
+Element* imagOf(const qxArrayOwner& array) {
+    return static_cast<Element*>(array->imagData());
+}
+
+/// rows-by-columns array of a class, its elements in column-major order.
+template <typename Element>
+qxArrayOwner matrixOf(qxClassID classId, std::uint32_t rows, std::uint32_t columns,
+                      std::initializer_list<Element> elements) {
+    qxArrayOwner array(qxCreateNumericMatrix(rows, columns, classId, qxREAL));
+    std::copy(elements.begin(), elements.end(), realOf<Element>(array));
+    return array;
+}
+
+inline qxArrayOwner rowOf(std::initializer_list<double> elements) {
+    return matrixOf(qxDOUBLE_CLASS, 1, static_cast<std::uint32_t>(elements.size()), elements);
+}
+
+inline std::vector<std::uint32_t> extentsOf(const qxArray* array) {
+    return {array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions()};
+}
+
+/// The serialised form as plain bytes; empty when there is none.
+inline std::vector<unsigned char> formOf(const qxArray* array) {
+    const qxArrayOwner form(qxSerialize(array));
+    if (!form) {
+        return {};
+    }
+    const auto* bytes = realOf<unsigned char>(form);
+    return {bytes, bytes + qxGetNumberOfElements(form.get())};
+}
+
+inline qxArrayOwner arrayOf(const std::vector<unsigned char>& form) {
+    return qxArrayOwner(qxDeserialize(form.data(), form.size()));
+}

@@ -1,0 +1,108 @@
+#include "basix/basix.h"
+#include "pathkit/pathkit.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace {
+
+class CodePage : public testing::Test {
+protected:
+    void TearDown() override { utSetCodePage(nullptr); }
+
+    static std::optional<std::u16string> decode(const char* text, int length = -1) {
+        const std::unique_ptr<utf16_t, decltype(&utFree)> units(lcp_to_utf16(text, length), utFree);
+        return units == nullptr ? std::nullopt : std::optional<std::u16string>(units.get());
+    }
+};
+
+struct Conversion {
+    const char* codePage;
+    const char* text;
+    int length;
+    std::optional<std::u16string> units;
+};
+
+TEST_F(CodePage, ConvertsByTheChosenOne) {
+    const Conversion conversions[] = {
+        {"UTF-8", "", -1, u""},
+        {"UTF-8", "a\xC3\xA9", -1, u"a\u00E9"},
+        {"UTF-8", "\xF0\x9F\x98\x80", -1, u"\U0001F600"},
+        {"UTF-8", "abc", 2, u"ab"},
+        {"UTF-8", "abc", 0, u""},
+        {"UTF-8", "\xC3", -1, std::nullopt},
+        {"UTF-8", "a\xFFz", -1, std::nullopt},
+        {"UTF-8", "abc", -2, std::nullopt},
+        {"UTF-8", nullptr, -1, std::nullopt},
+        {"Shift_JIS", "\x83\x5C", -1, u"\u30BD"},
+        {"Shift_JIS", "\x83", -1, std::nullopt},
+        {"GBK", "\xC4\xE3", -1, u"\u4F60"},
+        {"ISO-8859-1", "\xE9", -1, u"\u00E9"},
+    };
+    for (const Conversion& conversion : conversions) {
+        ASSERT_TRUE(utSetCodePage(conversion.codePage));
+        EXPECT_EQ(decode(conversion.text, conversion.length), conversion.units)
+            << conversion.codePage << " " << (conversion.text == nullptr ? "null" : conversion.text);
+    }
+}
+
+TEST_F(CodePage, CountsUnits) {
+    EXPECT_EQ(utf16_strlen(u"a\U0001F600"), 3U);
+    EXPECT_EQ(utf16_strlen(u""), 0U);
+}
+
+TEST_F(CodePage, HasLeadBytesOnlyWhereCharactersTakeTwo) {
+    struct Lead {
+        const char* codePage;
+        unsigned char byte;
+        bool isLead;
+    };
+    const Lead leads[] = {{"UTF-8", 0xC3, false},     {"UTF-8", 0xF0, false},    {"ISO-8859-1", 0xE9, false},
+                          {"Shift_JIS", 0x83, true},  {"Shift_JIS", 0x5C, false}, {"Shift_JIS", 0xB1, false},
+                          {"Shift_JIS", 0xFC, true},  {"GBK", 0x81, true},       {"GBK", 0x7F, false}};
+    for (const Lead& lead : leads) {
+        ASSERT_TRUE(utSetCodePage(lead.codePage));
+        EXPECT_EQ(utIsMultiByteLead(lead.byte), lead.isLead) << lead.codePage << " " << int{lead.byte};
+        EXPECT_EQ(dsIsMultiByteLead(lead.byte), lead.isLead) << lead.codePage << " " << int{lead.byte};
+    }
+}
+
+TEST_F(CodePage, RefusesUnknownNamesAndKeepsTheOld) {
+    ASSERT_TRUE(utSetCodePage("Shift_JIS"));
+    EXPECT_FALSE(utSetCodePage("no such code page"));
+    EXPECT_FALSE(utSetCodePage(""));
+    EXPECT_TRUE(utIsMultiByteLead(0x83));
+}
+
+TEST_F(CodePage, IsTheSameForEveryThread) {
+    utIsMultiByteLead(0x83);
+    ASSERT_TRUE(utSetCodePage("Shift_JIS"));
+    bool elsewhere = false;
+    std::thread([&] { elsewhere = utIsMultiByteLead(0x83); }).join();
+    EXPECT_TRUE(elsewhere);
+    EXPECT_TRUE(utIsMultiByteLead(0x83));
+}
+
+TEST_F(CodePage, WritesLocalTextFromAnyUtf8) {
+    const struct {
+        const char* codePage;
+        const char* utf8;
+        const char* local;
+    } texts[] = {{"UTF-8", "a\xC3\xA9", "a\xC3\xA9"},
+                 {"UTF-8", "\xED\xA0\xBD\xED\xB8\x80", "\xF0\x9F\x98\x80"},
+                 {"UTF-8", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+                 {"UTF-8", "x\xFFy\xC3", "x\xEF\xBF\xBDy\xEF\xBF\xBD"},
+                 {"UTF-8", "\xC0\x80z", ""},
+                 {"Shift_JIS", "\xE3\x82\xBD", "\x83\x5C"},
+                 {"ISO-8859-1", "\xC3\xA9\xE3\x82\xBD", "\xE9\x1A"}};
+    for (const auto& text : texts) {
+        ASSERT_TRUE(utSetCodePage(text.codePage));
+        EXPECT_STREQ(utLocalText(text.utf8).c_str(), text.local) << text.codePage << " " << text.utf8;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,150 @@
+#include "testcomponent.h"
+
+#include "vrlbase/vrlbase.h"
+#include "vrlkrt/componentinfo.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Norvane::vrl::vrlBaseException;
+
+std::string initFailure(const vrlExtractedComponentFactory& factory) {
+    try {
+        vrlTerminateInstanceInternal(vrlInitializeComponentInstance({}, {}, factory));
+    } catch (const vrlBaseException& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+TEST(Instances, ThatCantBeMadeSayWhatIsMissing) {
+    const auto changed = [](void (*change)(vrlExtractedComponent&)) {
+        vrlExtractedComponent component = describeTestComponent();
+        change(component);
+        return factoryOf(component);
+    };
+    const struct {
+        vrlExtractedComponentFactory factory;
+        std::vector<const char*> named;
+    } cases[] = {
+        {changed([](auto& c) { c.abi = 7; }), {"testing", "version 7"}},
+        {changed([](auto& c) { c.libraryFile = "/no/such/libtesting.so"; }), {"testing", "/no/such/libtesting.so"}},
+        {changed([](auto& c) { c.functions[0].symbol = "absent_symbol"; }), {"testing", "failInner", "absent_symbol"}},
+        {changed([](auto& c) { c.functions[0].symbol = ""; }), {"testing", "failInner"}},
+        {changed([](auto& c) { c.functions[1].name = "failInner"; }), {"testing", "two functions failInner"}},
+        {changed([](auto& c) { c.functions[1].name = "krt.info"; }), {"testing", "two functions krt.info"}},
+        {[]() -> boost::shared_ptr<vrlExtractedComponent> { throw std::runtime_error("disk full"); }, {"disk full"}},
+        {[]() -> boost::shared_ptr<vrlExtractedComponent> { throw vrlBaseException("bad entry"); }, {"bad entry"}},
+        {[] { return boost::shared_ptr<vrlExtractedComponent>(); }, {"no component"}},
+        {{}, {"no way to the component"}}};
+    for (const auto& broken : cases) {
+        const std::string message = initFailure(broken.factory);
+        for (const char* named : broken.named) {
+            EXPECT_NE(message.find(named), std::string::npos) << named << " in: " << message;
+        }
+    }
+}
+
+TEST(Instances, RefuseForeignAndStaleHandles) {
+    TestInstance instance;
+    void* stale = instance.handle();
+    EXPECT_NE(vrlHandleToKrtInstancePtr(stale), nullptr);
+    EXPECT_TRUE(vrlWaitForFiguresToDieInternal(stale, false));
+    instance.end();
+    int foreign = 0;
+    for (void* handle : {static_cast<void*>(nullptr), static_cast<void*>(&foreign), stale}) {
+        qxArray* result = nullptr;
+        EXPECT_THROW(vrlHandleToKrtInstancePtr(handle), vrlBaseException);
+        EXPECT_THROW(vrlTerminateInstanceInternal(handle), vrlBaseException);
+        EXPECT_THROW(vrlWaitForFiguresToDieInternal(handle, false), vrlBaseException);
+        EXPECT_THROW(vrlLoomkitFeval(handle, "add", 1, &result, 0, nullptr), vrlBaseException);
+        EXPECT_THROW(vrlGetComponentInfo(handle), vrlBaseException);
+    }
+}
+
+TEST(Instances, NeverShareAHandle) {
+    TestInstance first;
+    void* handle = first.handle();
+    krtInstance* object = vrlHandleToKrtInstancePtr(handle);
+    first.end();
+    const TestInstance second;
+    EXPECT_NE(second.handle(), handle);
+    // The object of an ended instance is still one, and another's is not the same.
+    EXPECT_NE(vrlHandleToKrtInstancePtr(second.handle()), object);
+    EXPECT_EQ(object->qxArrayToJavaObject(nullptr), nullptr);
+}
+
+TEST(Instances, ActiveOneIsTheNewestThatLives) {
+    vrlTerminateApplicationImpl();
+    EXPECT_EQ(vrlGetActiveHKRTINSTANCE(), nullptr);
+    const TestInstance first;
+    TestInstance second;
+    EXPECT_EQ(vrlGetActiveHKRTINSTANCE(), second.handle());
+    second.end();
+    EXPECT_EQ(vrlGetActiveHKRTINSTANCE(), first.handle());
+}
+
+TEST(Instances, ActiveOneIsTheOneThatRuns) {
+    void* active = nullptr;
+    void* outer = vrlInitializeComponentInstance(
+        {},
+        [&active](const char*) {
+            active = vrlGetActiveHKRTINSTANCE();
+            return 0;
+        },
+        factoryOf(describeTestComponent()));
+    const TestInstance newer;
+    vrlLoomkitFeval(outer, "print_both", 0, nullptr, 0, nullptr);
+    EXPECT_EQ(active, outer);
+    vrlTerminateInstanceInternal(outer);
+}
+
+TEST(Instances, StartTheRuntimeAndEndWithIt) {
+    vrlTerminateApplicationImpl();
+    TestInstance instance;
+    EXPECT_TRUE(vrlIsKRTInitialized());
+    vrlTerminateApplicationImpl();
+    EXPECT_THROW(vrlTerminateInstanceInternal(instance.handle()), vrlBaseException);
+    EXPECT_THROW(instance.end(), vrlBaseException);
+}
+
+TEST(Instances, GiveTheirHandlersUpAtTheirEnd) {
+    const auto held = std::make_shared<int>(0);
+    const vrlPrintHandler handler = [held](const char*) { return 0; };
+    const long before = held.use_count();
+    void* handle = vrlInitializeComponentInstance(handler, handler, factoryOf(describeTestComponent()));
+    EXPECT_GT(held.use_count(), before);
+    vrlTerminateInstanceInternal(handle);
+    EXPECT_EQ(held.use_count(), before);
+}
+
+TEST(Instances, KeepTheirFolderInUseUntilTheirEnd) {
+    vrlExtractedComponent component = describeTestComponent();
+    const auto lease = std::make_shared<int>(0);
+    component.lease = lease;
+    {
+        const TestInstance instance(component);
+        component.lease.reset();
+        EXPECT_GT(lease.use_count(), 1);
+    }
+    EXPECT_EQ(lease.use_count(), 1);
+}
+
+TEST(Instances, TellWhatTheyCanDo) {
+    TestInstance instance(describeCComponent());
+    const vrlComponentInfo info = vrlGetComponentInfo(instance.handle());
+    EXPECT_EQ(info.name, "plain");
+    ASSERT_EQ(info.functions.size(), 2U);
+    EXPECT_EQ(info.functions[1].help, "Help of relay.");
+
+    const auto listed = instance.call("krt.functions", 2);
+    ASSERT_EQ(qxGetM(listed[0].get()), 2U);
+    EXPECT_EQ(qxGetString(qxGetCell(listed[0].get(), 0)), "scale");
+    EXPECT_EQ(qxGetString(qxGetCell(listed[1].get(), 1)), "Help of relay.");
+    const auto described = instance.call1("krt.info");
+    EXPECT_EQ(qxGetString(qxGetField(described.get(), 0, "version")), "1");
+    EXPECT_EQ(*static_cast<double*>(qxGetField(described.get(), 0, "functions")->realData()), 2.0);
+}
+
+}  // namespace

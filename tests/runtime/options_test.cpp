@@ -1,0 +1,173 @@
+#include "vrlbase/vrlbase.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+using Norvane::vrl::vrlBaseException;
+
+class Options : public testing::Test {
+protected:
+    void SetUp() override {
+        vrlTerminateApplicationImpl();
+        folder_ = std::filesystem::temp_directory_path() / ("runtime_tests_" + std::to_string(getpid()));
+        std::filesystem::create_directories(folder_);
+    }
+    void TearDown() override {
+        vrlTerminateApplicationImpl();
+        std::filesystem::remove_all(folder_);
+    }
+
+    static void start(std::vector<const char*> options) {
+        vrlInitializeApplicationImpl(options.data(), static_cast<unsigned>(options.size()));
+    }
+    static std::string failureOf(std::vector<const char*> options) {
+        try {
+            start(std::move(options));
+        } catch (const vrlBaseException& failure) {
+            return failure.what();
+        }
+        return {};
+    }
+    std::string file(const char* name) const { return (folder_ / name).string(); }
+    static std::string contentOf(const std::string& name) {
+        std::ostringstream content;
+        content << std::ifstream(name).rdbuf();
+        return content.str();
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(Options, AreAllReadAndGoWithTheEnd) {
+    const std::string log = file("log");
+    start({"-nojvm", nullptr, "-logfile", log.c_str(), "-nodisplay", "-cachedir", folder_.c_str()});
+    EXPECT_TRUE(vrlIsKRTInitialized());
+    EXPECT_FALSE(vrlIsJVMEnabled());
+    EXPECT_TRUE(vrlIsNoDisplaySet());
+    EXPECT_EQ(vrlGetLogFileName(), log);
+    EXPECT_EQ(vrlGetCacheDirectory(), folder_);
+    vrlTerminateApplicationImpl();
+    EXPECT_FALSE(vrlIsKRTInitialized());
+    EXPECT_TRUE(vrlIsJVMEnabled());
+    EXPECT_FALSE(vrlIsNoDisplaySet());
+    EXPECT_STREQ(vrlGetLogFileName(), "");
+    EXPECT_NE(vrlGetCacheDirectory(), folder_);
+    EXPECT_FALSE(vrlIsKcc());
+}
+
+TEST_F(Options, AreNotNeeded) {
+    vrlInitializeApplicationImpl(nullptr, 0);
+    EXPECT_TRUE(vrlIsKRTInitialized());
+}
+
+TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
+    const std::string log = file("log");
+    start({"-logfile", log.c_str()});
+    const std::string unwritable = file("no/such/folder");
+    const std::string plainFile = log;
+    const struct {
+        std::vector<const char*> options;
+        std::vector<const char*> named;
+    } cases[] = {{{"-nodisplay", "-fast"}, {"\"-fast\""}},
+                 {{"-nodisplay", "-logfile"}, {"-logfile", "FILE"}},
+                 {{"-logfile", nullptr}, {"-logfile", "FILE"}},
+                 {{"-cachedir", "-nojvm"}, {"-cachedir", "DIR"}},
+                 {{"-cachedir", ""}, {"-cachedir", "DIR"}},
+                 {{"-nodisplay", "-logfile", unwritable.c_str()}, {"-logfile", unwritable.c_str()}},
+                 {{"-nodisplay", "-cachedir", plainFile.c_str()}, {"-cachedir", plainFile.c_str()}}};
+    for (const auto& wrong : cases) {
+        const std::string message = failureOf(wrong.options);
+        for (const char* named : wrong.named) {
+            EXPECT_NE(message.find(named), std::string::npos) << named << " in: " << message;
+        }
+        EXPECT_FALSE(vrlIsNoDisplaySet());
+        EXPECT_EQ(vrlGetLogFileName(), log);
+    }
+}
+
+TEST_F(Options, OfASecondStartReplaceTheFirst) {
+    start({"-nodisplay"});
+    start({"-nojvm"});
+    EXPECT_TRUE(vrlIsKRTInitialized());
+    EXPECT_FALSE(vrlIsNoDisplaySet());
+    EXPECT_FALSE(vrlIsJVMEnabled());
+}
+
+TEST_F(Options, ExpandMacrosInPaths) {
+    vrlSetPathMacro("TEST_FOLDER", folder_.c_str());
+    vrlSetPathMacro(nullptr, "x");
+    vrlSetPathMacro("TEST_FOLDER", nullptr);
+    start({"-logfile", "$(TEST_FOLDER)/log"});
+    EXPECT_EQ(vrlGetLogFileName(), file("log"));
+    EXPECT_EQ(vrlExpandPathMacros("$(TEST_FOLDER"), "$(TEST_FOLDER");
+    EXPECT_EQ(vrlExpandPathMacros("$$(TEST_FOLDER)$"), "$" + folder_.string() + "$");
+}
+
+TEST_F(Options, LogFileKeepsWhatItHeld) {
+    const std::string log = file("log");
+    start({"-logfile", log.c_str()});
+    vrlWriteLog("one\n");
+    vrlWriteLog(nullptr);
+    vrlTerminateApplicationImpl();
+    vrlWriteLog("dropped\n");
+    start({"-logfile", log.c_str()});
+    vrlWriteLog("two\n");
+    EXPECT_EQ(contentOf(log), "one\ntwo\n");
+}
+
+TEST(RuntimeMutex, IsRecursiveAndIgnoresAStrayRelease) {
+    vrlReleaseMutex();
+    vrlAcquireMutex();
+    vrlAcquireMutex();
+    std::thread([] { vrlReleaseMutex(); }).join();
+    vrlReleaseMutex();
+    std::promise<void> entered;
+    std::future<void> done = entered.get_future();
+    bool held = true;
+    bool heldWhenEntered = true;
+    std::thread other([&] {
+        vrlAcquireMutex();
+        heldWhenEntered = held;
+        vrlReleaseMutex();
+        entered.set_value();
+    });
+    held = false;
+    vrlReleaseMutex();
+    done.wait();
+    other.join();
+    EXPECT_FALSE(heldWhenEntered);
+}
+
+TEST(RuntimeMutex, KeepsWritersApart) {
+    int counter = 0;
+    const auto count = [&counter] {
+        for (int i = 0; i < 20000; ++i) {
+            vrlAcquireMutex();
+            vrlAcquireMutex();
+            ++counter;
+            vrlReleaseMutex();
+            vrlReleaseMutex();
+        }
+    };
+    std::thread first(count);
+    std::thread second(count);
+    first.join();
+    second.join();
+    EXPECT_EQ(counter, 40000);
+}
+
+TEST(StackStrings, SayWhatIsKnown) {
+    EXPECT_EQ(createStackStrings({{"f", "a.cpp", 12}, {"g", "b.cpp", 0}, {"h", "", 0}}),
+              (std::vector<std::string>{"at f (a.cpp:12)", "at g (b.cpp)", "at h"}));
+    EXPECT_TRUE(createStackStrings({}).empty());
+}
+
+}  // namespace

@@ -1,0 +1,141 @@
+#include "testcomponent.h"
+
+#include "basix/basix.h"
+#include "krt/component.h"
+#include "vrlbase/vrlbase.h"
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+int refuse(const char*) {
+    return -1;
+}
+
+int fail(const char*) {
+    throw std::runtime_error("stream closed");
+}
+
+class Printing : public testing::Test {
+protected:
+    void SetUp() override {
+        log_ = (std::filesystem::temp_directory_path() / ("runtime_tests_log_" + std::to_string(getpid()))).string();
+        std::filesystem::remove(log_);
+        const char* options[] = {"-logfile", log_.c_str()};
+        vrlInitializeApplicationImpl(options, 2);
+    }
+    void TearDown() override {
+        vrlSetDefaultPrintHandlers({}, {});
+        vrlTerminateApplicationImpl();
+        std::filesystem::remove(log_);
+    }
+
+    std::string logged() const {
+        std::ostringstream content;
+        content << std::ifstream(log_).rdbuf();
+        return content.str();
+    }
+
+    std::string log_;
+};
+
+TEST_F(Printing, GoesToTheInstanceOfTheCall) {
+    TestInstance first;
+    TestInstance second;
+    second.call("print_both", 0);
+    EXPECT_EQ(second.ordinary, "ordinary");
+    EXPECT_EQ(second.errors, "Warning: careful\n");
+    EXPECT_EQ(first.ordinary + first.errors, "");
+    EXPECT_EQ(logged(), "");
+}
+
+TEST_F(Printing, OutsideOfACallGoesToTheDefaultHandlers) {
+    std::string errors;
+    std::string ordinary;
+    const auto into = [](std::string& target) {
+        return [&target](const char* printed) {
+            target += printed;
+            return 0;
+        };
+    };
+    vrlSetDefaultPrintHandlers(into(errors), into(ordinary));
+    krtPrint(nullptr, "one");
+    krtWarn(nullptr, "two");
+    EXPECT_EQ(ordinary, "one");
+    EXPECT_EQ(errors, "Warning: two\n");
+    vrlSetDefaultPrintHandlers({}, {});
+    krtPrint(nullptr, "three");
+    EXPECT_EQ(logged(), "three");
+}
+
+TEST_F(Printing, FromAThreadGoesThroughAPrinter) {
+    TestInstance instance;
+    instance.call("print_from_thread", 0);
+    EXPECT_EQ(instance.ordinary, "from a thread");
+    EXPECT_EQ(instance.errors, "Warning: from a thread\n");
+    EXPECT_EQ(logged(), "without a printer");
+}
+
+TEST_F(Printing, AfterTheInstanceGoesToTheLog) {
+    int go[2];
+    int done[2];
+    ASSERT_EQ(pipe(go) + pipe(done), 0);
+    std::string printed;
+    {
+        TestInstance instance;
+        instance.call("print_later", 0, {scalar(go[0]), scalar(done[1])});
+    }
+    char byte = 'x';
+    ASSERT_EQ(write(go[1], &byte, 1), 1);
+    ASSERT_EQ(read(done[0], &byte, 1), 1);
+    EXPECT_EQ(logged(), "late");
+    for (const int file : {go[0], go[1], done[0], done[1]}) {
+        close(file);
+    }
+}
+
+TEST_F(Printing, ThatFailsGoesToTheLogAndTheFunctionGoesOn) {
+    for (const vrlPrintHandler& handler : {vrlPrintHandler(refuse), vrlPrintHandler(fail), vrlPrintHandler()}) {
+        void* handle = vrlInitializeComponentInstance({}, handler, factoryOf(describeTestComponent()));
+        const qxArrayOwner input(text("lost"));
+        qxArray* inputs[] = {input.get()};
+        qxArray* result = nullptr;
+        vrlLoomkitFeval(handle, "print_text", 1, &result, 1, inputs);
+        EXPECT_EQ(firstOf(qxArrayOwner(result)), 1.0);
+        vrlTerminateInstanceInternal(handle);
+    }
+    EXPECT_EQ(logged(), "lostA print handler failed: stream closed\nlostlost");
+}
+
+TEST_F(Printing, HandsTextOverInTheLocalCodePage) {
+    TestInstance instance;
+    instance.call("print_text", 0, {text("\xF0\x9F\x98\x80\xC3\xA9")});
+    EXPECT_EQ(instance.ordinary, "\xF0\x9F\x98\x80\xC3\xA9");
+    ASSERT_TRUE(utSetCodePage("Shift_JIS"));
+    instance.ordinary.clear();
+    instance.call("print_text", 0, {text("\xE3\x82\xBD")});
+    utSetCodePage(nullptr);
+    EXPECT_EQ(instance.ordinary, "\x83\x5C");
+}
+
+TEST_F(Printing, HandlersMakeArraysOfTheirOwn) {
+    qxArray* made = nullptr;
+    const vrlPrintHandler maker = [&made](const char*) {
+        made = qxCreateDoubleScalar(9.0);
+        return 0;
+    };
+    void* handle = vrlInitializeComponentInstance(maker, maker, factoryOf(describeTestComponent()));
+    const qxArrayOwner input(text("x"));
+    qxArray* inputs[] = {input.get()};
+    vrlLoomkitFeval(handle, "print_text", 0, nullptr, 1, inputs);
+    vrlTerminateInstanceInternal(handle);
+    EXPECT_EQ(firstOf(qxArrayOwner(made)), 9.0);
+}
+
+}  // namespace

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "support/jniprobe.h"
+
+#include <array>
+#include <stdexcept>
+
+namespace nativevrl::test {
+
+/// Counts the JNI calls of the thread while it lives. The balances are what was made less what was given back: 0 when
+/// nothing is left over.
+class JniCounter : public JniProbe {
+public:
+    explicit JniCounter(JNIEnv* env) : JniProbe(env) {}
+
+    /// Local references made and not deleted by hand; what a frame takes away is not seen.
+    int localReferences() const { return balance(JniEffect::makesLocal, JniEffect::deletesLocal); }
+    int globalReferences() const { return balance(JniEffect::makesGlobal, JniEffect::deletesGlobal); }
+    int weakReferences() const { return balance(JniEffect::makesWeak, JniEffect::deletesWeak); }
+    /// Element blocks and string characters that are held.
+    int pinnedBlocks() const { return balance(JniEffect::pins, JniEffect::unpins); }
+
+    /// Calls of one function: `calls(&JNINativeInterface_::GetIntArrayElements)`.
+    template <typename Function>
+    int calls(Function JNINativeInterface_::*member) const {
+        const std::size_t slot = jniSlot(member);
+        if (!watches(slot)) {
+            throw std::logic_error("this function of the table is not watched");
+        }
+        return calls_[slot];
+    }
+
+    bool admits(const JniFunction&) override { return true; }
+    void saw(const JniFunction& function, bool gave) override {
+        ++calls_[function.slot];
+        if (gave) {
+            ++effects_[static_cast<std::size_t>(function.effect)];
+        }
+    }
+
+private:
+    int balance(JniEffect made, JniEffect ended) const {
+        return effects_[static_cast<std::size_t>(made)] - effects_[static_cast<std::size_t>(ended)];
+    }
+
+    std::array<int, sizeof(JNINativeInterface_) / sizeof(void*)> calls_ = {};
+    std::array<int, static_cast<std::size_t>(JniEffect::unpins) + 1> effects_ = {};
+};
+
+}  // namespace nativevrl::test
