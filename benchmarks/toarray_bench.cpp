@@ -45,7 +45,8 @@ jobject nestedCube(JNIEnv* env, const std::vector<std::size_t>& extents, std::si
         return test::primitiveArray<T>(env, counting<T>(extents[level]));
     }
     const std::string elementClass = std::string(extents.size() - level - 2, '[') + JPrimitive<T>::arrayClass;
-    jobjectArray array = env->NewObjectArray(static_cast<jsize>(extents[level]), test::findClass(env, elementClass), nullptr);
+    jobjectArray array =
+        env->NewObjectArray(static_cast<jsize>(extents[level]), test::findClass(env, elementClass), nullptr);
     for (std::size_t i = 0; i < extents[level]; ++i) {
         jobject element = nestedCube<T>(env, extents, level + 1);
         env->SetObjectArrayElement(array, static_cast<jsize>(i), element);
@@ -64,7 +65,7 @@ struct Blocks {
 
 void createFrom(JNIEnv* env, jobject real, jint classId) {
     createAndDestroy(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxObject2qxArray(env, nullptr, real, nullptr,
-                                                                                         classId, qxREAL));
+                                                                                           classId, qxREAL));
 }
 
 template <typename T>
@@ -140,7 +141,8 @@ void addStrings(JNIEnv* env) {
         for (std::size_t i = 0; i < count; ++i) {
             jobject element = env->GetObjectArrayElement(static_cast<jobjectArray>(data), static_cast<jsize>(i));
             if (env->IsInstanceOf(element, text)) {
-                visit(static_cast<jstring>(element), static_cast<std::size_t>(env->GetStringLength(static_cast<jstring>(element))));
+                visit(static_cast<jstring>(element),
+                      static_cast<std::size_t>(env->GetStringLength(static_cast<jstring>(element))));
             }
             env->DeleteLocalRef(element);
         }
@@ -164,8 +166,10 @@ void addCell(JNIEnv* env) {
     jobject elements = randomObjects(env, "java/lang/Object", count, [](JNIEnv* e, std::size_t) -> jobject {
         return test::primitiveArray<jdouble>(e, counting<jdouble>(length));
     });
-    const std::vector<jvalue> arguments = {test::objectArgument(test::intArray(env, {1, count})), test::objectArgument(elements)};
-    jobject cell = keep(env, test::newObject(env, "com/norvane/extern/java/NVCellArray", "([I[Ljava/lang/Object;)V", arguments));
+    const std::vector<jvalue> arguments = {test::objectArgument(test::intArray(env, {1, count})),
+                                           test::objectArgument(elements)};
+    jobject cell =
+        keep(env, test::newObject(env, "com/norvane/extern/java/NVCellArray", "([I[Ljava/lang/Object;)V", arguments));
     jobject flat = keep(env, elements);
     jclass objects = classNamed(env, "[Ljava/lang/Object;");
     jclass rows = classNamed(env, "[D");
@@ -213,25 +217,27 @@ void addTriplets(JNIEnv* env, std::size_t count, jint extent, bool sorted) {
     auto* values = static_cast<jdoubleArray>(keep(env, test::primitiveArray<jdouble>(env, triplets.values)));
     const auto blocks = std::make_shared<Blocks<jint>>(2 * count);
     const auto target = std::make_shared<Blocks<jdouble>>(count);
-    const std::string name = std::string("toarray/") + (sorted ? "sorted" : "unsorted") + " triplets/" + std::to_string(count);
-    addCase({name, count,
-             [=] {
-                 createAndDestroy(
-                     env,
-                     Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(
-                         env, nullptr, rows, columns, values, nullptr, extent, extent, -1, qxDOUBLE_CLASS, qxREAL));
-             },
-             [=] {
-                 jint* row = env->GetIntArrayElements(rows, nullptr);
-                 jint* column = env->GetIntArrayElements(columns, nullptr);
-                 jdouble* value = env->GetDoubleArrayElements(values, nullptr);
-                 std::memcpy(blocks->to.data(), row, count * sizeof(jint));
-                 std::memcpy(blocks->to.data() + count, column, count * sizeof(jint));
-                 std::memcpy(target->to.data(), value, count * sizeof(jdouble));
-                 env->ReleaseDoubleArrayElements(values, value, 0);
-                 env->ReleaseIntArrayElements(columns, column, 0);
-                 env->ReleaseIntArrayElements(rows, row, 0);
-             }});
+    const std::string name =
+        std::string("toarray/") + (sorted ? "sorted" : "unsorted") + " triplets/" + std::to_string(count);
+    addCase(
+        {name, count,
+         [=] {
+             createAndDestroy(
+                 env,
+                 Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(
+                     env, nullptr, rows, columns, values, nullptr, extent, extent, -1, qxDOUBLE_CLASS, qxREAL));
+         },
+         [=] {
+             jint* row = env->GetIntArrayElements(rows, nullptr);
+             jint* column = env->GetIntArrayElements(columns, nullptr);
+             jdouble* value = env->GetDoubleArrayElements(values, nullptr);
+             std::memcpy(blocks->to.data(), row, count * sizeof(jint));
+             std::memcpy(blocks->to.data() + count, column, count * sizeof(jint));
+             std::memcpy(target->to.data(), value, count * sizeof(jdouble));
+             env->ReleaseDoubleArrayElements(values, value, 0);
+             env->ReleaseIntArrayElements(columns, column, 0);
+             env->ReleaseIntArrayElements(rows, row, 0);
+         }});
 }
 
 void addCases(JNIEnv* env) {

@@ -65,7 +65,8 @@ jobject rowFrom(JNIEnv* env, const T* values, std::uint32_t length) {
 
 /// Builds the levels from `level` on with rows that lie one behind another at `values`.
 template <typename MakeRow>
-jobject nestedFrom(JNIEnv* env, const Extents& extents, std::size_t level, const std::string& rowClass, MakeRow&& makeRow) {
+jobject nestedFrom(JNIEnv* env, const Extents& extents, std::size_t level, const std::string& rowClass,
+                   MakeRow&& makeRow) {
     if (level + 1 == extents.size()) {
         return makeRow();
     }
@@ -177,8 +178,8 @@ qxArray* sparseSquare(std::uint32_t extent) {
 void addSparse(JNIEnv* env) {
     const Extents extents = {3000, 3000};
     const auto source = std::make_shared<Source<jdouble>>(env, sparseSquare(extents[0]), product(extents));
-    addCase({"tojava/sparse double[3000][3000]", product(extents), reading(env, source, LOOMKIT_NATIVE(qxArrayToDoubleArray)),
-             [=] {
+    addCase({"tojava/sparse double[3000][3000]", product(extents),
+             reading(env, source, LOOMKIT_NATIVE(qxArrayToDoubleArray)), [=] {
                  opened(env, *source, [&] {
                      const jdouble* values = source->block.data();
                      return nestedFrom(env, extents, 0, "[D", [&] {
@@ -192,10 +193,12 @@ void addSparse(JNIEnv* env) {
 void addCases(JNIEnv* env) {
     for (const std::uint32_t extent : {10U, 30U, 100U, 300U, 1000U, 1024U, 3000U}) {
         const std::string side = "[" + std::to_string(extent) + "]";
-        addNested<jdouble>(env, "double" + side + side, {extent, extent}, qxDOUBLE_CLASS, LOOMKIT_NATIVE(qxArrayToDoubleArray));
+        addNested<jdouble>(env, "double" + side + side, {extent, extent}, qxDOUBLE_CLASS,
+                           LOOMKIT_NATIVE(qxArrayToDoubleArray));
     }
     const Extents square = {1000, 1000};
-    addNested<jdouble>(env, "double[100][100][100]", {100, 100, 100}, qxDOUBLE_CLASS, LOOMKIT_NATIVE(qxArrayToDoubleArray));
+    addNested<jdouble>(env, "double[100][100][100]", {100, 100, 100}, qxDOUBLE_CLASS,
+                       LOOMKIT_NATIVE(qxArrayToDoubleArray));
     addNested<jdouble>(env, "int32 double[1000][1000]", square, qxINT32_CLASS, LOOMKIT_NATIVE(qxArrayToDoubleArray));
     addNested<jdouble>(env, "single double[1000][1000]", square, qxSINGLE_CLASS, LOOMKIT_NATIVE(qxArrayToDoubleArray));
     addNested<jint>(env, "double int[1000][1000]", square, qxDOUBLE_CLASS, LOOMKIT_NATIVE(qxArrayToIntArray));

@@ -8,6 +8,4 @@ JNIEXPORT jint JNICALL JNI_OnLoad(JavaVM* vm, void*) {
     return JNI_com_norvane_toolbox_loomkit_internal_NVKRT_OnLoad(vm);
 }
 
-JNIEXPORT void JNICALL JNI_OnUnload(JavaVM* vm, void*) {
-    JNI_com_norvane_toolbox_loomkit_internal_NVKRT_OnUnload(vm);
-}
+JNIEXPORT void JNICALL JNI_OnUnload(JavaVM* vm, void*) { JNI_com_norvane_toolbox_loomkit_internal_NVKRT_OnUnload(vm); }

@@ -10,7 +10,9 @@
 namespace nativevrl::bench {
 
 /// Stays in use for the whole run; borrowed from the virtual machine's frame of the program.
-inline jclass classNamed(JNIEnv* env, const char* name) { return static_cast<jclass>(env->NewGlobalRef(env->FindClass(name))); }
+inline jclass classNamed(JNIEnv* env, const char* name) {
+    return static_cast<jclass>(env->NewGlobalRef(env->FindClass(name)));
+}
 
 /// Visits every row of T[][]…[] that is `depth` levels deep, with the tests and the length that a walk asks for.
 template <typename T, typename Visit>
@@ -35,7 +37,8 @@ void eachRow(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows,
 template <typename T>
 void copyRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows, T* target) {
     jsize longest = 0;
-    eachRow<T>(env, array, depth, objects, rows, [&](auto, jsize length) { longest = length > longest ? length : longest; });
+    eachRow<T>(env, array, depth, objects, rows,
+               [&](auto, jsize length) { longest = length > longest ? length : longest; });
     eachRow<T>(env, array, depth, objects, rows, [&](auto row, jsize length) {
         T* elements = (env->*JPrimitive<T>::getElements)(row, nullptr);
         std::memcpy(target, elements, sizeof(T) * static_cast<std::size_t>(length));

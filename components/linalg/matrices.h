@@ -26,11 +26,10 @@ Matrix<Scalar> read(const krt::Value& value, const krt::Location& at = krt::Loca
     if constexpr (std::is_same_v<Scalar, Complex>) {
         if (isComplex(value)) {
             const krt::ComplexMatrixView view = value.complexMatrix(at);
-            return Matrix<Complex>::NullaryExpr(static_cast<Index>(view.rows()), static_cast<Index>(view.columns()),
-                                                [&](Index row, Index column) {
-                                                    return view(static_cast<std::size_t>(row),
-                                                                static_cast<std::size_t>(column));
-                                                });
+            return Matrix<Complex>::NullaryExpr(
+                static_cast<Index>(view.rows()), static_cast<Index>(view.columns()), [&](Index row, Index column) {
+                    return view(static_cast<std::size_t>(row), static_cast<std::size_t>(column));
+                });
         }
     }
     const krt::MatrixView<const double> view = value.matrix(at);
@@ -79,8 +78,8 @@ inline std::string shapeText(Index rows, Index columns) {
 template <typename Scalar>
 void requireSquare(const Matrix<Scalar>& a, const krt::Value& value, const krt::Location& at = krt::Location()) {
     if (a.rows() != a.cols()) {
-        krt::error("linalg:size", value.label() + " is " + shapeText(a.rows(), a.cols()) +
-                                      ", expected a square matrix", at);
+        krt::error("linalg:size", value.label() + " is " + shapeText(a.rows(), a.cols()) + ", expected a square matrix",
+                   at);
     }
 }
 
@@ -96,8 +95,10 @@ template <typename Scalar>
 void requireSameRows(const Matrix<Scalar>& a, const Matrix<Scalar>& b, const krt::Value& value,
                      const krt::Location& at = krt::Location()) {
     if (a.rows() != b.rows()) {
-        krt::error("linalg:size", value.label() + " has " + std::to_string(b.rows()) + " rows, expected " +
-                                      std::to_string(a.rows()) + ", as many as argument 1 has", at);
+        krt::error("linalg:size",
+                   value.label() + " has " + std::to_string(b.rows()) + " rows, expected " + std::to_string(a.rows()) +
+                       ", as many as argument 1 has",
+                   at);
     }
 }
 

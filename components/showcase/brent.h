@@ -80,8 +80,8 @@ private:
             return false;
         }
         step = -((best_.x - third_.x) * q - (best_.x - second_.x) * r) / denominator;
-        return std::isfinite(step) && std::abs(step) < 0.5 * std::abs(beforeLast_) &&
-               best_.x + step > lower_ && best_.x + step < upper_;
+        return std::isfinite(step) && std::abs(step) < 0.5 * std::abs(beforeLast_) && best_.x + step > lower_ &&
+               best_.x + step < upper_;
     }
 
     /// Narrows the bounds by a new point and keeps the three best.

@@ -9,9 +9,7 @@
 
 namespace {
 
-bool isContinuation(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 /// Appends the character at `text` in UTF-16 and returns the bytes that it took. A surrogate in three bytes goes in
 /// as the unit that it stands for, so that two of them make a pair; a damaged byte becomes U+FFFD.
@@ -76,21 +74,13 @@ utf16_t* lcp_to_utf16(const char* text, int length) {
     return units;
 }
 
-std::size_t utf16_strlen(const utf16_t* text) {
-    return std::char_traits<utf16_t>::length(text);
-}
+std::size_t utf16_strlen(const utf16_t* text) { return std::char_traits<utf16_t>::length(text); }
 
-void utFree(void* block) {
-    std::free(block);
-}
+void utFree(void* block) { std::free(block); }
 
-bool utIsMultiByteLead(unsigned char byte) {
-    return basix::currentCodePage().leads[byte];
-}
+bool utIsMultiByteLead(unsigned char byte) { return basix::currentCodePage().leads[byte]; }
 
-bool utSetCodePage(const char* name) {
-    return basix::selectCodePage(name);
-}
+bool utSetCodePage(const char* name) { return basix::selectCodePage(name); }
 
 std::string utLocalText(const char* utf8) {
     std::u16string units;
@@ -103,8 +93,8 @@ std::string utLocalText(const char* utf8) {
         return {};
     }
     const auto unitCount = static_cast<std::int32_t>(units.size());
-    std::string bytes(static_cast<std::size_t>(UCNV_GET_MAX_BYTES_FOR_STRING(unitCount, ucnv_getMaxCharSize(converter))),
-                      '\0');
+    std::string bytes(
+        static_cast<std::size_t>(UCNV_GET_MAX_BYTES_FOR_STRING(unitCount, ucnv_getMaxCharSize(converter))), '\0');
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t written = ucnv_fromUChars(converter, bytes.data(), static_cast<std::int32_t>(bytes.size()),
                                                  units.data(), unitCount, &status);

@@ -5,10 +5,6 @@
 krtInstance::krtInstance() = default;
 krtInstance::~krtInstance() = default;
 
-qxArray* krtInstance::javaObjectToQxArray(jobject globalReference) {
-    return jzi::makeJavaArray(globalReference);
-}
+qxArray* krtInstance::javaObjectToQxArray(jobject globalReference) { return jzi::makeJavaArray(globalReference); }
 
-jobject krtInstance::qxArrayToJavaObject(qxArray* array) {
-    return mJava2jObject(array);
-}
+jobject krtInstance::qxArrayToJavaObject(qxArray* array) { return mJava2jObject(array); }

@@ -2,6 +2,4 @@
 
 #include "basix/basix.h"
 
-bool dsIsMultiByteLead(unsigned char byte) {
-    return utIsMultiByteLead(byte);
-}
+bool dsIsMultiByteLead(unsigned char byte) { return utIsMultiByteLead(byte); }

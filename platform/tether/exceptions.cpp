@@ -24,7 +24,8 @@ ArrayIndexOutOfBoundsException::~ArrayIndexOutOfBoundsException() = default;
 GetEnvError::GetEnvError() : Exception("the virtual machine gave no environment for this thread") {}
 GetEnvError::~GetEnvError() = default;
 
-AttachCurrentThreadError::AttachCurrentThreadError() : Exception("the thread could not be attached to the virtual machine") {}
+AttachCurrentThreadError::AttachCurrentThreadError()
+    : Exception("the thread could not be attached to the virtual machine") {}
 AttachCurrentThreadError::~AttachCurrentThreadError() = default;
 
 OutOfMemoryException::OutOfMemoryException() : BadAllocError("out of memory") {}

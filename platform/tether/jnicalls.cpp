@@ -199,9 +199,7 @@ jstring newStringUTF(JNIEnv* env, const char* text) {
     return newString(env, reinterpret_cast<const jchar*>(units.data()), static_cast<jsize>(units.size()));
 }
 
-const jchar* getStringChars(JNIEnv* env, jstring string) {
-    return checked(env, env->GetStringChars(string, nullptr));
-}
+const jchar* getStringChars(JNIEnv* env, jstring string) { return checked(env, env->GetStringChars(string, nullptr)); }
 
 const char* getStringUTFChars(JNIEnv* env, jstring string) {
     return checked(env, env->GetStringUTFChars(string, nullptr));

@@ -4,9 +4,7 @@ namespace tether {
 
 namespace {
 
-bool isContinuation(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 /// How many bytes the sequence at `at` has: 1 to 4, or 0 when no sequence starts there.
 int sequenceLength(const char* at) {

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// A recursive lock that knows its holder, so that a stray release does nothing. The standard one leaves that undefined.
+/// A recursive lock that knows its holder, so that a stray release does nothing. The standard one leaves that
+/// undefined.
 class HeldLock {
 public:
     void acquire() {
@@ -53,10 +54,6 @@ HeldLock& runtimeLock() {
 
 }  // namespace
 
-void vrlAcquireMutex() {
-    runtimeLock().acquire();
-}
+void vrlAcquireMutex() { runtimeLock().acquire(); }
 
-void vrlReleaseMutex() {
-    runtimeLock().release();
-}
+void vrlReleaseMutex() { runtimeLock().release(); }

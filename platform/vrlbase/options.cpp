@@ -16,14 +16,14 @@ using Norvane::vrl::vrlBaseException;
 
 struct Flag {
     const char* name;
-    bool Options::* target;
+    bool Options::*target;
 };
 constexpr Flag flags[] = {{"-nojvm", &Options::noJvm}, {"-nodisplay", &Options::noDisplay}};
 
 struct Setting {
     const char* name;
     const char* value;
-    std::string Options::* target;
+    std::string Options::*target;
 };
 constexpr Setting settings[] = {{"-logfile", "FILE", &Options::logFile},
                                 {"-cachedir", "DIR", &Options::cacheDirectory}};

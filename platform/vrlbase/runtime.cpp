@@ -64,7 +64,7 @@ void adopt(Runtime& state, vrlbase::Options options, LogFile log, bool running) 
 }
 
 template <typename T>
-T read(T Runtime::* member) {
+T read(T Runtime::*member) {
     Runtime& state = runtime();
     const std::lock_guard<std::mutex> lock(state.mutex);
     return state.*member;
@@ -97,21 +97,13 @@ void vrlOnTermination(void (*hook)()) {
     }
 }
 
-bool vrlIsKRTInitialized() {
-    return read(&Runtime::running);
-}
+bool vrlIsKRTInitialized() { return read(&Runtime::running); }
 
-bool vrlIsKcc() {
-    return false;
-}
+bool vrlIsKcc() { return false; }
 
-bool vrlIsJVMEnabled() {
-    return !read(&Runtime::options).noJvm;
-}
+bool vrlIsJVMEnabled() { return !read(&Runtime::options).noJvm; }
 
-bool vrlIsNoDisplaySet() {
-    return read(&Runtime::options).noDisplay;
-}
+bool vrlIsNoDisplaySet() { return read(&Runtime::options).noDisplay; }
 
 const char* vrlGetLogFileName() {
     Runtime& state = runtime();
@@ -130,9 +122,7 @@ bool vrlSetZvmState(int state, boost::shared_ptr<jzi::JavaVMConfig> config) {
     return true;
 }
 
-boost::shared_ptr<jzi::JavaVMConfig> vrlGetJavaVMConfig() {
-    return read(&Runtime::javaVMConfig);
-}
+boost::shared_ptr<jzi::JavaVMConfig> vrlGetJavaVMConfig() { return read(&Runtime::javaVMConfig); }
 
 void vrlWriteLog(const char* text) {
     Runtime& state = runtime();

@@ -114,8 +114,8 @@ std::uint64_t declaredSize(const ZipReader& zip, std::uint64_t limit) {
     }
     const auto size = static_cast<std::uint64_t>(archive_entry_size(zip.entry()));
     if (size > limit) {
-        failEntry(zip.path(), "it has " + std::to_string(size) + " bytes, and " + std::to_string(limit) +
-                                  " are allowed");
+        failEntry(zip.path(),
+                  "it has " + std::to_string(size) + " bytes, and " + std::to_string(limit) + " are allowed");
     }
     return size;
 }
@@ -133,8 +133,8 @@ void readContent(ZipReader& zip, std::uint64_t size, Consumer consume) {
         consume(block.data(), count);
     }
     if (total != size) {
-        failEntry(zip.path(), "it has " + std::to_string(total) + " bytes, not the " + std::to_string(size) +
-                                  " that it states");
+        failEntry(zip.path(),
+                  "it has " + std::to_string(total) + " bytes, not the " + std::to_string(size) + " that it states");
     }
 }
 
@@ -220,8 +220,8 @@ void ComponentArchive::compareWithManifest() const {
     }
     for (const auto& library : manifest_.libraries) {
         if (files_.count(library.second) == 0) {
-            failEntry(library.second, "component.json names it as the library for " + library.first +
-                                          ", but it is not in the archive");
+            failEntry(library.second,
+                      "component.json names it as the library for " + library.first + ", but it is not in the archive");
         }
     }
 }

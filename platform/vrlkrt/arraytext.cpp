@@ -23,9 +23,7 @@ int vrlcppArrayToString(const qxArray* array, char** text) try {
     return -1;
 }
 
-void vrlcppFreeString(char* text) {
-    std::free(text);
-}
+void vrlcppFreeString(char* text) { std::free(text); }
 
 std::uint32_t vrlHashNBytes(std::uint32_t seed, std::size_t count, const void* bytes) {
     return XXH32(bytes, count, seed);

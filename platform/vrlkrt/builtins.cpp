@@ -17,7 +17,7 @@ qxArray* checked(qxArray* array) {
 }
 
 /// A cell column with one text of each function of the manifest.
-qxArray* textColumn(const std::vector<vrlComponentFunction>& functions, std::string vrlComponentFunction::* text) {
+qxArray* textColumn(const std::vector<vrlComponentFunction>& functions, std::string vrlComponentFunction::*text) {
     qxArray* column = checked(qxCreateCellMatrix(static_cast<std::uint32_t>(functions.size()), 1));
     for (std::size_t i = 0; i < functions.size(); ++i) {
         qxSetCell(column, i, checked(qxCreateString((functions[i].*text).c_str())));

@@ -7,9 +7,7 @@ namespace {
 using Line = Norvane::vrl::vrlTAVRIXStackLine;
 
 /// The last part of a path: where a component was built is nobody's business.
-std::string fileName(std::string_view path) {
-    return std::string(path.substr(path.find_last_of('/') + 1));
-}
+std::string fileName(std::string_view path) { return std::string(path.substr(path.find_last_of('/') + 1)); }
 
 /// A failure at a place; without a file it is wherever the frames stand, those that its exception closed included.
 krtFailure* makeFailure(krtCall* call, const char* identifier, const char* message, const char* file, int line) {
@@ -39,13 +37,9 @@ std::vector<Line> krtCall::stack() const {
     return lines;
 }
 
-krtCall* krtCurrentCall() {
-    return vrlkrt::currentCall();
-}
+krtCall* krtCurrentCall() { return vrlkrt::currentCall(); }
 
-const char* krtFunctionName(const krtCall* call) {
-    return call == nullptr ? "" : call->function.c_str();
-}
+const char* krtFunctionName(const krtCall* call) { return call == nullptr ? "" : call->function.c_str(); }
 
 void krtEnterFrame(krtCall* call, const char* function, const char* file, int line) {
     if (call != nullptr) {

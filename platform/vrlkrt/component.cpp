@@ -36,8 +36,9 @@ LoadedComponent::LoadedComponent(void* handle, boost::shared_ptr<vrlExtractedCom
     for (const vrlComponentFunction& function : extracted_->functions) {
         krtEntry entry = library_->entry(function.symbol);
         if (entry == nullptr) {
-            throw vrlBaseException("component " + extracted_->name + ": function " + function.name + " has the symbol " +
-                                   function.symbol + ", which " + extracted_->libraryFile + " does not have");
+            throw vrlBaseException("component " + extracted_->name + ": function " + function.name +
+                                   " has the symbol " + function.symbol + ", which " + extracted_->libraryFile +
+                                   " does not have");
         }
         if (!functions_.try_emplace(function.name, RunnableFunction{function, entry}).second) {
             throw vrlBaseException("component " + extracted_->name + ": there are two functions " + function.name);
@@ -45,9 +46,7 @@ LoadedComponent::LoadedComponent(void* handle, boost::shared_ptr<vrlExtractedCom
     }
 }
 
-LoadedComponent::~LoadedComponent() {
-    output_->replace({});
-}
+LoadedComponent::~LoadedComponent() { output_->replace({}); }
 
 const RunnableFunction& LoadedComponent::function(const std::string& name) const {
     const auto found = functions_.find(name);

@@ -1,15 +1,17 @@
 #include "krt/component.h"
 #include "qx/qx.h"
 
-#include <cstring>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 namespace {
 
 /// The first element of a block, by the class of its array.
 double firstElement(qxClassID id, const void* block) {
-    const auto as = [block](auto example) { return static_cast<double>(*static_cast<const decltype(example)*>(block)); };
+    const auto as = [block](auto example) {
+        return static_cast<double>(*static_cast<const decltype(example)*>(block));
+    };
     switch (id) {
         case qxLOGICAL_CLASS:
         case qxUINT8_CLASS:
@@ -40,23 +42,15 @@ double firstElement(qxClassID id, const void* block) {
 }
 
 /// Whether the element in the first row and column of a sparse array is a stored one, and so the first one.
-bool storesFirst(const qxArray* array) {
-    return array->columnStartTable()[1] > 0 && array->rowIndexTable()[0] == 0;
-}
+bool storesFirst(const qxArray* array) { return array->columnStartTable()[1] > 0 && array->rowIndexTable()[0] == 0; }
 
 }  // namespace
 
-int krtClassOf(const qxArray* array) {
-    return array == nullptr ? qxUNKNOWN_CLASS : qxGetClassID(array);
-}
+int krtClassOf(const qxArray* array) { return array == nullptr ? qxUNKNOWN_CLASS : qxGetClassID(array); }
 
-size_t krtRows(const qxArray* array) {
-    return array == nullptr ? 0 : qxGetM(array);
-}
+size_t krtRows(const qxArray* array) { return array == nullptr ? 0 : qxGetM(array); }
 
-size_t krtColumns(const qxArray* array) {
-    return array == nullptr ? 0 : qxGetN(array);
-}
+size_t krtColumns(const qxArray* array) { return array == nullptr ? 0 : qxGetN(array); }
 
 double* krtDoubles(const qxArray* array) {
     const bool isDense = krtClassOf(array) == qxDOUBLE_CLASS && !qxIsSparse(array);
@@ -77,9 +71,7 @@ char* krtText(const qxArray* array) {
     return krtClassOf(array) == qxCHAR_CLASS ? strdup(qxGetString(array).c_str()) : nullptr;
 }
 
-void krtFreeText(char* text) {
-    std::free(text);
-}
+void krtFreeText(char* text) { std::free(text); }
 
 qxArray* krtMakeDoubleMatrix(size_t rows, size_t columns) {
     constexpr size_t longest = std::numeric_limits<std::int32_t>::max();
@@ -89,14 +81,8 @@ qxArray* krtMakeDoubleMatrix(size_t rows, size_t columns) {
     return qxCreateDoubleMatrix(static_cast<std::uint32_t>(rows), static_cast<std::uint32_t>(columns), qxREAL);
 }
 
-qxArray* krtMakeScalar(double value) {
-    return qxCreateDoubleScalar(value);
-}
+qxArray* krtMakeScalar(double value) { return qxCreateDoubleScalar(value); }
 
-qxArray* krtMakeText(const char* text) {
-    return qxCreateString(text == nullptr ? "" : text);
-}
+qxArray* krtMakeText(const char* text) { return qxCreateString(text == nullptr ? "" : text); }
 
-qxArray* krtMakeFunctionHandle(const char* name) {
-    return qxCreateFunctionHandle(name == nullptr ? "" : name);
-}
+qxArray* krtMakeFunctionHandle(const char* name) { return qxCreateFunctionHandle(name == nullptr ? "" : name); }

@@ -49,8 +49,8 @@ void requirePrivate(const std::string& cacheFolder) {
             failPath("Can't look at", path.parent_path().string(), errno);
         }
         if ((state.st_mode & S_IWOTH) != 0 && owner != geteuid() && owner != 0) {
-            throw Norvane::vrl::vrlBaseException("The component cache " + cacheFolder + " is not safe: " +
-                                                 path.string() + " belongs to another user.");
+            throw Norvane::vrl::vrlBaseException("The component cache " + cacheFolder +
+                                                 " is not safe: " + path.string() + " belongs to another user.");
         }
     }
 }

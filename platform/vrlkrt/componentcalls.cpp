@@ -55,8 +55,7 @@ void runFunction(const krtCall* call, const std::string& name, int nlhs, qxArray
 
 krtFailure* krtCallFunction(krtCall* call, const char* name, int nlhs, qxArray** plhs, int nrhs, qxArray* const* prhs,
                             const char* file, int line) {
-    return attempt(call, file, line,
-                   [&] { runFunction(call, name == nullptr ? "" : name, nlhs, plhs, nrhs, prhs); });
+    return attempt(call, file, line, [&] { runFunction(call, name == nullptr ? "" : name, nlhs, plhs, nrhs, prhs); });
 }
 
 krtFailure* krtCallHandle(krtCall* call, const qxArray* handle, int nlhs, qxArray** plhs, int nrhs,
@@ -71,11 +70,8 @@ krtFailure* krtCallHandle(krtCall* call, const qxArray* handle, int nlhs, qxArra
 
 krtFailure* krtCallJava(krtCall* call, const qxArray* object, const char* method, int nrhs, qxArray* const* prhs,
                         qxArray** result, const char* file, int line) {
-    return attempt(call, file, line, [&] {
-        *result = vrlkrt::callJavaMethod(object, method == nullptr ? "" : method, nrhs, prhs);
-    });
+    return attempt(call, file, line,
+                   [&] { *result = vrlkrt::callJavaMethod(object, method == nullptr ? "" : method, nrhs, prhs); });
 }
 
-int krtIsJavaObject(const qxArray* array) {
-    return ojIsJavaArray(array) ? 1 : 0;
-}
+int krtIsJavaObject(const qxArray* array) { return ojIsJavaArray(array) ? 1 : 0; }

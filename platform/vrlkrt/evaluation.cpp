@@ -119,8 +119,8 @@ std::vector<qxArrayOwner> run(krtCall& call, const RunnableFunction& function, i
 
 }  // namespace
 
-std::vector<qxArrayOwner> evaluate(const std::shared_ptr<LoadedComponent>& component, const std::string& name,
-                                   int nlhs, int nrhs, const qxArray* const* prhs) try {
+std::vector<qxArrayOwner> evaluate(const std::shared_ptr<LoadedComponent>& component, const std::string& name, int nlhs,
+                                   int nrhs, const qxArray* const* prhs) try {
     const RunnableFunction& function = component->function(name);
     checkInputs(function.description, nrhs, prhs);
     checkOutputs(function.description, nlhs);
@@ -138,8 +138,6 @@ std::vector<qxArrayOwner> evaluate(const std::shared_ptr<LoadedComponent>& compo
     throw vrlInternalException(name + ": " + failure.what());
 }
 
-krtCall* currentCall() {
-    return innermost;
-}
+krtCall* currentCall() { return innermost; }
 
 }  // namespace vrlkrt

@@ -190,8 +190,8 @@ private:
 
     /// Moves an earlier extraction out and the new one in. `found` is the lease on the one that is there, or null.
     std::shared_ptr<FolderLease> replace(const std::shared_ptr<FolderLease>& found) {
-        std::string refusal = found ? whyNotOurs(folder_, archive_.manifest().name)
-                                    : "the folder is not empty, and holds no component";
+        std::string refusal =
+            found ? whyNotOurs(folder_, archive_.manifest().name) : "the folder is not empty, and holds no component";
         if (refusal.empty() && !found->claim()) {
             refusal = "an instance runs from what the folder holds, which is not this component as it was packed";
         }
@@ -252,9 +252,7 @@ OpenFile::~OpenFile() {
 }
 
 bool OpenFile::lock(Lock kind) const {
-    const int operation = kind == Lock::shared      ? LOCK_SH
-                          : kind == Lock::exclusive ? LOCK_EX
-                                                    : LOCK_EX | LOCK_NB;
+    const int operation = kind == Lock::shared ? LOCK_SH : kind == Lock::exclusive ? LOCK_EX : LOCK_EX | LOCK_NB;
     int result = 0;
     do {
         result = flock(descriptor_, operation);

@@ -24,10 +24,6 @@ void krtReleaseFailure(krtFailure* failure) {
     }
 }
 
-const char* krtFailureMessage(const krtFailure* failure) {
-    return failure->message.c_str();
-}
+const char* krtFailureMessage(const krtFailure* failure) { return failure->message.c_str(); }
 
-const char* krtFailureIdentifier(const krtFailure* failure) {
-    return failure->identifier.c_str();
-}
+const char* krtFailureIdentifier(const krtFailure* failure) { return failure->identifier.c_str(); }

@@ -11,13 +11,9 @@ namespace {
 
 using Norvane::vrl::vrlBaseException;
 
-void* toHandle(std::uintptr_t number) {
-    return reinterpret_cast<void*>(number);
-}
+void* toHandle(std::uintptr_t number) { return reinterpret_cast<void*>(number); }
 
-std::uintptr_t toNumber(void* handle) {
-    return reinterpret_cast<std::uintptr_t>(handle);
-}
+std::uintptr_t toNumber(void* handle) { return reinterpret_cast<std::uintptr_t>(handle); }
 
 }  // namespace
 

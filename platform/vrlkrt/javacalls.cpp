@@ -61,8 +61,9 @@ qxArray* callJavaMethod(const qxArray* object, const std::string& method, int nr
     const jzi::ThreadEnv thread(jzi::javaVM());
     JNIEnv* env = thread.get();
     if (target == nullptr || env == nullptr) {
-        throw vrlBaseException("the method " + method +
-                               (target == nullptr ? " is called on null" : " can't be called: there is no virtual machine"));
+        throw vrlBaseException(
+            "the method " + method +
+            (target == nullptr ? " is called on null" : " can't be called: there is no virtual machine"));
     }
     if (env->ExceptionCheck() != JNI_FALSE) {
         throw vrlBaseException("the method " + method + " can't be called after " + takeJavaException(env));

@@ -161,8 +161,8 @@ qxArray* matrix(JNIEnv* env, jobjectArray rows) {
     jobject first = rowCount == 0 ? nullptr : tether::getObjectArrayElement(env, rows, 0);
     const jsize columns = first == nullptr ? 0 : env->GetArrayLength(static_cast<jarray>(first));
     env->DeleteLocalRef(first);
-    qxArrayOwner array(checked(qxCreateDoubleMatrix(static_cast<std::uint32_t>(rowCount),
-                                                    static_cast<std::uint32_t>(columns), qxREAL)));
+    qxArrayOwner array(checked(
+        qxCreateDoubleMatrix(static_cast<std::uint32_t>(rowCount), static_cast<std::uint32_t>(columns), qxREAL)));
     std::vector<double> line(static_cast<std::size_t>(columns));
     for (jsize number = 0; number < rowCount; ++number) {
         storeRow(env, rows, number, rowCount, line, static_cast<double*>(array->realData()));

@@ -27,8 +27,7 @@ int findMachine(dl_phdr_info* library, std::size_t, void* result) {
 
 jclass loadThrough(JNIEnv* env, jobject classLoader) {
     jclass loaderClass = tether::findClass(env, "java/lang/ClassLoader");
-    jmethodID loadClass =
-        tether::getMethodID(env, loaderClass, "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
+    jmethodID loadClass = tether::getMethodID(env, loaderClass, "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
     jvalue name;
     name.l = tether::newStringUTF(env, invokerClass);
     jobject loaded = env->CallObjectMethodA(classLoader, loadClass, &name);
@@ -69,7 +68,8 @@ std::string stackTrace(JNIEnv* env, jthrowable thrown) {
     tether::callMethodA<void>(
         env, thrown, tether::getMethodID(env, thrownClass, "printStackTrace", "(Ljava/io/PrintWriter;)V"), &argument);
     tether::callMethodA<void>(env, writer, tether::getMethodID(env, writerClass, "flush", "()V"), nullptr);
-    std::string text = utf8Of(env, static_cast<jstring>(callForObject(env, buffer, "toString", "()Ljava/lang/String;")));
+    std::string text =
+        utf8Of(env, static_cast<jstring>(callForObject(env, buffer, "toString", "()Ljava/lang/String;")));
     text.erase(text.find_last_not_of("\r\n") + 1);
     return text;
 }
@@ -98,7 +98,8 @@ std::string getJVMLocation() {
     return folder;
 }
 
-// The class lies beside the binding's own classes, so the loader finds it; the paths are for machines that don't run yet.
+// The class lies beside the binding's own classes, so the loader finds it; the paths are for machines that don't run
+// yet.
 tether::GlobalRef<jclass> loadOJI(JNIEnv* env, const tether::JNIEnvInjector& injector, const std::string&,
                                   const std::string&, jobject classLoader) {
     jclass loaded = classLoader == nullptr ? tether::findClass(env, invokerClassForJni) : loadThrough(env, classLoader);

@@ -7,8 +7,8 @@
 #include "extraction.h"
 #include "platformpath.h"
 
-#include "vrlbase/runtime.h"
 #include "vrlbase/exceptions.h"
+#include "vrlbase/runtime.h"
 #include "vrlkrt/vrlkrt.h"
 
 #include <boost/make_shared.hpp>

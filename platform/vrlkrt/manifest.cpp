@@ -40,9 +40,8 @@ bool isWord(std::string_view text, std::string_view firstOthers, std::string_vie
     if (!isLetter(text.front()) && firstOthers.find(text.front()) == std::string_view::npos) {
         return false;
     }
-    return std::all_of(text.begin(), text.end(), [&](char c) {
-        return isLetter(c) || isDigit(c) || others.find(c) != std::string_view::npos;
-    });
+    return std::all_of(text.begin(), text.end(),
+                       [&](char c) { return isLetter(c) || isDigit(c) || others.find(c) != std::string_view::npos; });
 }
 
 /// A member of an object of the manifest, with the words that name it: "'name'", "'symbol' of functions[2]".
@@ -216,7 +215,7 @@ void refuseUnknownMembersEverywhere(const Json& json) {
     refuseUnknownMembers(json, "", {"name", "version", "functions", "libraries"});
     std::size_t number = 0;
     for (const Json& function : json.at("functions")) {
-        refuseUnknownMembers(function, " of functions[" + std::to_string(number++) + "]", 
+        refuseUnknownMembers(function, " of functions[" + std::to_string(number++) + "]",
                              {"name", "symbol", "help", "minimumInputs", "maximumInputs", "maximumOutputs"});
     }
 }

@@ -39,9 +39,7 @@ bool handOver(const vrlPrintHandler& handler, const char* text) {
 
 }  // namespace
 
-Output::Output(PrintHandlers handlers) {
-    replace(std::move(handlers));
-}
+Output::Output(PrintHandlers handlers) { replace(std::move(handlers)); }
 
 void Output::replace(PrintHandlers handlers) {
     // Declared before the lock: the old handlers, which may print as they end, go after it.
@@ -59,9 +57,9 @@ void Output::print(Channel channel, const char* text) const {
         const std::lock_guard<std::mutex> lock(mutex_);
         handlers = handlers_;
     }
-    const bool taken = handlers != nullptr &&
-                       handOver(channel == Channel::errors ? handlers->errors : handlers->ordinary,
-                                utLocalText(text).c_str());
+    const bool taken =
+        handlers != nullptr &&
+        handOver(channel == Channel::errors ? handlers->errors : handlers->ordinary, utLocalText(text).c_str());
     if (!taken) {
         vrlWriteLog(text);
     }

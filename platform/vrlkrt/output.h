@@ -25,8 +25,8 @@ public:
     /// Replaces the handlers. The old ones end when nobody prints through them any more.
     void replace(PrintHandlers handlers);
 
-    /// Prints a UTF-8 text (null is fine), converted to the local code page. It goes to the log when there is no handler
-    /// or the handler fails. The handler runs outside of the call scope of arrays, and no Java exception is
+    /// Prints a UTF-8 text (null is fine), converted to the local code page. It goes to the log when there is no
+    /// handler or the handler fails. The handler runs outside of the call scope of arrays, and no Java exception is
     /// left pending by it. Never throws for a failing handler.
     void print(Channel channel, const char* text) const;
 

@@ -6,7 +6,7 @@
 
 /// A component's own hold on its way out for text. Shared by counting.
 struct krtPrinter {
-    std::shared_ptr<vrlkrt::Output> output;              ///< null for the default one
+    std::shared_ptr<vrlkrt::Output> output;             ///< null for the default one
     std::shared_ptr<vrlkrt::ComponentLibrary> library;  ///< stays mapped for whoever prints; null likewise
     std::atomic<int> holders{1};
 };
@@ -33,13 +33,9 @@ bool runsCodeOf(const std::shared_ptr<vrlkrt::ComponentLibrary>& library) {
 
 }  // namespace
 
-void krtPrint(krtCall* call, const char* text) {
-    outputOf(call).print(vrlkrt::Channel::ordinary, text);
-}
+void krtPrint(krtCall* call, const char* text) { outputOf(call).print(vrlkrt::Channel::ordinary, text); }
 
-void krtWarn(krtCall* call, const char* message) {
-    vrlkrt::printWarning(outputOf(call), message);
-}
+void krtWarn(krtCall* call, const char* message) { vrlkrt::printWarning(outputOf(call), message); }
 
 krtPrinter* krtGetPrinter(krtCall* call) {
     auto printer = std::make_unique<krtPrinter>();
@@ -72,6 +68,4 @@ void krtPrinterPrint(krtPrinter* printer, const char* text) {
     outputOf(printer).print(vrlkrt::Channel::ordinary, text);
 }
 
-void krtPrinterWarn(krtPrinter* printer, const char* message) {
-    vrlkrt::printWarning(outputOf(printer), message);
-}
+void krtPrinterWarn(krtPrinter* printer, const char* message) { vrlkrt::printWarning(outputOf(printer), message); }

@@ -15,9 +15,7 @@ namespace {
 using Norvane::vrl::vrlBaseException;
 using vrlkrt::instances;
 
-void endAllInstances() {
-    instances().endAll();
-}
+void endAllInstances() { instances().endAll(); }
 
 /// An instance may be the first that is asked of the runtime.
 void startRuntime() {
@@ -36,8 +34,7 @@ void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrin
         throw vrlBaseException("there is no way to the component");
     }
     void* handle = instances().newHandle();
-    auto component =
-        std::make_shared<vrlkrt::LoadedComponent>(handle, factory(), vrlkrt::PrintHandlers{first, second});
+    auto component = std::make_shared<vrlkrt::LoadedComponent>(handle, factory(), vrlkrt::PrintHandlers{first, second});
     instances().add(std::move(component));
     return handle;
 } catch (const vrlBaseException&) {
@@ -46,9 +43,7 @@ void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrin
     throw vrlBaseException(failure.what());
 }
 
-void vrlTerminateInstanceInternal(void* handle) {
-    instances().end(handle);
-}
+void vrlTerminateInstanceInternal(void* handle) { instances().end(handle); }
 
 bool vrlWaitForFiguresToDieInternal(void* handle, bool) {
     // Components draw nothing, so no figure is open.
@@ -61,9 +56,7 @@ void* vrlGetActiveHKRTINSTANCE() {
     return call == nullptr ? instances().newest() : call->component->handle();
 }
 
-krtInstance* vrlHandleToKrtInstancePtr(void* handle) {
-    return instances().object(handle);
-}
+krtInstance* vrlHandleToKrtInstancePtr(void* handle) { return instances().object(handle); }
 
 void vrlLoomkitFeval(void* handle, const char* name, int nlhs, qxArray** plhs, int nrhs, qxArray** prhs) {
     const std::shared_ptr<vrlkrt::LoadedComponent> component = instances().find(handle);

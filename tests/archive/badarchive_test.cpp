@@ -57,9 +57,15 @@ const Case badArchives[] = {
          return zip.erase(10, 60);
      },
      "The archive is truncated or damaged: "},
-    {"NoManifest", [] { return craftZip({{"lib/x.so", "library"}}); }, "The archive has no component.json."},
+    {"NoManifest",
+     [] {
+         return craftZip({{"lib/x.so", "library"}});
+     },
+     "The archive has no component.json."},
     {"ManifestInFolder",
-     [] { return craftZip({{"sample/component.json", CraftedComponent().defaultManifest()}}); },
+     [] {
+         return craftZip({{"sample/component.json", CraftedComponent().defaultManifest()}});
+     },
      "The archive has no component.json."},
     {"BadJson",
      [] {
@@ -68,9 +74,15 @@ const Case badArchives[] = {
          return component.zip();
      },
      "component.json: parse error at line 1, column 10"},
-    {"TwoManifests", [] { return withFile({"component.json", "{}"}); }, "Archive entry 'component.json': it is there twice"},
+    {"TwoManifests",
+     [] {
+         return withFile({"component.json", "{}"});
+     },
+     "Archive entry 'component.json': it is there twice"},
     {"TwiceTheSame",
-     [] { return withFile({"lib/x.so", "library"}); },
+     [] {
+         return withFile({"lib/x.so", "library"});
+     },
      "Archive entry 'lib/x.so': it is there twice."},
     {"NotListed",
      [] {
@@ -80,41 +92,98 @@ const Case badArchives[] = {
          return component.zip();
      },
      "Archive entry 'extra.txt': component.json has no SHA-256 of it."},
-    {"NotThere",
-     [] { return withMember("/sha256/gone.txt", std::string(64, '0')); },
+    {"NotThere", [] { return withMember("/sha256/gone.txt", std::string(64, '0')); },
      "Archive entry 'gone.txt': component.json lists it, but it is not in the archive."},
-    {"LibraryNotThere",
-     [] { return withMember("/libraries/darwin-arm64", "lib/y.so"); },
+    {"LibraryNotThere", [] { return withMember("/libraries/darwin-arm64", "lib/y.so"); },
      "Archive entry 'lib/y.so': component.json names it as the library for darwin-arm64, but"},
-    {"WrongDigest",
-     [] { return withMember("/sha256/lib~1x.so", vrlkrt::sha256Hex("another library")); },
+    {"WrongDigest", [] { return withMember("/sha256/lib~1x.so", vrlkrt::sha256Hex("another library")); },
      "Archive entry 'lib/x.so': its content does not match its SHA-256"},
     {"OtherPlatform",
-     [] { return withMember("/libraries", {{"plan9-mips", "lib/x.so"}}); },
+     [] {
+         return withMember("/libraries", {{"plan9-mips", "lib/x.so"}});
+     },
      "the component 'sample' has no library for linux-"},
     {"NoPlatform", [] { return withMember("/libraries", nlohmann::json::object()); }, "it has none at all"},
     {"OtherAbi", [] { return withMember("/abi", 999); }, "the component 'sample' was built for abi 999"},
-    {"Absolute", [] { return withFile({"/tmp/evil", "x"}); }, "Archive entry '/tmp/evil': its path is absolute."},
+    {"Absolute",
+     [] {
+         return withFile({"/tmp/evil", "x"});
+     },
+     "Archive entry '/tmp/evil': its path is absolute."},
     {"DotDot",
-     [] { return withFile({"lib/../../evil", "x"}); },
+     [] {
+         return withFile({"lib/../../evil", "x"});
+     },
      "Archive entry 'lib/../../evil': its path has the component '..'."},
-    {"Backslash", [] { return withFile({"a/..\\evil", "x"}); }, "its path has a backslash"},
-    {"EmptyComponent", [] { return withFile({"a//b", "x"}); }, "'a//b': its path has an empty component"},
-    {"DotComponent", [] { return withFile({"a/./b", "x"}); }, "'a/./b': its path has the component '.'"},
-    {"Folder", [] { return withFile({"folder/", ""}); }, "'folder/': it is a folder"},
-    {"Link", [] { return withFile({"link", "/etc/passwd", 0120777}); }, "'link': it is a link"},
-    {"Device", [] { return withFile({"tty", "", 0020666}); }, "'tty': it is a device, pipe or socket"},
-    {"Socket", [] { return withFile({"socket", "", 0140666}); }, "'socket': it is a device, pipe or socket"},
-    {"Encrypted", [] { return withFile({"secret", "0123456789abcdef", 0100644, 1}); }, "'secret': it is encrypted"},
-    {"FileAsFolder", [] { return withFile({"lib/x.so/inner", "x"}); }, "its folder 'lib/x.so' is a file"},
-    {"ManifestAsFolder", [] { return withFile({"component.json/a", "x"}); }, "its folder 'component.json' is a file"},
-    {"SizeTooSmall", [] { return withFile({"liar", "0123456789", 0100644, 0, 4}); }, "Archive entry 'liar': "},
-    {"SizeTooLarge", [] { return withFile({"liar", "0123456789", 0100644, 0, 4000}); }, "Archive entry 'liar': "},
+    {"Backslash",
+     [] {
+         return withFile({"a/..\\evil", "x"});
+     },
+     "its path has a backslash"},
+    {"EmptyComponent",
+     [] {
+         return withFile({"a//b", "x"});
+     },
+     "'a//b': its path has an empty component"},
+    {"DotComponent",
+     [] {
+         return withFile({"a/./b", "x"});
+     },
+     "'a/./b': its path has the component '.'"},
+    {"Folder",
+     [] {
+         return withFile({"folder/", ""});
+     },
+     "'folder/': it is a folder"},
+    {"Link",
+     [] {
+         return withFile({"link", "/etc/passwd", 0120777});
+     },
+     "'link': it is a link"},
+    {"Device",
+     [] {
+         return withFile({"tty", "", 0020666});
+     },
+     "'tty': it is a device, pipe or socket"},
+    {"Socket",
+     [] {
+         return withFile({"socket", "", 0140666});
+     },
+     "'socket': it is a device, pipe or socket"},
+    {"Encrypted",
+     [] {
+         return withFile({"secret", "0123456789abcdef", 0100644, 1});
+     },
+     "'secret': it is encrypted"},
+    {"FileAsFolder",
+     [] {
+         return withFile({"lib/x.so/inner", "x"});
+     },
+     "its folder 'lib/x.so' is a file"},
+    {"ManifestAsFolder",
+     [] {
+         return withFile({"component.json/a", "x"});
+     },
+     "its folder 'component.json' is a file"},
+    {"SizeTooSmall",
+     [] {
+         return withFile({"liar", "0123456789", 0100644, 0, 4});
+     },
+     "Archive entry 'liar': "},
+    {"SizeTooLarge",
+     [] {
+         return withFile({"liar", "0123456789", 0100644, 0, 4000});
+     },
+     "Archive entry 'liar': "},
     {"WrongChecksum",
-     [] { return withFile({"liar", "0123456789", 0100644, 0, {}, 1}); },
+     [] {
+         return withFile({"liar", "0123456789", 0100644, 0, {}, 1});
+     },
      "Archive entry 'liar': its content is damaged"},
     {"HugeStatedSize",
-     [] { return withFile({"bomb", "0123456789", 0100644, 0, 0xF0000000}); },
+     [] {
+         return withFile({"bomb", "0123456789", 0100644, 0, 0xF0000000});
+     },
      "Archive entry 'bomb': it has 4026531840 bytes, and 536870912 are allowed."},
 };
 

@@ -223,8 +223,8 @@ TEST(ComponentCache, WaitsForAProcessThatFills) {
     });
     ready.get();
     const Pipe inode;
-    const pid_t waiter = inProcess(
-        [&] { inode.put(inodeOf(vrlkrt::placeInCache(archiveOf(zip), cache.path()).libraryFile)); });
+    const pid_t waiter =
+        inProcess([&] { inode.put(inodeOf(vrlkrt::placeInCache(archiveOf(zip), cache.path()).libraryFile)); });
     while (!waitsForLock(waiter)) {
         int status = 0;
         ASSERT_EQ(waitpid(waiter, &status, WNOHANG), 0) << "did not wait";
@@ -255,18 +255,16 @@ TEST(ComponentCache, IsPrivate) {
     ASSERT_EQ(stat((root / "a/b").c_str(), &state), 0);
     EXPECT_EQ(state.st_mode & 0777, 0700U);
     ASSERT_EQ(chmod((root / "a/b").c_str(), 01777), 0);
-    const std::string failure = failureOf([&] {
-        static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "a/b"));
-    });
+    const std::string failure =
+        failureOf([&] { static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "a/b")); });
     EXPECT_EQ(failure, "The component cache " + (root / "a/b") + " can be written by everybody.");
 }
 
 TEST(ComponentCache, NamesAFolderThatItCannotUse) {
     const TestFolder root;
     writeText(root / "file", "text");
-    const std::string failure = failureOf([&] {
-        static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "file"));
-    });
+    const std::string failure =
+        failureOf([&] { static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "file")); });
     EXPECT_NE(failure.find(root / "file"), std::string::npos) << failure;
 }
 

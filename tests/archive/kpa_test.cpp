@@ -94,14 +94,22 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
         {{"list"}, 2, "kpa list: the archive is missing\n"},
         {{"verify"}, 2, "kpa verify: the archive is missing\n"},
         {{"call", "x.kpa"}, 2, "kpa call: the function is missing\n"},
-        {{"call", SHOWCASE_ARCHIVE, "same", "--nargout", "two"}, 2, "kpa call: --nargout takes a whole number from 0 to 1000"},
-        {{"call", "x.kpa", "f", "[1 2; 3]"}, 2, "kpa call: row 2 of the matrix [1 2; 3] has 1 elements, and row 1 has 2"},
+        {{"call", SHOWCASE_ARCHIVE, "same", "--nargout", "two"},
+         2,
+         "kpa call: --nargout takes a whole number from 0 to 1000"},
+        {{"call", "x.kpa", "f", "[1 2; 3]"},
+         2,
+         "kpa call: row 2 of the matrix [1 2; 3] has 1 elements, and row 1 has 2"},
         {{"call", "x.kpa", "f", "[1 x]"}, 2, "kpa call: 'x' in the matrix [1 x] is not a number\n"},
         {{"pack", c, "-o", out}, 1, "kpa pack: there is no library for any platform"},
         {{"pack", folder / "no", "-o", out}, 1, "/no is not a folder\n"},
         {{"pack", folder / "empty", "-o", out}, 1, "/empty has no component.json\n"},
-        {{"pack", c, "-o", out, "--library=linux-x86_64=" + (folder / "y.so")}, 1, "/y.so: No such file or directory\n"},
-        {{"pack", c, "-o", folder / "no/o.kpa", "--library=linux-x86_64=" + (folder / "x.so")}, 1, "kpa pack: can't write"},
+        {{"pack", c, "-o", out, "--library=linux-x86_64=" + (folder / "y.so")},
+         1,
+         "/y.so: No such file or directory\n"},
+        {{"pack", c, "-o", folder / "no/o.kpa", "--library=linux-x86_64=" + (folder / "x.so")},
+         1,
+         "kpa pack: can't write"},
         {{"list", folder / "no.kpa"}, 1, "kpa list: can't read"},
         {{"list", folder / "text.kpa"}, 1, "kpa list: The archive is not a zip file.\n"},
         {{"verify", folder / "text.kpa"}, 1, "kpa verify: The archive is not a zip file.\n"},
@@ -143,11 +151,14 @@ TEST(KpaTool, PacksListsAndVerifies) {
                               vrlkrt::hostPlatform() + "/x.so\n");
     EXPECT_EQ(kpaIn(folder, {"verify", out}).out, out + ": whole (2 files, 10 bytes)\n");
 
-    writeText(folder / "damaged.kpa", CraftedComponent{"sample", {{"lib/x.so", "y"}}, [] {
-                  CraftedComponent other;
-                  other.files.pop_back();
-                  return other.defaultManifest();
-              }()}.zip());
+    writeText(folder / "damaged.kpa", CraftedComponent{"sample",
+                                                       {{"lib/x.so", "y"}},
+                                                       [] {
+                                                           CraftedComponent other;
+                                                           other.files.pop_back();
+                                                           return other.defaultManifest();
+                                                       }()}
+                                          .zip());
     const Outcome damaged = kpaIn(folder, {"verify", folder / "damaged.kpa"});
     EXPECT_EQ(damaged.exitCode, 1);
     EXPECT_EQ(damaged.err,
@@ -189,8 +200,7 @@ TEST(Packing, GivesBackEveryFileThroughAnExtraction) {
             writeText(folder / "c/" + parents + "~f" + std::to_string(file) + ".bin", content);
         }
         auto expected = filesBelow(folder / "c");
-        const std::string bytes =
-            kpa::packFolder(folder / "c", {{vrlkrt::hostPlatform(), folder / "x.so"}}, "");
+        const std::string bytes = kpa::packFolder(folder / "c", {{vrlkrt::hostPlatform(), folder / "x.so"}}, "");
         const vrlkrt::ComponentArchive archive = archiveOf(bytes);
         expected["component.json"] = archive.manifestBytes();
         expected["lib/" + vrlkrt::hostPlatform() + "/x.so"] = "library";

@@ -172,8 +172,7 @@ TEST_F(Linalg, DecomposesIntoSingularValues) {
             EXPECT_EQ(full[0].columns, rows);
             EXPECT_EQ(full[2].columns, columns);
             EXPECT_LT(largestDifference(multiply(multiply(full[0], full[1]), adjoint(full[2])), a), close);
-            const std::vector<Dense> thin =
-                call("svd", 3, arrayOf(a, complex), qxArrayOwner(qxCreateString("econ")));
+            const std::vector<Dense> thin = call("svd", 3, arrayOf(a, complex), qxArrayOwner(qxCreateString("econ")));
             EXPECT_EQ(thin[1].rows, std::min(rows, columns));
             EXPECT_LT(largestDifference(multiply(multiply(thin[0], thin[1]), adjoint(thin[2])), a), close);
             const Dense values = call("svd", 1, arrayOf(a, complex)).at(0);
@@ -223,7 +222,7 @@ TEST_F(Linalg, ReachesTheCertifiedCoefficientsOfTheLongleyData) {
     }
     ASSERT_EQ(predictors.size(), 16U);
     const Dense x = call("lstsq", 1, arrayOf(rowsOf(predictors)), arrayOf(rowsOf(employed))).at(0);
-    const double certified[] = {-3482258.63459582, 15.0618722713733,  -0.0358191792925910, -2.02022980381683,
+    const double certified[] = {-3482258.63459582, 15.0618722713733,    -0.0358191792925910, -2.02022980381683,
                                 -1.03322686717359, -0.0511041056535807, 1829.15146461355};
     ASSERT_EQ(x.rows, 7U);
     for (std::size_t i = 0; i < 7; ++i) {
@@ -245,7 +244,8 @@ TEST_F(Linalg, FitsByLeastSquares) {
         EXPECT_LT(largestDifference(multiply(wide, least), x), close);
     }
     EXPECT_EQ(run_->errors, "");
-    const Dense least = call("lstsq", 1, arrayOf(rowsOf({{1, 1}, {1, 1}, {1, 1}})), arrayOf(rowsOf({{1}, {2}, {3}}))).at(0);
+    const Dense least =
+        call("lstsq", 1, arrayOf(rowsOf({{1, 1}, {1, 1}, {1, 1}})), arrayOf(rowsOf({{1}, {2}, {3}}))).at(0);
     EXPECT_LT(largestDifference(least, rowsOf({{1}, {1}})), close);
     EXPECT_EQ(run_->errors, "Warning: lstsq: argument 1 (A) has rank 1 of 2; the solution of least norm is given\n");
 }
@@ -278,7 +278,8 @@ TEST_F(Linalg, MeasuresNorms) {
 TEST_F(Linalg, HandlesEmptyMatrices) {
     EXPECT_EQ(call("solve", 1, arrayOf(Dense(0, 0)), arrayOf(Dense(0, 3))).at(0).columns, 3U);
     EXPECT_EQ(call("inv", 1, arrayOf(Dense(0, 0))).at(0).rows, 0U);
-    EXPECT_LT(largestDifference(call("lstsq", 1, arrayOf(Dense(0, 2)), arrayOf(Dense(0, 1))).at(0), Dense(2, 1)), close);
+    EXPECT_LT(largestDifference(call("lstsq", 1, arrayOf(Dense(0, 2)), arrayOf(Dense(0, 1))).at(0), Dense(2, 1)),
+              close);
     EXPECT_EQ(call("svd", 1, arrayOf(Dense(0, 4))).at(0).rows, 0U);
     const std::vector<Dense> parts = call("svd", 3, arrayOf(Dense(0, 2)));
     EXPECT_EQ(parts[1].columns, 2U);

@@ -95,9 +95,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadMember{"/sha256/..~1a", R"("ABC")", "'../a': its path has the component '..'"}));
 
 TEST(Manifest, TellsWhereJsonIsBad) {
-    const std::string failure = failureOf([] {
-        EXPECT_EQ(vrlkrt::parseManifest("{\n  \"name\": \"x\",\n  \"version\": oops\n}").name, "not reached");
-    });
+    const std::string failure = failureOf(
+        [] { EXPECT_EQ(vrlkrt::parseManifest("{\n  \"name\": \"x\",\n  \"version\": oops\n}").name, "not reached"); });
     EXPECT_NE(failure.find("component.json: parse error at line 3, column 14"), std::string::npos) << failure;
     EXPECT_EQ(failureOf([] { EXPECT_EQ(vrlkrt::parseManifest("[1]").name, "not reached"); }),
               "component.json: the top must be an object, not array.");

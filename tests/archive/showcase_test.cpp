@@ -104,7 +104,12 @@ TEST_F(Showcase, TransformsLogicalsComplexNumbersAndText) {
     const qxArrayOwner conjugate = one("conjugate", {z.get()});
     EXPECT_EQ(*static_cast<const double*>(conjugate->realData()), 3);
     EXPECT_EQ(*static_cast<const double*>(conjugate->imagData()), -4);
-    EXPECT_EQ(qxGetString(one("shout", {text("gr\xC3\xBC\xC3\x9F" "e, 1 a").get()}).get()), "GR\xC3\xBC\xC3\x9F" "E, 1 A");
+    EXPECT_EQ(qxGetString(one("shout", {text("gr\xC3\xBC\xC3\x9F"
+                                             "e, 1 a")
+                                            .get()})
+                              .get()),
+              "GR\xC3\xBC\xC3\x9F"
+              "E, 1 A");
 }
 
 TEST_F(Showcase, TakesAndGivesCellsAndStructs) {
@@ -122,7 +127,9 @@ TEST_F(Showcase, TakesAndGivesCellsAndStructs) {
     const qxArrayOwner renamed = one("rename", {record.get(), text("b").get(), text("c").get()});
     EXPECT_EQ(renamed->get_number_of_struct_fields(), 2U);
     EXPECT_EQ(qxGetString(qxGetField(renamed.get(), 0, "c")), "kept");
-    EXPECT_EQ(failureOf([&] { one("rename", {record.get(), text("x").get(), text("c").get()}); }),
+    EXPECT_EQ(failureOf([&] {
+                  one("rename", {record.get(), text("x").get(), text("c").get()});
+              }),
               "rename: argument 1 (s) has no field 'x'");
     const std::vector<qxArrayOwner> fields = run_.call("fields", 2, {renamed.get()});
     EXPECT_EQ(qxGetString(qxGetCell(fields.at(0).get(), 1)), "c");
@@ -170,10 +177,13 @@ TEST_F(Showcase, MinimisesAFunctionOfItsOwn) {
         EXPECT_NEAR(number(edge.at(0)), 3, 1e-6);
     }
     EXPECT_EQ(qxLiveArrayCount(), before);
-    EXPECT_EQ(failureOf([&] { run_.call("minimize", 1, {f.get(), scalar(4).get(), scalar(3).get()}); }),
+    EXPECT_EQ(failureOf([&] {
+                  run_.call("minimize", 1, {f.get(), scalar(4).get(), scalar(3).get()});
+              }),
               "minimize: argument 2 (lower) must be below argument 3 (upper)");
-    EXPECT_NE(failureOf([&] { run_.call("minimize", 1, {scalar(1).get(), scalar(3).get(), scalar(4).get()}); })
-                  .find("minimize: argument 1 (f) is a 1-by-1 double array, expected a function handle"),
+    EXPECT_NE(failureOf([&] {
+                  run_.call("minimize", 1, {scalar(1).get(), scalar(3).get(), scalar(4).get()});
+              }).find("minimize: argument 1 (f) is a 1-by-1 double array, expected a function handle"),
               std::string::npos);
 }
 

@@ -10,7 +10,8 @@
 #include <string>
 #include <thread>
 
-extern "C" jstring Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(JNIEnv*, jclass, jstring);
+extern "C" jstring Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(JNIEnv*, jclass,
+                                                                                               jstring);
 
 namespace nativevrl::test {
 
@@ -112,7 +113,8 @@ TEST_F(Application, TheLogFileIsTold) {
     EXPECT_EQ(toText(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetLogFileName(env, nullptr)), "");
     const std::filesystem::path log = std::filesystem::temp_directory_path() / "loomkit-application-test.log";
     EXPECT_TRUE(start(strings(env, {u"-logfile", log.u16string().c_str()})));
-    EXPECT_EQ(toText(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetLogFileName(env, nullptr)), log.string());
+    EXPECT_EQ(toText(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetLogFileName(env, nullptr)),
+              log.string());
     stop();
     std::filesystem::remove(log);
 }
@@ -120,7 +122,8 @@ TEST_F(Application, TheLogFileIsTold) {
 TEST_F(Application, TheEnvironmentIsThatOfTheProcess) {
     const auto value = [&](const char16_t* name) {
         const JniCounter counter(env);
-        jstring text = Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(env, nullptr, javaString(env, name));
+        jstring text = Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(
+            env, nullptr, javaString(env, name));
         EXPECT_EQ(counter.pinnedBlocks(), 0);
         return text == nullptr ? "null" : toText(env, text);
     };
@@ -132,8 +135,8 @@ TEST_F(Application, TheEnvironmentIsThatOfTheProcess) {
 
 TEST_F(Application, CopiedCharactersOfAMacroAreGivenBack) {
     const JniCounter counter(env);
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlAddCanonicalPathMacro(env, nullptr, javaString(env, u"LOOMKIT_TEST"),
-                                                                             javaString(env, u"/somewhere"));
+    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlAddCanonicalPathMacro(
+        env, nullptr, javaString(env, u"LOOMKIT_TEST"), javaString(env, u"/somewhere"));
     EXPECT_EQ(counter.calls(&JNINativeInterface_::GetStringUTFChars), 2);
     EXPECT_EQ(counter.pinnedBlocks(), 0);
 }

@@ -1,6 +1,6 @@
+#include "tether/envinjector.h"
 #include "entry/librarystate.h"
 #include "support/jvmtest.h"
-#include "tether/envinjector.h"
 
 #include <stdexcept>
 #include <string>
@@ -9,9 +9,7 @@ namespace nativevrl::test {
 
 namespace {
 
-bool threadIsKnown() {
-    return currentEnv() != nullptr;
-}
+bool threadIsKnown() { return currentEnv() != nullptr; }
 
 std::string threadName(JNIEnv* env) {
     jclass cls = findClass(env, "java/lang/Thread");
@@ -46,7 +44,8 @@ TEST_F(EnvInjector, AnUnknownThreadIsAttachedForOneCallable) {
 
 TEST_F(EnvInjector, AThrowingCallableLeavesTheThreadDetached) {
     onUnknownThread([] {
-        EXPECT_THROW(sharedEnvInjector->run([](JNIEnv*) { throw std::runtime_error("from the callable"); }), std::runtime_error);
+        EXPECT_THROW(sharedEnvInjector->run([](JNIEnv*) { throw std::runtime_error("from the callable"); }),
+                     std::runtime_error);
         EXPECT_FALSE(threadIsKnown());
     });
 }

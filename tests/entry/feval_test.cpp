@@ -29,11 +29,13 @@ protected:
     }
 
     void run(jobject outputs, jint outputCount, const char16_t* function, jobject inputs, jint inputCount) {
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(env, nullptr, instance, javaString(env, function), outputCount,
-                                                                 outputs, inputCount, inputs);
+        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(env, nullptr, instance, javaString(env, function),
+                                                                 outputCount, outputs, inputCount, inputs);
     }
 
-    jobjectArray objects(const std::vector<jobject>& elements) { return objectArray(env, "java/lang/Object", elements); }
+    jobjectArray objects(const std::vector<jobject>& elements) {
+        return objectArray(env, "java/lang/Object", elements);
+    }
 };
 
 TEST_F(Feval, RunsAFunctionAndHandsItsResultOver) {
@@ -63,7 +65,8 @@ TEST_F(Feval, AWrapperAsInputStaysItsOwner) {
 TEST_F(Feval, AnyNumberOfArgumentsGoesThrough) {
     for (const int count : {0, 1, 10, 11, 100}) {
         SCOPED_TRACE(count);
-        jobjectArray results = call(u"count", std::vector<jobject>(static_cast<std::size_t>(count), boxed<jint>(env, 1)), 2);
+        jobjectArray results =
+            call(u"count", std::vector<jobject>(static_cast<std::size_t>(count), boxed<jint>(env, 1)), 2);
         expectNoThrow(env);
         EXPECT_EQ(scalarOf(elementAt(env, results, 0)), count);
         closeAll(results);
@@ -90,7 +93,8 @@ TEST_F(Feval, AResultThatIsNotGivenIsAWrapperAroundNothing) {
 
 TEST_F(Feval, AJavaObjectGoesThroughAsItself) {
     jobject object = newObject(env, "java/util/ArrayList", "()V");
-    jobject reference = newObject(env, "com/norvane/toolbox/loomkit/NVJavaObjectRef", "(Ljava/lang/Object;)V", {objectArgument(object)});
+    jobject reference = newObject(env, "com/norvane/toolbox/loomkit/NVJavaObjectRef", "(Ljava/lang/Object;)V",
+                                  {objectArgument(object)});
     const JniCounter counter(env);
     jobjectArray results = call(u"same", {reference}, 1);
     expectNoThrow(env);
@@ -123,8 +127,8 @@ TEST_F(Feval, AnUnknownFunctionIsNamed) {
     call(u"no_such_function", {boxed<jint>(env, 1)}, 1);
     const std::string message = expectThrownClass(env, nvException);
     EXPECT_NE(message.find("no_such_function"), std::string::npos) << message;
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(env, nullptr, instance, nullptr, 0, places(env, objects({})), 0,
-                                                             places(env, objects({})));
+    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(env, nullptr, instance, nullptr, 0,
+                                                             places(env, objects({})), 0, places(env, objects({})));
     expectThrownClass(env, nvException);
 }
 
@@ -144,8 +148,8 @@ struct IteratorFailure {
 
 TEST_F(Feval, AnExceptionOfAnIteratorArrivesUnchanged) {
     const IteratorFailure failures[] = {
-        {true, "hasNext", 0}, {true, "next", 0}, {true, "hasNext", 1}, {true, "next", 1}, {true, "hasNext", 2},
-        {false, "hasNext", 0}, {false, "next", 0},
+        {true, "hasNext", 0}, {true, "next", 0},     {true, "hasNext", 1}, {true, "next", 1},
+        {true, "hasNext", 2}, {false, "hasNext", 0}, {false, "next", 0},
     };
     const std::size_t before = qxLiveArrayCount();
     for (const IteratorFailure& failure : failures) {
@@ -155,7 +159,8 @@ TEST_F(Feval, AnExceptionOfAnIteratorArrivesUnchanged) {
         jobjectArray outputs = objects({nullptr, nullptr});
         jobject failing = places(env, failure.ofInputs ? inputs : outputs, failure.operation, failure.place);
         const JniCounter counter(env);
-        run(failure.ofInputs ? places(env, outputs) : failing, 2, u"count", failure.ofInputs ? failing : places(env, inputs), 2);
+        run(failure.ofInputs ? places(env, outputs) : failing, 2, u"count",
+            failure.ofInputs ? failing : places(env, inputs), 2);
         expectThrown(env, "java/lang/IllegalStateException", message.c_str());
         EXPECT_EQ(qxLiveArrayCount(), before);
         EXPECT_EQ(counter.pinnedBlocks(), 0);

@@ -94,7 +94,8 @@ struct Refusal {
 
 TEST_F(Instances, AnImpossibleRequestIsRefusedInFixedWords) {
     const Refusal refusals[] = {
-        {"no stream, a length", [](JNIEnv*, Request& request) { request.archive = nullptr; }, "KPA InputStream is null"},
+        {"no stream, a length", [](JNIEnv*, Request& request) { request.archive = nullptr; },
+         "KPA InputStream is null"},
         {"no stream, length 0",
          [](JNIEnv*, Request& request) {
              request.archive = nullptr;
@@ -102,7 +103,8 @@ TEST_F(Instances, AnImpossibleRequestIsRefusedInFixedWords) {
          },
          "KPA InputStream is null"},
         {"too few bytes", [](JNIEnv*, Request& request) { ++request.length; }, "KPA InputStream is not valid"},
-        {"no location", [](JNIEnv*, Request& request) { request.extractTo = nullptr; }, "No valid extract location specified"},
+        {"no location", [](JNIEnv*, Request& request) { request.extractTo = nullptr; },
+         "No valid extract location specified"},
     };
     for (const Refusal& refusal : refusals) {
         SCOPED_TRACE(refusal.name);

@@ -7,7 +7,8 @@
 
 #include <stdexcept>
 
-extern "C" jclass Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(JNIEnv*, jclass, jstring, jstring, jobject);
+extern "C" jclass Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(JNIEnv*, jclass, jstring, jstring,
+                                                                              jobject);
 
 namespace nativevrl::test {
 
@@ -18,7 +19,8 @@ constexpr const char* standIn = "com/norvane/toolbox/loomkit/testing/LoaderStand
 class VmConfig : public JvmTest {
 protected:
     JavaVMConfigLoomkit config() {
-        return JavaVMConfigLoomkit(javaVm(), tether::GlobalRef<jclass>(*sharedEnvInjector, env, findClass(env, standIn)));
+        return JavaVMConfigLoomkit(javaVm(),
+                                   tether::GlobalRef<jclass>(*sharedEnvInjector, env, findClass(env, standIn)));
     }
 
     std::string seen() {
@@ -110,7 +112,8 @@ TEST_F(VmConfig, TheNativeLoaderReleasesItsTextAndPassesExceptionsOn) {
     env->DeleteGlobalRef(loaded);
     {
         const JniFaults faults(env, &JNINativeInterface_::GetStringUTFChars, 2);
-        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader), nullptr);
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader),
+                  nullptr);
     }
     expectThrownClass(env, "java/lang/OutOfMemoryError");
     EXPECT_EQ(counter.pinnedBlocks(), 0);

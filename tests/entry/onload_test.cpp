@@ -1,5 +1,5 @@
-#include "entry/librarystate.h"
 #include "entry/onload.h"
+#include "entry/librarystate.h"
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
 
@@ -53,9 +53,9 @@ TEST_F(OnLoad, UnloadReleasesTheClassesAndTheInjector) {
 }
 
 TEST_F(OnLoad, UnloadOnAnUnknownThreadReleasesNoClass) {
-    EXPECT_EQ(proxiesLeftBy([] {
-        onUnknownThread([] { JNI_com_norvane_toolbox_loomkit_internal_NVKRT_OnUnload(javaVm()); });
-    }), 1);
+    EXPECT_EQ(proxiesLeftBy(
+                  [] { onUnknownThread([] { JNI_com_norvane_toolbox_loomkit_internal_NVKRT_OnUnload(javaVm()); }); }),
+              1);
     EXPECT_EQ(sharedEnvInjector, nullptr);
     const JniCounter counter(env);
     JObjectClassProxy::instance(env);

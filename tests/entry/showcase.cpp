@@ -61,7 +61,8 @@ void ShowcaseTest::TearDown() {
 }
 
 jobjectArray ShowcaseTest::call(const char16_t* function, const std::vector<jobject>& inputs, jint outputCount) {
-    jobjectArray results = objectArray(env, "java/lang/Object", std::vector<jobject>(static_cast<std::size_t>(outputCount)));
+    jobjectArray results =
+        objectArray(env, "java/lang/Object", std::vector<jobject>(static_cast<std::size_t>(outputCount)));
     Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(
         env, nullptr, instance, javaString(env, function), outputCount, places(env, results),
         static_cast<jint>(inputs.size()), places(env, objectArray(env, "java/lang/Object", inputs)));

@@ -47,9 +47,9 @@ protected:
     /// Runs a function of the component with the arguments, and gives the Object[] that its results went into.
     jobjectArray call(const char16_t* function, const std::vector<jobject>& inputs, jint outputCount);
 
-    jobject instance = nullptr;       ///< its handle
-    jobject warnings = nullptr;       ///< recorder of errors and warnings
-    jobject ordinaryOutput = nullptr; ///< recorder of ordinary output
+    jobject instance = nullptr;        ///< its handle
+    jobject warnings = nullptr;        ///< recorder of errors and warnings
+    jobject ordinaryOutput = nullptr;  ///< recorder of ordinary output
     TemporaryFolder folder;
 };
 

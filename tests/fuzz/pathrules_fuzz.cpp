@@ -13,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
         return 0;
     }
     const std::filesystem::path path(text);
-    if (!path.is_relative() || path.lexically_normal() != path || !path.has_filename() || path.begin()->string() == "..") {
+    if (!path.is_relative() || path.lexically_normal() != path || !path.has_filename() ||
+        path.begin()->string() == "..") {
         std::abort();
     }
     const std::filesystem::path below = (std::filesystem::path("/root") / path).lexically_normal();

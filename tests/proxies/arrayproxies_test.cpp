@@ -157,7 +157,8 @@ TEST_F(ObjectArrays, RefuseWhatTheirClassDoesNotAllow) {
 TEST_F(ObjectArrays, NewOnesHaveTheirElementClassAndNulls) {
     EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JStringProxy>(env, 2).ref()), "[Ljava/lang/String;");
     EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JPrimitiveArrayProxy<jdouble>>(env, 2).ref()), "[[D");
-    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JObjectProxy>(env, "java/lang/Number", 2).ref()), "[Ljava/lang/Number;");
+    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JObjectProxy>(env, "java/lang/Number", 2).ref()),
+              "[Ljava/lang/Number;");
     NewJObjectArrayProxy<JStringProxy> array(env, 3);
     EXPECT_EQ(array.length(), 3);
     EXPECT_TRUE(array.get(2).isNull());

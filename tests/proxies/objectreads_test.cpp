@@ -57,16 +57,20 @@ std::vector<Case> readableCases() {
         box<jboolean>("true", JNI_TRUE, {1, 1, 1, 1, 1, 1, 1, 1}),
         box<jboolean>("false", JNI_FALSE, {0, 0, 0, 0, 0, 0, 0, 0}),
         box<jchar>("character A", 'A', {65, 65, 65, 65, 65, 65, 65, 65}),
-        box<jchar>("character beyond a byte", 0x92fe, {0xfe, 0x92fe, -2, std::int16_t(0x92fe), 0x92fe, 0x92fe, 0x92fe, 0x92fe}),
+        box<jchar>("character beyond a byte", 0x92fe,
+                   {0xfe, 0x92fe, -2, std::int16_t(0x92fe), 0x92fe, 0x92fe, 0x92fe, 0x92fe}),
         text("text 12", u"12", {0, '1', 12, 12, 12, 12, 12, 12}),
         text("text 300 passes as a double for a byte", u"300", {0, '3', 44, 300, 300, 300, 300, 300}),
         text("text 1e3", u"1e3", {0, '1', std::int8_t(0xe8), 1000, 1000, 1000, 1000, 1000}),
         text("text with blanks", u" 5 ", {0, ' ', 5, 5, 5, 5, 5, 5}),
         text("text -2.9", u"-2.9", {0, '-', -2, -2, -2, -2, double(-2.9f), -2.9}),
         text("text NaN is truncated", u"NaN", {0, 'N', 0, 0, indefinite32, indefinite64, nan, nan}),
-        text("text beyond int", u"4294967301", {0, '4', 0, 0, indefinite32, 4294967301, double(4294967301.0f), 4294967301.0}),
+        text("text beyond int", u"4294967301",
+             {0, '4', 0, 0, indefinite32, 4294967301, double(4294967301.0f), 4294967301.0}),
         text("text beyond long", u"1e30", {0, '1', 0, 0, indefinite32, indefinite64, double(1e30f), 1e30}),
-        {"object of another class", [](JNIEnv* env) { return newObject(env, "java/util/ArrayList", "()V"); }, {0, 0, 0, 0, 0, 0, 0, 0}},
+        {"object of another class",
+         [](JNIEnv* env) { return newObject(env, "java/util/ArrayList", "()V"); },
+         {0, 0, 0, 0, 0, 0, 0, 0}},
         {"array", [](JNIEnv* env) -> jobject { return intArray(env, {7}); }, {0, 0, 0, 0, 0, 0, 0, 0}},
     };
 }
@@ -97,8 +101,8 @@ TEST_F(ObjectReads, GiveWhatTheKindOfObjectSays) {
 }
 
 TEST_F(ObjectReads, TextIsTrueAsJavaReadsIt) {
-    for (const auto& [value, expected] : std::vector<std::pair<std::u16string, int>>{
-             {u"true", 1}, {u"TRUE", 1}, {u"1", 0}, {u"yes", 0}, {u"", 0}}) {
+    for (const auto& [value, expected] :
+         std::vector<std::pair<std::u16string, int>>{{u"true", 1}, {u"TRUE", 1}, {u"1", 0}, {u"yes", 0}, {u"", 0}}) {
         EXPECT_EQ(JObjectProxy(env, javaString(env, value)).asBoolean(), expected);
     }
     EXPECT_EQ(JObjectProxy(env, javaString(env, u"")).asChar(), 0);
@@ -117,8 +121,10 @@ std::vector<std::pair<const char*, std::function<void(const JObjectProxy&)>>> nu
 }
 
 TEST_F(ObjectReads, TextThatIsNoNumberFailsWithTheWordsOfTheLastParser) {
-    for (const auto& [value, message] : std::vector<std::pair<std::u16string, const char*>>{
-             {u"twelve", "For input string: \"twelve\""}, {u"", "For input string: \"\""}, {u"0x10", "For input string: \"0x10\""}}) {
+    for (const auto& [value, message] :
+         std::vector<std::pair<std::u16string, const char*>>{{u"twelve", "For input string: \"twelve\""},
+                                                             {u"", "For input string: \"\""},
+                                                             {u"0x10", "For input string: \"0x10\""}}) {
         const JObjectProxy object(env, javaString(env, value));
         for (const auto& [type, read] : numericReads()) {
             SCOPED_TRACE(type);

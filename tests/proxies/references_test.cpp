@@ -8,9 +8,7 @@ namespace {
 
 using References = JvmTest;
 
-bool same(JNIEnv* env, jobject first, jobject second) {
-    return env->IsSameObject(first, second) != JNI_FALSE;
-}
+bool same(JNIEnv* env, jobject first, jobject second) { return env->IsSameObject(first, second) != JNI_FALSE; }
 
 TEST_F(References, ANullObjectMakesAProxyOfNull) {
     JObjectProxy proxy(env, nullptr);

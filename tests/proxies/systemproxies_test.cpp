@@ -28,10 +28,15 @@ TEST_F(SystemProxies, AFailingIteratorLeavesItsExceptionPending) {
     } cases[] = {
         {"hasNext", [](const JListIteratorProxy& iterator) { iterator.hasNext(); }},
         {"next", [](const JListIteratorProxy& iterator) { iterator.next(); }},
-        {"set", [](const JListIteratorProxy& iterator) { iterator.next(); iterator.set(nullptr); }},
+        {"set",
+         [](const JListIteratorProxy& iterator) {
+             iterator.next();
+             iterator.set(nullptr);
+         }},
     };
     for (const auto& one : cases) {
-        const JListIteratorProxy iterator(env, places(env, objectArray(env, "java/lang/Object", {nullptr}), one.operation, 0));
+        const JListIteratorProxy iterator(
+            env, places(env, objectArray(env, "java/lang/Object", {nullptr}), one.operation, 0));
         EXPECT_THROW(one.call(iterator), tether::Exception);
         expectThrown(env, "java/lang/IllegalStateException", (std::string(one.operation) + " fails at 0").c_str());
     }
@@ -56,8 +61,9 @@ TEST_F(SystemProxies, ReadPureJavaCells) {
 }
 
 TEST_F(SystemProxies, ReadPureJavaStructs) {
-    const JNonKRTStructProxy value(env, javaStruct(env, {2, 1}, {u"x", u"y"},
-                                                   {boxed<jint>(env, 1), boxed<jint>(env, 2), boxed<jint>(env, 3), nullptr}));
+    const JNonKRTStructProxy value(
+        env, javaStruct(env, {2, 1}, {u"x", u"y"},
+                        {boxed<jint>(env, 1), boxed<jint>(env, 2), boxed<jint>(env, 3), nullptr}));
     EXPECT_EQ(toVector<jint>(env, value.getDimensions().ref()), (std::vector<jint>{2, 1}));
     EXPECT_STREQ(value.fieldNames().get(1).getStringUTFChars(), "y");
     auto slots = value.getFlatArray();

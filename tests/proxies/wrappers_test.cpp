@@ -41,7 +41,8 @@ std::vector<WrapperCase> wrapperCases() {
 }
 
 qxArray* arrayBehind(JNIEnv* env, jobject wrapper) {
-    return static_cast<qxArray*>(addressIn(env, callObject(env, wrapper, "getValue", "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;")));
+    return static_cast<qxArray*>(
+        addressIn(env, callObject(env, wrapper, "getValue", "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;")));
 }
 
 using Wrappers = JvmTest;

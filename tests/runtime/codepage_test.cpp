@@ -61,9 +61,9 @@ TEST_F(CodePage, HasLeadBytesOnlyWhereCharactersTakeTwo) {
         unsigned char byte;
         bool isLead;
     };
-    const Lead leads[] = {{"UTF-8", 0xC3, false},     {"UTF-8", 0xF0, false},    {"ISO-8859-1", 0xE9, false},
-                          {"Shift_JIS", 0x83, true},  {"Shift_JIS", 0x5C, false}, {"Shift_JIS", 0xB1, false},
-                          {"Shift_JIS", 0xFC, true},  {"GBK", 0x81, true},       {"GBK", 0x7F, false}};
+    const Lead leads[] = {{"UTF-8", 0xC3, false},    {"UTF-8", 0xF0, false},     {"ISO-8859-1", 0xE9, false},
+                          {"Shift_JIS", 0x83, true}, {"Shift_JIS", 0x5C, false}, {"Shift_JIS", 0xB1, false},
+                          {"Shift_JIS", 0xFC, true}, {"GBK", 0x81, true},        {"GBK", 0x7F, false}};
     for (const Lead& lead : leads) {
         ASSERT_TRUE(utSetCodePage(lead.codePage));
         EXPECT_EQ(utIsMultiByteLead(lead.byte), lead.isLead) << lead.codePage << " " << int{lead.byte};

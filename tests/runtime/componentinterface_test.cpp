@@ -52,7 +52,11 @@ TEST(ComponentInterface, ReadsEveryKindAndNamesWhatIsWrong) {
         {"scalar", [] { return scalar(2.5); }, "2.500000", nullptr},
         {"scalar", [] { return single<std::int64_t>(qxINT64_CLASS, -7); }, "-7.000000", nullptr},
         {"scalar", [] { return single<float>(qxSINGLE_CLASS, 0.5F); }, "0.500000", nullptr},
-        {"scalar", [] { return row({1, 2}); }, nullptr, " is a 1-by-2 double array, expected a real scalar"},
+        {"scalar",
+         [] {
+             return row({1, 2});
+         },
+         nullptr, " is a 1-by-2 double array, expected a real scalar"},
         {"scalar", complexScalar, nullptr, " is a 1-by-1 complex double array, expected a real scalar"},
         {"scalar", [] { return text("x"); }, nullptr, " is a 1-by-1 char array, expected a real scalar"},
         {"integer", [] { return scalar(10); }, "10", nullptr},
@@ -62,26 +66,46 @@ TEST(ComponentInterface, ReadsEveryKindAndNamesWhatIsWrong) {
         {"logical", [] { return qxCreateLogicalScalar(true); }, "yes", nullptr},
         {"text", [] { return text("\xC3\xA9t\xC3\xA9"); }, "\xC3\xA9t\xC3\xA9", nullptr},
         {"text", [] { return text(""); }, "", nullptr},
-        {"text", [] { return numeric(2, 2, qxCHAR_CLASS); }, nullptr, " is a 2-by-2 char array, expected a row of text"},
+        {"text", [] { return numeric(2, 2, qxCHAR_CLASS); }, nullptr,
+         " is a 2-by-2 char array, expected a row of text"},
         {"sum", [] { return single<std::uint8_t>(qxUINT8_CLASS, 200); }, "200.000000", nullptr},
         {"sum", sparse, "4.000000", nullptr},
         {"sum", [] { return cellOf({}); }, nullptr, " is a 1-by-0 cell array, expected a real matrix"},
-        {"length", [] { return row({1, 2, 3}); }, "3", nullptr},
+        {"length",
+         [] {
+             return row({1, 2, 3});
+         },
+         "3", nullptr},
         {"length", [] { return numeric(0, 0, qxDOUBLE_CLASS); }, "0", nullptr},
         {"length", [] { return numeric(2, 2, qxDOUBLE_CLASS); }, nullptr,
          " is a 2-by-2 double array, expected a real vector"},
         {"square", [] { return numeric(3, 3, qxDOUBLE_CLASS); }, "3", nullptr},
-        {"square", [] { return row({1, 2}); }, nullptr, " is 1-by-2, expected a square matrix"},
+        {"square",
+         [] {
+             return row({1, 2});
+         },
+         nullptr, " is 1-by-2, expected a square matrix"},
         {"four", [] { return row({1}); }, nullptr, " has 1 element, expected 4"},
         {"int16", [] { return single<std::int16_t>(qxINT16_CLASS, -3); }, "-3", nullptr},
         {"int16", [] { return scalar(1); }, nullptr, " is a 1-by-1 double array, expected a full int16 array"},
         {"sparse", sparse, "1 of 2", nullptr},
-        {"sparse", [] { return row({0, 5, 0}); }, "1 of 3", nullptr},
+        {"sparse",
+         [] {
+             return row({0, 5, 0});
+         },
+         "1 of 3", nullptr},
         {"sparse", [] { return text("x"); }, nullptr, " is a 1-by-1 char array, expected a real sparse matrix"},
         {"complex", complexScalar, "1.000000+2.000000i", nullptr},
-        {"cell", [] { return cellOf({scalar(1), text("two")}); }, "two", nullptr},
-        {"cell", [] { return cellOf({scalar(1), scalar(2)}); }, nullptr,
-         ", element 1 is a 1-by-1 double array, expected a row of text"},
+        {"cell",
+         [] {
+             return cellOf({scalar(1), text("two")});
+         },
+         "two", nullptr},
+        {"cell",
+         [] {
+             return cellOf({scalar(1), scalar(2)});
+         },
+         nullptr, ", element 1 is a 1-by-1 double array, expected a row of text"},
         {"cell", [] { return cellOf({scalar(1)}); }, nullptr, ", element 1 is missing, expected a row of text"},
         {"field", [] { return options("tol", 0.25); }, "0.250000", nullptr},
         {"field", [] { return options("other", 1); }, "0.500000", nullptr},
@@ -107,11 +131,11 @@ TEST(ComponentInterface, ReadsEveryKindAndNamesWhatIsWrong) {
 
 TEST(ComponentInterface, ReadsFirstElementsOfEveryClass) {
     const qxArrayOwner arrays[] = {
-        qxArrayOwner(single<std::int8_t>(qxINT8_CLASS, 3)),      qxArrayOwner(single<std::uint8_t>(qxUINT8_CLASS, 3)),
-        qxArrayOwner(single<std::int16_t>(qxINT16_CLASS, 3)),    qxArrayOwner(single<std::uint16_t>(qxUINT16_CLASS, 3)),
-        qxArrayOwner(single<std::int32_t>(qxINT32_CLASS, 3)),    qxArrayOwner(single<std::uint32_t>(qxUINT32_CLASS, 3)),
-        qxArrayOwner(single<std::int64_t>(qxINT64_CLASS, 3)),    qxArrayOwner(single<std::uint64_t>(qxUINT64_CLASS, 3)),
-        qxArrayOwner(single<float>(qxSINGLE_CLASS, 3)),          qxArrayOwner(scalar(3)),
+        qxArrayOwner(single<std::int8_t>(qxINT8_CLASS, 3)),   qxArrayOwner(single<std::uint8_t>(qxUINT8_CLASS, 3)),
+        qxArrayOwner(single<std::int16_t>(qxINT16_CLASS, 3)), qxArrayOwner(single<std::uint16_t>(qxUINT16_CLASS, 3)),
+        qxArrayOwner(single<std::int32_t>(qxINT32_CLASS, 3)), qxArrayOwner(single<std::uint32_t>(qxUINT32_CLASS, 3)),
+        qxArrayOwner(single<std::int64_t>(qxINT64_CLASS, 3)), qxArrayOwner(single<std::uint64_t>(qxUINT64_CLASS, 3)),
+        qxArrayOwner(single<float>(qxSINGLE_CLASS, 3)),       qxArrayOwner(scalar(3)),
         qxArrayOwner(single<char16_t>(qxCHAR_CLASS, u'\x03'))};
     for (const qxArrayOwner& array : arrays) {
         EXPECT_EQ(krtScalar(array.get()), 3.0) << qxGetClassID(array.get());

@@ -88,12 +88,13 @@ TEST(Evaluation, OfEndlessRecursionFailsOnLargeAndSmallStacks) {
     failure = {};
     const auto run = [&] { failure = instance.failureOf("recurse"); };
     using Run = decltype(run);
-    ASSERT_EQ(pthread_create(&small, &attributes,
-                             [](void* body) -> void* {
-                                 (*static_cast<const Run*>(body))();
-                                 return nullptr;
-                             },
-                             const_cast<void*>(static_cast<const void*>(&run))),
+    ASSERT_EQ(pthread_create(
+                  &small, &attributes,
+                  [](void* body) -> void* {
+                      (*static_cast<const Run*>(body))();
+                      return nullptr;
+                  },
+                  const_cast<void*>(static_cast<const void*>(&run))),
               0);
     pthread_join(small, nullptr);
     pthread_attr_destroy(&attributes);

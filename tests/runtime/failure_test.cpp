@@ -10,9 +10,7 @@ std::string withoutLine(std::string line) {
     return colon == std::string::npos ? line : line.erase(colon, line.size() - colon - 1);
 }
 
-int lineNumber(const std::string& line) {
-    return std::atoi(line.c_str() + line.rfind(':') + 1);
-}
+int lineNumber(const std::string& line) { return std::atoi(line.c_str() + line.rfind(':') + 1); }
 
 TEST(Failure, HasALineForEveryFunctionAndHelper) {
     TestInstance instance;

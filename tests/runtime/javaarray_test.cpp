@@ -201,8 +201,6 @@ TEST(VirtualMachine, IsTakenOverInOneStateOnly) {
     EXPECT_EQ(jzi::makeJavaArray(reinterpret_cast<jobject>(&*config)), nullptr);
 }
 
-TEST(VirtualMachine, HasNoLocationWhereNoneIsLoaded) {
-    EXPECT_EQ(jvm_attach::getJVMLocation(), "");
-}
+TEST(VirtualMachine, HasNoLocationWhereNoneIsLoaded) { EXPECT_EQ(jvm_attach::getJVMLocation(), ""); }
 
 }  // namespace

@@ -20,9 +20,7 @@ struct PathCase {
     std::string platform;
 };
 
-void PrintTo(const PathCase& path, std::ostream* out) {
-    *out << path.name;
-}
+void PrintTo(const PathCase& path, std::ostream* out) { *out << path.name; }
 
 class NormalPath : public testing::TestWithParam<PathCase> {
 protected:

@@ -14,13 +14,9 @@
 
 namespace {
 
-int refuse(const char*) {
-    return -1;
-}
+int refuse(const char*) { return -1; }
 
-int fail(const char*) {
-    throw std::runtime_error("stream closed");
-}
+int fail(const char*) { throw std::runtime_error("stream closed"); }
 
 class Printing : public testing::Test {
 protected:

@@ -40,9 +40,7 @@ struct Aliasing {
     const char* shown;  ///< the last result as text
 };
 
-void PrintTo(const Aliasing& aliasing, std::ostream* out) {
-    *out << aliasing.function;
-}
+void PrintTo(const Aliasing& aliasing, std::ostream* out) { *out << aliasing.function; }
 
 class AliasedResult : public testing::TestWithParam<Aliasing> {
 protected:

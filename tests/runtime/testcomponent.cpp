@@ -22,10 +22,12 @@ vrlExtractedComponent describeTestComponent() {
     component.libraryFile = TEST_COMPONENT;
     component.functions = {function("failInner", "fail_inner"), function("failOuter", "fail_outer")};
     for (const char* name :
-         {"count", "fail_library", "fail_foreign", "fail_memory", "fail_with_arrays", "recover", "recurse", "repeat",
-          "make_handle", "read", "raw_throw", "identity", "shared_copy", "pair_of_input", "pair_of_copies", "element",
-          "element_in_cell", "same_twice", "cell_and_element", "element_of_temporary", "destroy_inputs", "everything",
-          "print_both", "print_text", "print_from_thread", "print_later", "fail_on_thread"}) {
+         {"count",          "fail_library",    "fail_foreign", "fail_memory",      "fail_with_arrays",
+          "recover",        "recurse",         "repeat",       "make_handle",      "read",
+          "raw_throw",      "identity",        "shared_copy",  "pair_of_input",    "pair_of_copies",
+          "element",        "element_in_cell", "same_twice",   "cell_and_element", "element_of_temporary",
+          "destroy_inputs", "everything",      "print_both",   "print_text",       "print_from_thread",
+          "print_later",    "fail_on_thread"}) {
         component.functions.push_back(function(name, name));
     }
     component.functions.push_back({"add", "add", "Sum of two matrices.", 2, 2, 1});
@@ -64,9 +66,7 @@ TestInstance::~TestInstance() {
     }
 }
 
-void TestInstance::end() {
-    vrlTerminateInstanceInternal(std::exchange(handle_, nullptr));
-}
+void TestInstance::end() { vrlTerminateInstanceInternal(std::exchange(handle_, nullptr)); }
 
 std::vector<qxArrayOwner> TestInstance::call(const char* function, int nlhs, std::vector<qxArray*> inputs) {
     const std::vector<qxArrayOwner> owned(inputs.begin(), inputs.end());
@@ -88,13 +88,9 @@ TestInstance::Failure TestInstance::failureOf(const char* function, std::vector<
     return {};
 }
 
-qxArray* scalar(double value) {
-    return qxCreateDoubleScalar(value);
-}
+qxArray* scalar(double value) { return qxCreateDoubleScalar(value); }
 
-qxArray* text(const char* value) {
-    return qxCreateString(value);
-}
+qxArray* text(const char* value) { return qxCreateString(value); }
 
 qxArray* row(const std::vector<double>& values) {
     qxArray* array = qxCreateDoubleMatrix(1, static_cast<std::uint32_t>(values.size()), qxREAL);
@@ -110,6 +106,4 @@ qxArray* cellOf(const std::vector<qxArray*>& elements) {
     return cell;
 }
 
-double firstOf(const qxArrayOwner& array) {
-    return krtScalar(array.get());
-}
+double firstOf(const qxArrayOwner& array) { return krtScalar(array.get()); }

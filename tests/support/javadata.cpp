@@ -17,14 +17,14 @@ jmethodID methodOf(JNIEnv* env, jobject object, const char* name, const char* si
     return method;
 }
 
-const jvalue* pointerTo(const std::vector<jvalue>& arguments) {
-    return arguments.empty() ? nullptr : arguments.data();
-}
+const jvalue* pointerTo(const std::vector<jvalue>& arguments) { return arguments.empty() ? nullptr : arguments.data(); }
 
 template <typename T>
-T callAccessor(JNIEnv* env, jobject object, const char* name, const char* signature, T (JNIEnv::*call)(jobject, jmethodID, const jvalue*)) {
+T callAccessor(JNIEnv* env, jobject object, const char* name, const char* signature,
+               T (JNIEnv::*call)(jobject, jmethodID, const jvalue*)) {
     if (classNameOf(env, object) != JPrimitive<T>::boxedClass) {
-        throw std::runtime_error("expected " + std::string(JPrimitive<T>::boxedClass) + ", got " + classNameOf(env, object));
+        throw std::runtime_error("expected " + std::string(JPrimitive<T>::boxedClass) + ", got " +
+                                 classNameOf(env, object));
     }
     T value = (env->*call)(object, methodOf(env, object, name, signature), nullptr);
     requireNoThrow(env, name);
@@ -51,7 +51,8 @@ jstring javaString(JNIEnv* env, std::u16string_view text) {
     return string;
 }
 
-jobject newObject(JNIEnv* env, const std::string& className, const char* signature, const std::vector<jvalue>& arguments) {
+jobject newObject(JNIEnv* env, const std::string& className, const char* signature,
+                  const std::vector<jvalue>& arguments) {
     jclass cls = findClass(env, className);
     jmethodID constructor = env->GetMethodID(cls, "<init>", signature);
     requireNoThrow(env, className + signature);
@@ -61,19 +62,22 @@ jobject newObject(JNIEnv* env, const std::string& className, const char* signatu
     return object;
 }
 
-jobject callObject(JNIEnv* env, jobject object, const char* method, const char* signature, const std::vector<jvalue>& arguments) {
+jobject callObject(JNIEnv* env, jobject object, const char* method, const char* signature,
+                   const std::vector<jvalue>& arguments) {
     jobject result = env->CallObjectMethodA(object, methodOf(env, object, method, signature), pointerTo(arguments));
     requireNoThrow(env, method);
     return result;
 }
 
-jint callInt(JNIEnv* env, jobject object, const char* method, const char* signature, const std::vector<jvalue>& arguments) {
+jint callInt(JNIEnv* env, jobject object, const char* method, const char* signature,
+             const std::vector<jvalue>& arguments) {
     jint result = env->CallIntMethodA(object, methodOf(env, object, method, signature), pointerTo(arguments));
     requireNoThrow(env, method);
     return result;
 }
 
-void callVoid(JNIEnv* env, jobject object, const char* method, const char* signature, const std::vector<jvalue>& arguments) {
+void callVoid(JNIEnv* env, jobject object, const char* method, const char* signature,
+              const std::vector<jvalue>& arguments) {
     env->CallVoidMethodA(object, methodOf(env, object, method, signature), pointerTo(arguments));
     requireNoThrow(env, method);
 }
@@ -84,9 +88,7 @@ jvalue objectArgument(jobject object) {
     return argument;
 }
 
-jintArray intArray(JNIEnv* env, const std::vector<jint>& values) {
-    return primitiveArray<jint>(env, values);
-}
+jintArray intArray(JNIEnv* env, const std::vector<jint>& values) { return primitiveArray<jint>(env, values); }
 
 jobjectArray objectArray(JNIEnv* env, const std::string& elementClass, const std::vector<jobject>& elements) {
     jclass cls = findClass(env, elementClass);

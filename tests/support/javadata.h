@@ -25,14 +25,17 @@ jclass findClass(JNIEnv* env, const std::string& name);
 
 jstring javaString(JNIEnv* env, std::u16string_view text);
 /// A new object through the constructor of this signature.
-jobject newObject(JNIEnv* env, const std::string& className, const char* signature, const std::vector<jvalue>& arguments = {});
+jobject newObject(JNIEnv* env, const std::string& className, const char* signature,
+                  const std::vector<jvalue>& arguments = {});
 /// The result of a method that gives an object; a std::runtime_error when it throws.
 jobject callObject(JNIEnv* env, jobject object, const char* method, const char* signature,
                    const std::vector<jvalue>& arguments = {});
 /// The result of a method that gives an int.
-jint callInt(JNIEnv* env, jobject object, const char* method, const char* signature, const std::vector<jvalue>& arguments = {});
+jint callInt(JNIEnv* env, jobject object, const char* method, const char* signature,
+             const std::vector<jvalue>& arguments = {});
 /// Calls a method without a result.
-void callVoid(JNIEnv* env, jobject object, const char* method, const char* signature, const std::vector<jvalue>& arguments = {});
+void callVoid(JNIEnv* env, jobject object, const char* method, const char* signature,
+              const std::vector<jvalue>& arguments = {});
 
 /// A value in its wrapper class.
 template <typename T>
@@ -106,7 +109,8 @@ jobject elementAt(JNIEnv* env, jobject array, std::size_t index);
 template <typename T>
 std::vector<T> toVector(JNIEnv* env, jobject array) {
     if (classNameOf(env, array) != JPrimitive<T>::arrayClass) {
-        throw std::runtime_error("expected " + std::string(JPrimitive<T>::arrayClass) + ", got " + classNameOf(env, array));
+        throw std::runtime_error("expected " + std::string(JPrimitive<T>::arrayClass) + ", got " +
+                                 classNameOf(env, array));
     }
     auto primitives = static_cast<typename JPrimitive<T>::Array>(array);
     T* elements = (env->*JPrimitive<T>::getElements)(primitives, nullptr);

@@ -10,9 +10,7 @@ namespace {
 
 const std::string testing = "com/norvane/toolbox/loomkit/testing/";
 
-jvalue intArgument(jint value) {
-    return asArgument<jint>(value);
-}
+jvalue intArgument(jint value) { return asArgument<jint>(value); }
 
 }  // namespace
 
@@ -27,9 +25,7 @@ jobject chunkedStream(JNIEnv* env, const std::vector<jbyte>& bytes, jint chunk, 
                      {objectArgument(primitiveArray<jbyte>(env, bytes)), intArgument(chunk), intArgument(breaksAt)});
 }
 
-jobject recorder(JNIEnv* env) {
-    return newObject(env, testing + "Recorder", "()V");
-}
+jobject recorder(JNIEnv* env) { return newObject(env, testing + "Recorder", "()V"); }
 
 std::string recordedText(JNIEnv* env, jobject recorder) {
     return toText(env, callObject(env, recorder, "text", "()Ljava/lang/String;"));
@@ -44,8 +40,9 @@ jobject failingOutput(JNIEnv* env, bool hasStream) {
 }
 
 jobject javaCell(JNIEnv* env, const std::vector<jint>& dimensions, const std::vector<jobject>& elements) {
-    return newObject(env, "com/norvane/extern/java/NVCellArray", "([I[Ljava/lang/Object;)V",
-                     {objectArgument(intArray(env, dimensions)), objectArgument(objectArray(env, "java/lang/Object", elements))});
+    return newObject(
+        env, "com/norvane/extern/java/NVCellArray", "([I[Ljava/lang/Object;)V",
+        {objectArgument(intArray(env, dimensions)), objectArgument(objectArray(env, "java/lang/Object", elements))});
 }
 
 jobject javaStruct(JNIEnv* env, const std::vector<jint>& dimensions, const std::vector<std::u16string>& fields,
@@ -54,9 +51,10 @@ jobject javaStruct(JNIEnv* env, const std::vector<jint>& dimensions, const std::
     for (const auto& field : fields) {
         names.push_back(javaString(env, field));
     }
-    return newObject(env, "com/norvane/extern/java/NVStructArray", "([I[Ljava/lang/String;[Ljava/lang/Object;)V",
-                     {objectArgument(intArray(env, dimensions)), objectArgument(objectArray(env, "java/lang/String", names)),
-                      objectArgument(objectArray(env, "java/lang/Object", elements))});
+    return newObject(
+        env, "com/norvane/extern/java/NVStructArray", "([I[Ljava/lang/String;[Ljava/lang/Object;)V",
+        {objectArgument(intArray(env, dimensions)), objectArgument(objectArray(env, "java/lang/String", names)),
+         objectArgument(objectArray(env, "java/lang/Object", elements))});
 }
 
 qxArray* javaObjectArray(JNIEnv* env, jobject object) {

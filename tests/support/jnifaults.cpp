@@ -12,9 +12,7 @@ JniFaults::JniFaults(JNIEnv* env, int n) : JniProbe(env), remaining_(0), error_(
     remaining_ = n;
 }
 
-JniFaults::~JniFaults() {
-    machine()->DeleteGlobalRef(env(), error_);
-}
+JniFaults::~JniFaults() { machine()->DeleteGlobalRef(env(), error_); }
 
 bool JniFaults::admits(const JniFunction& function) {
     const bool chosen = only_ ? function.slot == *only_ : function.failure != JniFailure::never;

@@ -41,8 +41,8 @@ namespace {
 template <auto Member, JniEffect Effect, JniFailure Failure>
 struct Watched;
 
-template <typename Result, typename... Arguments, Result (JNICALL *Table::*Member)(JNIEnv*, Arguments...), JniEffect Effect,
-          JniFailure Failure>
+template <typename Result, typename... Arguments, Result (JNICALL* Table::*Member)(JNIEnv*, Arguments...),
+          JniEffect Effect, JniFailure Failure>
 struct Watched<Member, Effect, Failure> {
     static Result JNICALL call(JNIEnv* env, Arguments... arguments) {
         static const JniFunction function{jniSlot(Member), Effect, Failure};
@@ -78,12 +78,14 @@ void watchReferences(Table& table) {
 }
 
 void watchObjects(Table& table) {
-    watch<Effect::makesLocal, Failure::throws, &Table::FindClass, &Table::NewObjectA, &Table::NewObjectV, &Table::NewString,
-          &Table::NewStringUTF, &Table::NewObjectArray, &Table::GetObjectArrayElement, &Table::CallObjectMethodA,
-          &Table::CallObjectMethodV, &Table::CallStaticObjectMethodA, &Table::CallStaticObjectMethodV,
-          &Table::NewBooleanArray, &Table::NewByteArray, &Table::NewCharArray, &Table::NewShortArray, &Table::NewIntArray,
-          &Table::NewLongArray, &Table::NewFloatArray, &Table::NewDoubleArray>(table);
-    watch<Effect::makesLocal, Failure::never, &Table::GetObjectClass, &Table::GetSuperclass, &Table::ExceptionOccurred>(table);
+    watch<Effect::makesLocal, Failure::throws, &Table::FindClass, &Table::NewObjectA, &Table::NewObjectV,
+          &Table::NewString, &Table::NewStringUTF, &Table::NewObjectArray, &Table::GetObjectArrayElement,
+          &Table::CallObjectMethodA, &Table::CallObjectMethodV, &Table::CallStaticObjectMethodA,
+          &Table::CallStaticObjectMethodV, &Table::NewBooleanArray, &Table::NewByteArray, &Table::NewCharArray,
+          &Table::NewShortArray, &Table::NewIntArray, &Table::NewLongArray, &Table::NewFloatArray,
+          &Table::NewDoubleArray>(table);
+    watch<Effect::makesLocal, Failure::never, &Table::GetObjectClass, &Table::GetSuperclass, &Table::ExceptionOccurred>(
+        table);
     watch<Effect::none, Failure::throws, &Table::GetMethodID, &Table::GetStaticMethodID, &Table::GetFieldID,
           &Table::GetStaticFieldID, &Table::SetObjectArrayElement>(table);
     watch<Effect::none, Failure::never, &Table::IsInstanceOf, &Table::GetArrayLength, &Table::GetStringLength,
@@ -116,12 +118,12 @@ void watchPins(Table& table) {
 }
 
 void watchRegions(Table& table) {
-    watch<Effect::none, Failure::never, &Table::SetBooleanArrayRegion, &Table::SetByteArrayRegion, &Table::SetCharArrayRegion,
-          &Table::SetShortArrayRegion, &Table::SetIntArrayRegion, &Table::SetLongArrayRegion, &Table::SetFloatArrayRegion,
-          &Table::SetDoubleArrayRegion>(table);
-    watch<Effect::none, Failure::never, &Table::GetBooleanArrayRegion, &Table::GetByteArrayRegion, &Table::GetCharArrayRegion,
-          &Table::GetShortArrayRegion, &Table::GetIntArrayRegion, &Table::GetLongArrayRegion, &Table::GetFloatArrayRegion,
-          &Table::GetDoubleArrayRegion>(table);
+    watch<Effect::none, Failure::never, &Table::SetBooleanArrayRegion, &Table::SetByteArrayRegion,
+          &Table::SetCharArrayRegion, &Table::SetShortArrayRegion, &Table::SetIntArrayRegion,
+          &Table::SetLongArrayRegion, &Table::SetFloatArrayRegion, &Table::SetDoubleArrayRegion>(table);
+    watch<Effect::none, Failure::never, &Table::GetBooleanArrayRegion, &Table::GetByteArrayRegion,
+          &Table::GetCharArrayRegion, &Table::GetShortArrayRegion, &Table::GetIntArrayRegion,
+          &Table::GetLongArrayRegion, &Table::GetFloatArrayRegion, &Table::GetDoubleArrayRegion>(table);
 }
 
 Table makeProbedTable(JNIEnv* env) {
@@ -155,16 +157,10 @@ JniProbe::~JniProbe() {
     }
 }
 
-bool JniProbe::installed() {
-    return innermost != nullptr;
-}
+bool JniProbe::installed() { return innermost != nullptr; }
 
-const JNINativeInterface_* JniProbe::machine() {
-    return machineTable;
-}
+const JNINativeInterface_* JniProbe::machine() { return machineTable; }
 
-bool JniProbe::watches(std::size_t slot) {
-    return watchedSlots.at(slot);
-}
+bool JniProbe::watches(std::size_t slot) { return watchedSlots.at(slot); }
 
 }  // namespace nativevrl::test

@@ -39,7 +39,8 @@ struct JniFunction {
 template <typename Function>
 std::size_t jniSlot(Function JNINativeInterface_::*member) {
     static const JNINativeInterface_ table = {};
-    return static_cast<std::size_t>(reinterpret_cast<const char*>(&(table.*member)) - reinterpret_cast<const char*>(&table)) /
+    return static_cast<std::size_t>(reinterpret_cast<const char*>(&(table.*member)) -
+                                    reinterpret_cast<const char*>(&table)) /
            sizeof(void*);
 }
 

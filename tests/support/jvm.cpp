@@ -52,9 +52,7 @@ bool loadLibrary(JNIEnv* env) {
 
 }  // namespace
 
-JavaVM* javaVm() {
-    return theVm;
-}
+JavaVM* javaVm() { return theVm; }
 
 JNIEnv* currentEnv() {
     JNIEnv* env = nullptr;
@@ -71,9 +69,7 @@ void onAttachedThread(const std::function<void(JNIEnv*)>& body) {
     });
 }
 
-void onUnknownThread(const std::function<void()>& body) {
-    std::thread(body).join();
-}
+void onUnknownThread(const std::function<void()>& body) { std::thread(body).join(); }
 
 }  // namespace nativevrl::test
 
@@ -87,9 +83,7 @@ JNIEXPORT jint JNICALL JNI_OnLoad_loomkit(JavaVM* vm, void*) {
 }
 
 /// Read by the address sanitizer: the virtual machine uses SIGSEGV in its daily work and never frees what it holds.
-JNIEXPORT const char* __asan_default_options() {
-    return "handle_segv=0:allow_user_segv_handler=1:detect_leaks=0";
-}
+JNIEXPORT const char* __asan_default_options() { return "handle_segv=0:allow_user_segv_handler=1:detect_leaks=0"; }
 }
 
 int main(int argc, char** argv) {

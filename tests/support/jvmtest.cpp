@@ -43,7 +43,8 @@ void JvmTest::TearDown() {
 
 void expectThrown(JNIEnv* env, const char* className, const char* message, const char* file, int line) {
     if (env->ExceptionCheck() == JNI_FALSE) {
-        ADD_FAILURE_AT(file, line) << "nothing was thrown; expected " << className << ": " << (message ? message : "(null)");
+        ADD_FAILURE_AT(file, line) << "nothing was thrown; expected " << className << ": "
+                                   << (message ? message : "(null)");
         return;
     }
     const Thrown thrown = takePending(env);
@@ -51,8 +52,8 @@ void expectThrown(JNIEnv* env, const char* className, const char* message, const
                             (message == nullptr || thrown.message == message);
     if (!asExpected) {
         ADD_FAILURE_AT(file, line) << "thrown:   " << thrown.className << ": "
-                                   << (thrown.hasMessage ? thrown.message : "(null)") << "\nexpected: " << className << ": "
-                                   << (message ? message : "(null)");
+                                   << (thrown.hasMessage ? thrown.message : "(null)") << "\nexpected: " << className
+                                   << ": " << (message ? message : "(null)");
     }
 }
 
@@ -63,7 +64,8 @@ std::string expectThrownClass(JNIEnv* env, const char* className, const char* fi
     }
     const Thrown thrown = takePending(env);
     if (thrown.className != className) {
-        ADD_FAILURE_AT(file, line) << "thrown: " << thrown.className << ": " << thrown.message << "\nexpected: " << className;
+        ADD_FAILURE_AT(file, line) << "thrown: " << thrown.className << ": " << thrown.message
+                                   << "\nexpected: " << className;
     }
     return thrown.message;
 }

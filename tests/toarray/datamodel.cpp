@@ -93,7 +93,8 @@ std::u16string javaText(const JavaValue& value) {
     if (value.type == 'C') {
         return {static_cast<char16_t>(value.integer)};
     }
-    const std::string text = value.type == 'Z' ? (value.integer != 0 ? "true" : "false") : std::to_string(value.integer);
+    const std::string text =
+        value.type == 'Z' ? (value.integer != 0 ? "true" : "false") : std::to_string(value.integer);
     return {text.begin(), text.end()};
 }
 
@@ -309,7 +310,8 @@ JavaData JavaData::plainObject() {
 jobject toJava(JNIEnv* env, const JavaData& data) {
     switch (data.kind) {
         case JavaData::nested: {
-            jobjectArray array = objectArray(env, "java/lang/Object", std::vector<jobject>(data.elements.size(), nullptr));
+            jobjectArray array =
+                objectArray(env, "java/lang/Object", std::vector<jobject>(data.elements.size(), nullptr));
             for (std::size_t i = 0; i < data.elements.size(); ++i) {
                 jobject element = toJava(env, data.elements[i]);
                 env->SetObjectArrayElement(array, static_cast<jsize>(i), element);
@@ -410,14 +412,20 @@ std::uint64_t modelBitsOfBoxed(qxClassID classId, const JavaValue& value) {
     if (classId == qxLOGICAL_CLASS) {
         return value.type == 'C' ? (value.integer & 0xff) != 0 : !isZero(value);
     }
-    return lowBits(isFloating(value) ? javaInteger(value.real, facts.bytes == 8 ? 64 : 32) : value.integer, facts.bytes);
+    return lowBits(isFloating(value) ? javaInteger(value.real, facts.bytes == 8 ? 64 : 32) : value.integer,
+                   facts.bytes);
 }
 
 JavaValue randomValue(std::mt19937& random, char type) {
-    const auto pick = [&](auto lowest, auto highest) { return std::uniform_int_distribution<std::int64_t>(lowest, highest)(random); };
+    const auto pick = [&](auto lowest, auto highest) {
+        return std::uniform_int_distribution<std::int64_t>(lowest, highest)(random);
+    };
     if (type == 'F' || type == 'D') {
-        const double special[] = {0.0, -0.0, std::nan(""), HUGE_VAL, -HUGE_VAL, 1e20, -2147483648.5, 4294967295.0, -1.5, 0.25};
-        const double value = pick(0, 2) == 0 ? special[pick(0, 9)] : std::ldexp(static_cast<double>(pick(-100000, 100000)), static_cast<int>(pick(-10, 50)));
+        const double special[] = {0.0,  -0.0,          std::nan(""), HUGE_VAL, -HUGE_VAL,
+                                  1e20, -2147483648.5, 4294967295.0, -1.5,     0.25};
+        const double value =
+            pick(0, 2) == 0 ? special[pick(0, 9)]
+                            : std::ldexp(static_cast<double>(pick(-100000, 100000)), static_cast<int>(pick(-10, 50)));
         return {type, 0, type == 'F' ? static_cast<double>(static_cast<float>(value)) : value};
     }
     switch (type) {
@@ -437,7 +445,9 @@ JavaValue randomValue(std::mt19937& random, char type) {
 }
 
 JavaData randomData(std::mt19937& random, int depth, std::size_t longest, bool texts) {
-    const auto pick = [&](std::size_t count) { return std::uniform_int_distribution<std::size_t>(0, count - 1)(random); };
+    const auto pick = [&](std::size_t count) {
+        return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
+    };
     // The texts of floating numbers are Java's own affair.
     const auto type = [&] { return kPrimitiveTypes[pick(texts ? 6 : 8)]; };
     const std::size_t chance = pick(10);

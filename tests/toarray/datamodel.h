@@ -69,8 +69,8 @@ JavaValue randomValue(std::mt19937& random, char type);
 JavaData randomData(std::mt19937& random, int depth, std::size_t longest, bool texts);
 
 constexpr char kPrimitiveTypes[] = "ZBCSIJFD";
-constexpr qxClassID kElementClasses[] = {qxLOGICAL_CLASS, qxCHAR_CLASS,  qxDOUBLE_CLASS, qxSINGLE_CLASS,
-                                         qxINT8_CLASS,    qxUINT8_CLASS, qxINT16_CLASS,  qxUINT16_CLASS,
-                                         qxINT32_CLASS,   qxUINT32_CLASS, qxINT64_CLASS, qxUINT64_CLASS};
+constexpr qxClassID kElementClasses[] = {qxLOGICAL_CLASS, qxCHAR_CLASS,   qxDOUBLE_CLASS, qxSINGLE_CLASS,
+                                         qxINT8_CLASS,    qxUINT8_CLASS,  qxINT16_CLASS,  qxUINT16_CLASS,
+                                         qxINT32_CLASS,   qxUINT32_CLASS, qxINT64_CLASS,  qxUINT64_CLASS};
 
 }  // namespace nativevrl::test

@@ -15,7 +15,8 @@ constexpr int exitUsage = 2;
 
 const std::vector<Command>& commands() {
     static const std::vector<Command> table = {
-        {"pack", "make an archive of a component's folder",
+        {"pack",
+         "make an archive of a component's folder",
          "usage: kpa pack FOLDER -o FILE.kpa [--library PLATFORM=FILE]...\n\n"
          "Makes a component archive of FOLDER: its component.json (name, version, functions), completed by the abi,\n"
          "the libraries and the SHA-256 of every file, and all other files below it. The same input gives the same\n"
@@ -25,21 +26,24 @@ const std::vector<Command>& commands() {
          "  -h, --help                 this text\n",
          {"--output", "--library"},
          kpa::runPack},
-        {"list", "show what an archive holds",
+        {"list",
+         "show what an archive holds",
          "usage: kpa list FILE.kpa\n\n"
          "Shows name, version and abi of the component, the archive's SHA-256, the functions with their help, the\n"
          "libraries and the files with their sizes. Contents are not unpacked: see verify.\n\n"
          "  -h, --help    this text\n",
          {},
          kpa::runList},
-        {"verify", "check that an archive is whole",
+        {"verify",
+         "check that an archive is whole",
          "usage: kpa verify FILE.kpa\n\n"
          "Unpacks every file in memory and compares it with its SHA-256, and checks the abi. Ends with 1, naming the\n"
          "entry and what is wrong with it, where an archive is not whole.\n\n"
          "  -h, --help    this text\n",
          {},
          kpa::runVerify},
-        {"call", "run a function of a component",
+        {"call",
+         "run a function of a component",
          "usage: kpa call FILE.kpa FUNCTION [VALUE]... [--nargout N]\n\n"
          "Runs a function and shows its results. What it prints goes to the standard output, its warnings to the\n"
          "standard error. A VALUE is\n"

@@ -62,8 +62,8 @@ void addLibraries(Files& files, vrlkrt::Manifest& manifest, const std::map<std::
         const std::string& platform = library.first;
         const std::string entry = "lib/" + platform + "/" + fs::path(library.second).filename().string();
         if (!manifest.libraries.emplace(platform, entry).second) {
-            throw std::runtime_error("component.json names a library for " + platform + " already: " +
-                                     manifest.libraries[platform]);
+            throw std::runtime_error("component.json names a library for " + platform +
+                                     " already: " + manifest.libraries[platform]);
         }
         if (const std::string problem = vrlkrt::entryPathProblem(entry); !problem.empty()) {
             throw std::runtime_error(library.second + " can't be packed as " + entry + ": " + problem);

@@ -52,9 +52,8 @@ qxArrayOwner matrixOf(const std::vector<Row>& rows) {
     const bool complex = std::any_of(rows.begin(), rows.end(), [](const Row& row) {
         return std::any_of(row.begin(), row.end(), [](const Number& x) { return x.imag() != 0; });
     });
-    qxArrayOwner matrix =
-        owned(qxCreateDoubleMatrix(static_cast<std::uint32_t>(rows.size()), static_cast<std::uint32_t>(columns),
-                                   complex ? qxCOMPLEX : qxREAL));
+    qxArrayOwner matrix = owned(qxCreateDoubleMatrix(
+        static_cast<std::uint32_t>(rows.size()), static_cast<std::uint32_t>(columns), complex ? qxCOMPLEX : qxREAL));
     auto* real = static_cast<double*>(matrix->realData());
     auto* imag = static_cast<double*>(matrix->imagData());
     for (std::size_t r = 0; r < rows.size(); ++r) {

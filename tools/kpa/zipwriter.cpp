@@ -35,8 +35,7 @@ void ZipWriter::add(const std::string& path, const std::string& content) {
     archive_entry_set_perm(entry.get(), 0644);
     archive_entry_set_size(entry.get(), static_cast<la_int64_t>(content.size()));
     require(archive_write_header(archive_.get(), entry.get()));
-    if (archive_write_data(archive_.get(), content.data(), content.size()) !=
-        static_cast<la_ssize_t>(content.size())) {
+    if (archive_write_data(archive_.get(), content.data(), content.size()) != static_cast<la_ssize_t>(content.size())) {
         require(ARCHIVE_FATAL);
     }
 }

@@ -13,13 +13,9 @@ qxArray* pair(qxArray* first, qxArray* second) {
 
 }  // namespace
 
-KRT_FUNCTION(identity) {
-    out.set(0, in(0, "x"));
-}
+KRT_FUNCTION(identity) { out.set(0, in(0, "x")); }
 
-KRT_FUNCTION(shared_copy) {
-    out.array(0, qxCreateSharedDataCopy(in(0, "x").array()));
-}
+KRT_FUNCTION(shared_copy) { out.array(0, qxCreateSharedDataCopy(in(0, "x").array())); }
 
 /// Input 1 in two slots, by its very header.
 KRT_FUNCTION(pair_of_input) {
@@ -33,9 +29,7 @@ KRT_FUNCTION(pair_of_copies) {
 }
 
 /// The element of a cell that was given, alone and in a new cell.
-KRT_FUNCTION(element) {
-    out.set(0, in(0, "c").cell()[0]);
-}
+KRT_FUNCTION(element) { out.set(0, in(0, "c").cell()[0]); }
 
 KRT_FUNCTION(element_in_cell) {
     qxArray* element = krt::toArray(in(0, "c").cell()[0]);
@@ -62,9 +56,7 @@ KRT_FUNCTION(element_of_temporary) {
 }
 
 /// Ends its own inputs, which is not its business.
-KRT_FUNCTION(destroy_inputs) {
-    qxDestroyArray(krt::toArray(in(0, "x")));
-}
+KRT_FUNCTION(destroy_inputs) { qxDestroyArray(krt::toArray(in(0, "x"))); }
 
 KRT_FUNCTION(everything) {
     auto counted = out.elements<std::int32_t>(0, {2, 3, 2});

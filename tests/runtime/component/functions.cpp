@@ -35,25 +35,15 @@ KRT_FUNCTION(count) {
     }
 }
 
-KRT_FUNCTION(fail_inner) {
-    helper();
-}
+KRT_FUNCTION(fail_inner) { helper(); }
 
-KRT_FUNCTION(fail_outer) {
-    krt::call("failInner")();
-}
+KRT_FUNCTION(fail_outer) { krt::call("failInner")(); }
 
-KRT_FUNCTION(fail_library) {
-    libraryHelper();
-}
+KRT_FUNCTION(fail_library) { libraryHelper(); }
 
-KRT_FUNCTION(fail_foreign) {
-    throw 42;
-}
+KRT_FUNCTION(fail_foreign) { throw 42; }
 
-KRT_FUNCTION(fail_memory) {
-    throw std::bad_alloc();
-}
+KRT_FUNCTION(fail_memory) { throw std::bad_alloc(); }
 
 /// Makes arrays of all kinds, stores some as results, and fails.
 KRT_FUNCTION(fail_with_arrays) {
@@ -73,9 +63,7 @@ KRT_FUNCTION(recover) {
     }
 }
 
-KRT_FUNCTION(recurse) {
-    out.set(0, krt::call("recurse")().scalar());
-}
+KRT_FUNCTION(recurse) { out.set(0, krt::call("recurse")().scalar()); }
 
 /// Calls a function handle again and again; gives the last result and by how much the number of arrays grew.
 KRT_FUNCTION(repeat) {
@@ -93,9 +81,7 @@ KRT_FUNCTION(repeat) {
     out.set(1, static_cast<double>(after - before));
 }
 
-KRT_FUNCTION(make_handle) {
-    out.set(0, krt::Function(in(0, "name").text()));
-}
+KRT_FUNCTION(make_handle) { out.set(0, krt::Function(in(0, "name").text())); }
 
 /// Reads its second argument as told by the first and gives a text of what it read.
 KRT_FUNCTION(read) {

@@ -177,8 +177,8 @@ public:
     /// Calls it for one result.
     template <typename... Arguments>
     Value operator()(const Arguments&... arguments) const {
-        const auto results = detail::withTemporaries(
-            [&] { return detail::callHandle(handle_, 1, {toArray(arguments)...}, at_); });
+        const auto results =
+            detail::withTemporaries([&] { return detail::callHandle(handle_, 1, {toArray(arguments)...}, at_); });
         return detail::labelled(name(), results).front();
     }
     std::vector<Value> callWith(int nlhs, const std::vector<qxArray*>& arguments,
@@ -205,9 +205,8 @@ public:
     /// The result is 0-by-0 for null and for void. Throws Error with the text of the Java exception.
     template <typename... Arguments>
     Value call(const std::string& method, const Arguments&... arguments) const {
-        const auto results = detail::withTemporaries([&] {
-            return std::vector<qxArray*>{detail::callJava(object_, method, {toArray(arguments)...}, at_)};
-        });
+        const auto results = detail::withTemporaries(
+            [&] { return std::vector<qxArray*>{detail::callJava(object_, method, {toArray(arguments)...}, at_)}; });
         return {results.front(), "result of the Java method " + method};
     }
     Value callWith(const std::string& method, const std::vector<qxArray*>& arguments,

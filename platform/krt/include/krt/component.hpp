@@ -36,15 +36,16 @@ public:
     bool has(int number) const noexcept { return number >= 0 && number < count_ && arrays_[number] != nullptr; }
     /// Input `number`, missing when there are fewer. `name` is what errors call it.
     Value operator()(int number, const char* name) const {
-        return {has(number) ? arrays_[number] : nullptr, std::string(function_) + ": argument " +
-                                                             std::to_string(number + 1) + " (" + name + ")"};
+        return {has(number) ? arrays_[number] : nullptr,
+                std::string(function_) + ": argument " + std::to_string(number + 1) + " (" + name + ")"};
     }
     /// Raises an error unless there are from `least` to `most` inputs.
     void expectCount(int least, int most, const Location& at = Location()) const {
         if (count_ < least || count_ > most) {
-            error("krt:arguments", std::string(function_) + ": " + std::to_string(count_) +
-                                       " arguments given, expected " + std::to_string(least) +
-                                       (most == least ? "" : " to " + std::to_string(most)), at);
+            error("krt:arguments",
+                  std::string(function_) + ": " + std::to_string(count_) + " arguments given, expected " +
+                      std::to_string(least) + (most == least ? "" : " to " + std::to_string(most)),
+                  at);
         }
     }
 
@@ -96,8 +97,7 @@ public:
     }
 
     /// A new complex matrix of doubles: its real and its imaginary part, both zero, to be filled.
-    std::pair<MatrixView<double>, MatrixView<double>> complexMatrix(int number, std::size_t rows,
-                                                                    std::size_t columns) {
+    std::pair<MatrixView<double>, MatrixView<double>> complexMatrix(int number, std::size_t rows, std::size_t columns) {
         qxArray* made = create({rows, columns}, [](std::uint32_t count, const std::uint32_t* extents) {
             return qxCreateNumericArray(count, extents, qxDOUBLE_CLASS, qxCOMPLEX);
         });
@@ -188,9 +188,9 @@ inline void runFunction(void (*body)(const Arguments&, Results&), krtCall* call,
 }  // namespace krt
 
 /// Defines the entry of a function; the body follows, with `in` and `out`.
-#define KRT_FUNCTION(name)                                                                                        \
-    static void krtBodyOf_##name(const krt::Arguments& in, krt::Results& out);                                    \
-    extern "C" KRT_EXPORT void name(krtCall* call, int nlhs, qxArray** plhs, int nrhs, qxArray* const* prhs) {    \
-        krt::runFunction(krtBodyOf_##name, call, krt::Location(), nlhs, plhs, nrhs, prhs);                        \
-    }                                                                                                             \
+#define KRT_FUNCTION(name)                                                                                     \
+    static void krtBodyOf_##name(const krt::Arguments& in, krt::Results& out);                                 \
+    extern "C" KRT_EXPORT void name(krtCall* call, int nlhs, qxArray** plhs, int nrhs, qxArray* const* prhs) { \
+        krt::runFunction(krtBodyOf_##name, call, krt::Location(), nlhs, plhs, nrhs, prhs);                     \
+    }                                                                                                          \
     static void krtBodyOf_##name([[maybe_unused]] const krt::Arguments& in, [[maybe_unused]] krt::Results& out)

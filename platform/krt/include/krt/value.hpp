@@ -45,9 +45,9 @@ constexpr qxClassID classOf() {
 
 /// Name of a class as errors show it.
 inline const char* className(qxClassID id) {
-    static constexpr const char* names[] = {"unknown", "cell",  "struct", "logical", "char",   "unknown",  "double",
-                                            "single",  "int8",  "uint8",  "int16",   "uint16", "int32",    "uint32",
-                                            "int64",   "uint64", "function handle", "opaque", "object"};
+    static constexpr const char* names[] = {
+        "unknown", "cell",   "struct", "logical", "char",  "unknown", "double",          "single", "int8",  "uint8",
+        "int16",   "uint16", "int32",  "uint32",  "int64", "uint64",  "function handle", "opaque", "object"};
     return id >= qxUNKNOWN_CLASS && id <= qxOBJECT_CLASS ? names[id] : names[0];
 }
 
@@ -102,7 +102,9 @@ public:
         }
         return krtScalar(array_);
     }
-    double scalarOr(double fallback, const Location& at = Location()) const { return missing() ? fallback : scalar(at); }
+    double scalarOr(double fallback, const Location& at = Location()) const {
+        return missing() ? fallback : scalar(at);
+    }
 
     /// A whole number within the bounds, both included.
     std::int64_t integer(std::int64_t lowest = -(std::int64_t{1} << 53), std::int64_t highest = std::int64_t{1} << 53,
@@ -110,8 +112,10 @@ public:
         const double value = scalar(at);
         if (std::nearbyint(value) != value || value < static_cast<double>(lowest) ||
             value > static_cast<double>(highest)) {
-            error("krt:value", label_ + " is " + std::to_string(value) + ", expected a whole number from " +
-                                   std::to_string(lowest) + " to " + std::to_string(highest), at);
+            error("krt:value",
+                  label_ + " is " + std::to_string(value) + ", expected a whole number from " + std::to_string(lowest) +
+                      " to " + std::to_string(highest),
+                  at);
         }
         return static_cast<std::int64_t>(value);
     }

@@ -21,8 +21,10 @@ namespace detail {
 inline void expectCount(const std::string& label, std::size_t actual, std::size_t expected, const char* singular,
                         const char* plural, const Location& at) {
     if (actual != expected) {
-        error("krt:size", label + " has " + std::to_string(actual) + " " + (actual == 1 ? singular : plural) +
-                              ", expected " + std::to_string(expected), at);
+        error("krt:size",
+              label + " has " + std::to_string(actual) + " " + (actual == 1 ? singular : plural) + ", expected " +
+                  std::to_string(expected),
+              at);
     }
 }
 
@@ -54,8 +56,10 @@ public:
     }
     const MatrixView& expectSquare(const Location& at = Location()) const {
         if (rows_ != columns_) {
-            error("krt:size", label_ + " is " + std::to_string(rows_) + "-by-" + std::to_string(columns_) +
-                                  ", expected a square matrix", at);
+            error("krt:size",
+                  label_ + " is " + std::to_string(rows_) + "-by-" + std::to_string(columns_) +
+                      ", expected a square matrix",
+                  at);
         }
         return *this;
     }

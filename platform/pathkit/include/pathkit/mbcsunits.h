@@ -30,9 +30,7 @@ inline dsTextUnit dsUnitAt(const std::string& text, std::size_t position) {
     return {static_cast<std::uint32_t>(folded == '/' ? '\\' : folded), 1};
 }
 
-inline bool dsIsSeparatorUnit(dsTextUnit unit) {
-    return unit.value == static_cast<std::uint32_t>('\\');
-}
+inline bool dsIsSeparatorUnit(dsTextUnit unit) { return unit.value == static_cast<std::uint32_t>('\\'); }
 
 /// Whether the unit is one of the seven bytes of white space.
 inline bool dsIsBlankUnit(dsTextUnit unit) {

@@ -2,8 +2,8 @@
 
 #include "tether/exceptions.h"
 
-#include <boost/function.hpp>
 #include <jni.h>
+#include <boost/function.hpp>
 
 namespace tether {
 

@@ -10,7 +10,8 @@ void vrlWriteLog(const char* text);
 /// Folder under which components are extracted: the one of -cachedir, or else one of the user's own. Not created here.
 std::string vrlGetCacheDirectory();
 
-/// Gives `$(name)` in a path a meaning, in place of an earlier one. Without effect when either is null or the name empty.
+/// Gives `$(name)` in a path a meaning, in place of an earlier one. Without effect when either is null or the name
+/// empty.
 void vrlSetPathMacro(const char* name, const char* path);
 /// The path with every known `$(name)` replaced, once; unknown ones stay.
 std::string vrlExpandPathMacros(const std::string& path);

@@ -10,8 +10,8 @@
 #include "tether/jnicalls.h"
 #include "vrlbase/exceptions.h"
 
-#include <boost/numeric/conversion/cast.hpp>
 #include <jni.h>
+#include <boost/numeric/conversion/cast.hpp>
 
 #include <exception>
 #include <stdexcept>

@@ -26,7 +26,8 @@ JavaPrintHandler::JavaPrintHandler(const tether::JNIEnvInjector& injector, jobje
     injector.run([this](JNIEnv* env) {
         const JObjectRef callableClass = foundClass(env, "java/util/concurrent/Callable");
         const JObjectRef printStreamClass = foundClass(env, "java/io/PrintStream");
-        callMethod_ = tether::getMethodID(env, static_cast<jclass>(callableClass.ref()), "call", "()Ljava/lang/Object;");
+        callMethod_ =
+            tether::getMethodID(env, static_cast<jclass>(callableClass.ref()), "call", "()Ljava/lang/Object;");
         printMethod_ =
             tether::getMethodID(env, static_cast<jclass>(printStreamClass.ref()), "print", "(Ljava/lang/String;)V");
     });

@@ -29,17 +29,11 @@ JavaVMConfigLoomkit::JavaVMConfigLoomkit(JavaVM* vm, const tether::GlobalRef<jcl
 
 JavaVMConfigLoomkit::~JavaVMConfigLoomkit() = default;
 
-bool JavaVMConfigLoomkit::hasJavaVM() {
-    return javaVM_ != nullptr;
-}
+bool JavaVMConfigLoomkit::hasJavaVM() { return javaVM_ != nullptr; }
 
-JavaVM* JavaVMConfigLoomkit::getJavaVM() {
-    return javaVM_;
-}
+JavaVM* JavaVMConfigLoomkit::getJavaVM() { return javaVM_; }
 
-std::string JavaVMConfigLoomkit::getJVMLocation() {
-    return jvmLocation_;
-}
+std::string JavaVMConfigLoomkit::getJVMLocation() { return jvmLocation_; }
 
 jclass JavaVMConfigLoomkit::loadOJI(const std::string& classPathOption, const std::string& libraryPathOption) {
     const tether::JNIEnvInjector injector = hackClass_.injector();

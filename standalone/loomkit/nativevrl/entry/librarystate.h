@@ -2,9 +2,9 @@
 
 #include "tether/envinjector.h"
 
+#include <jni.h>
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/once.hpp>
-#include <jni.h>
 
 /// What outlives a call, besides the class proxies. Written at load, emptied at unload, only read in between.
 namespace nativevrl {

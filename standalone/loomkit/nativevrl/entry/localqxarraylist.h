@@ -15,7 +15,8 @@ public:
 
     explicit LocalQxArrayList(unsigned count)
         : count_(count),
-          items_(count <= inlineItemCount ? inlineItems_ : static_cast<qxArray**>(std::malloc(count * sizeof(qxArray*)))) {
+          items_(count <= inlineItemCount ? inlineItems_
+                                          : static_cast<qxArray**>(std::malloc(count * sizeof(qxArray*)))) {
         std::fill_n(items_, count_, nullptr);
     }
 

@@ -32,7 +32,7 @@ jobject environmentValue(JNIEnv* env, jstring name) {
 }  // namespace
 
 jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeApplication(JNIEnv* env, jclass,
-                                                                                   jobjectArray options) {
+                                                                                  jobjectArray options) {
     return guarded<jboolean>(JNI_FALSE, [&] {
         configureRuntimeOnce(env);
         return startRuntime(env, options);
@@ -46,13 +46,9 @@ jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlTerminateApplication
     });
 }
 
-void Java_com_norvane_toolbox_loomkit_internal_NVKRT_lock(JNIEnv*, jclass) {
-    vrlAcquireMutex();
-}
+void Java_com_norvane_toolbox_loomkit_internal_NVKRT_lock(JNIEnv*, jclass) { vrlAcquireMutex(); }
 
-void Java_com_norvane_toolbox_loomkit_internal_NVKRT_unlock(JNIEnv*, jclass) {
-    vrlReleaseMutex();
-}
+void Java_com_norvane_toolbox_loomkit_internal_NVKRT_unlock(JNIEnv*, jclass) { vrlReleaseMutex(); }
 
 jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlIsStandaloneMode(JNIEnv*, jclass) {
     return static_cast<jboolean>(vrlIsStandaloneMode());
@@ -85,7 +81,7 @@ Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(JNIE
 }
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlAddCanonicalPathMacro(JNIEnv* env, jclass, jstring first,
-                                                                               jstring second) {
+                                                                              jstring second) {
     jboolean firstIsCopy = JNI_FALSE;
     jboolean secondIsCopy = JNI_FALSE;
     const char* firstChars = env->GetStringUTFChars(first, &firstIsCopy);

@@ -65,7 +65,8 @@ vrlExtractedComponentFactory directoryFactory(JNIEnv* env, const vrlkrt::KpaExtr
     return vrlMakeDirectoryExtractedComponentFactory(extractor, dsPathString_<dsMBCSSafeString>(text));
 }
 
-vrlExtractedComponentFactory makeFactory(JNIEnv* env, const vrlkrt::KpaExtractor& extractor, const InstanceRequest& request) {
+vrlExtractedComponentFactory makeFactory(JNIEnv* env, const vrlkrt::KpaExtractor& extractor,
+                                         const InstanceRequest& request) {
     return request.useCache == JNI_TRUE ? vrlMakeComponentCacheExtractedComponentFactory(extractor)
                                         : directoryFactory(env, extractor, request.extractTo);
 }
@@ -102,8 +103,8 @@ jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
 }  // namespace
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeComponentInstance(
-    JNIEnv* env, jclass, jboolean useCache, jint, jstring componentText, jstring extractTo, jobject archive, jint length,
-    jobject second, jobject first) {
+    JNIEnv* env, jclass, jboolean useCache, jint, jstring componentText, jstring extractTo, jobject archive,
+    jint length, jobject second, jobject first) {
     return guarded<jobject>(nullptr, [&] {
         configureRuntimeOnce(env);
         return runtimeFacing<jobject>(env, "An error occurred while initializing the component.\n", nullptr, [&] {

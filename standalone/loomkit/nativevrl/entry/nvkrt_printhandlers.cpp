@@ -12,9 +12,7 @@ using namespace nativevrl;
 
 namespace {
 
-int dropText(const char*) {
-    return 0;
-}
+int dropText(const char*) { return 0; }
 
 }  // namespace
 

@@ -16,17 +16,13 @@ namespace {
 
 constexpr jint jniVersion = 0x10004;
 
-int getEnv(JavaVM* vm, JNIEnv** env, jint version) {
-    return vm->GetEnv(reinterpret_cast<void**>(env), version);
-}
+int getEnv(JavaVM* vm, JNIEnv** env, jint version) { return vm->GetEnv(reinterpret_cast<void**>(env), version); }
 
 int attachCurrentThread(JavaVM* vm, JNIEnv** env, JavaVMAttachArgs* arguments) {
     return vm->AttachCurrentThread(reinterpret_cast<void**>(env), arguments);
 }
 
-int detachCurrentThread(JavaVM* vm) {
-    return vm->DetachCurrentThread();
-}
+int detachCurrentThread(JavaVM* vm) { return vm->DetachCurrentThread(); }
 
 /// The name that unknown threads are attached under. Not const, since JNI wants it so; nobody writes to it.
 char threadName[] = "<anonymous thread>";
@@ -51,9 +47,9 @@ jint JNI_com_norvane_toolbox_loomkit_internal_NVKRT_OnLoad(JavaVM* vm) {
     using namespace boost::placeholders;
     const auto record = makeAttachRecord();
     const auto recordPointer = boost::bind(&boost::shared_ptr<JavaVMAttachArgs>::get, record);
-    sharedEnvInjector = boost::make_shared<tether::JNIEnvInjector>(boost::bind(&getEnv, vm, _1, record->version),
-                                                                   boost::bind(&attachCurrentThread, vm, _1, recordPointer),
-                                                                   boost::bind(&detachCurrentThread, vm));
+    sharedEnvInjector = boost::make_shared<tether::JNIEnvInjector>(
+        boost::bind(&getEnv, vm, _1, record->version), boost::bind(&attachCurrentThread, vm, _1, recordPointer),
+        boost::bind(&detachCurrentThread, vm));
     sharedJavaVM = vm;
     return jniVersion;
 }

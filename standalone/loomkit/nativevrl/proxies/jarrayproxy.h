@@ -103,7 +103,8 @@ public:
     /// A contiguous run of T, copied in one call.
     NewJPrimitiveArrayProxy(JNIEnv* env, const T* begin, const T* end)
         : NewJPrimitiveArrayProxy(env, static_cast<std::size_t>(end - begin)) {
-        (env->*Jni::setRegion)(static_cast<typename Jni::Array>(this->ref()), 0, static_cast<jsize>(end - begin), begin);
+        (env->*Jni::setRegion)(static_cast<typename Jni::Array>(this->ref()), 0, static_cast<jsize>(end - begin),
+                               begin);
     }
 
     /// A contiguous run of another type, each element cast.

@@ -31,29 +31,17 @@ JNumberProxy::JNumberProxy(JNIEnv* env, jobject object)
 JNumberProxy::JNumberProxy(const JNumberProxy& other) = default;
 JNumberProxy::~JNumberProxy() = default;
 
-jbyte JNumberProxy::byteValue() const {
-    return env()->CallByteMethod(ref(), numberClass_->byteValue);
-}
+jbyte JNumberProxy::byteValue() const { return env()->CallByteMethod(ref(), numberClass_->byteValue); }
 
-jdouble JNumberProxy::doubleValue() const {
-    return env()->CallDoubleMethod(ref(), numberClass_->doubleValue);
-}
+jdouble JNumberProxy::doubleValue() const { return env()->CallDoubleMethod(ref(), numberClass_->doubleValue); }
 
-jfloat JNumberProxy::floatValue() const {
-    return env()->CallFloatMethod(ref(), numberClass_->floatValue);
-}
+jfloat JNumberProxy::floatValue() const { return env()->CallFloatMethod(ref(), numberClass_->floatValue); }
 
-jint JNumberProxy::intValue() const {
-    return env()->CallIntMethod(ref(), numberClass_->intValue);
-}
+jint JNumberProxy::intValue() const { return env()->CallIntMethod(ref(), numberClass_->intValue); }
 
-jlong JNumberProxy::longValue() const {
-    return env()->CallLongMethod(ref(), numberClass_->longValue);
-}
+jlong JNumberProxy::longValue() const { return env()->CallLongMethod(ref(), numberClass_->longValue); }
 
-jshort JNumberProxy::shortValue() const {
-    return env()->CallShortMethod(ref(), numberClass_->shortValue);
-}
+jshort JNumberProxy::shortValue() const { return env()->CallShortMethod(ref(), numberClass_->shortValue); }
 
 template <typename T>
 JBoxedNumberClassProxy<T>::JBoxedNumberClassProxy(JNIEnv* env, jclass cls)
@@ -96,8 +84,6 @@ JCharacterProxy::JCharacterProxy(JNIEnv* env, jobject object)
 JCharacterProxy::JCharacterProxy(const JCharacterProxy& other) = default;
 JCharacterProxy::~JCharacterProxy() = default;
 
-jchar JCharacterProxy::charValue() const {
-    return env()->CallCharMethod(ref(), characterClass_->charValue);
-}
+jchar JCharacterProxy::charValue() const { return env()->CallCharMethod(ref(), characterClass_->charValue); }
 
 }  // namespace nativevrl

@@ -59,7 +59,8 @@ class JBoxedNumberProxy : public JNumberProxy {
 public:
     using ClassProxy = JBoxedNumberClassProxy<T>;
 
-    JBoxedNumberProxy(JNIEnv* env, jobject object) : JNumberProxy(env, object), boxedClass_(ClassProxy::instance(env)) {}
+    JBoxedNumberProxy(JNIEnv* env, jobject object)
+        : JNumberProxy(env, object), boxedClass_(ClassProxy::instance(env)) {}
 
 protected:
     ClassProxy* boxedClass() const { return boxedClass_; }
@@ -148,7 +149,8 @@ class NewJBoxedProxy : public BoxedProxy<T>::Type {
 public:
     NewJBoxedProxy(JNIEnv* env, T value) : Base(env, nullptr) {
         const jvalue argument = asArgument(value);
-        this->attach(tether::newObjectA(env, this->boxedClass()->classRef(), this->boxedClass()->constructor, &argument));
+        this->attach(
+            tether::newObjectA(env, this->boxedClass()->classRef(), this->boxedClass()->constructor, &argument));
     }
 };
 

@@ -29,19 +29,13 @@ jclass newWeakClassRef(JNIEnv* env, jclass cls) {
 
 JTetherDisposable::~JTetherDisposable() = default;
 
-JTetherLock::JTetherLock() {
-    vrlAcquireMutex();
-}
+JTetherLock::JTetherLock() { vrlAcquireMutex(); }
 
-JTetherLock::~JTetherLock() {
-    vrlReleaseMutex();
-}
+JTetherLock::~JTetherLock() { vrlReleaseMutex(); }
 
 JClassProxy::JClassProxy(JNIEnv* env, jclass cls) : classRef_(newWeakClassRef(env, cls)), env_(env) {}
 
-JClassProxy::~JClassProxy() {
-    env_->DeleteWeakGlobalRef(classRef_);
-}
+JClassProxy::~JClassProxy() { env_->DeleteWeakGlobalRef(classRef_); }
 
 void JClassProxy::dispose(JNIEnv* env) {
     env_ = env;
@@ -51,8 +45,8 @@ void JClassProxy::dispose(JNIEnv* env) {
 JObjectRef JClassProxy::getClassLoader() const {
     JObjectRef classClass(env_, nullptr);
     classClass.attach(tether::findClass(env_, "java/lang/Class"));
-    jmethodID getter = tether::getMethodID(env_, static_cast<jclass>(classClass.ref()), "getClassLoader",
-                                           "()Ljava/lang/ClassLoader;");
+    jmethodID getter =
+        tether::getMethodID(env_, static_cast<jclass>(classClass.ref()), "getClassLoader", "()Ljava/lang/ClassLoader;");
     JObjectRef loader(env_, nullptr);
     loader.attach(env_->CallObjectMethodA(classRef_, getter, nullptr));
     tether::throwIfPending(env_);

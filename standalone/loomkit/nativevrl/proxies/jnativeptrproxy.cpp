@@ -15,13 +15,9 @@ JNativePtrProxy::JNativePtrProxy(JNIEnv* env, jobject object)
 JNativePtrProxy::JNativePtrProxy(const JNativePtrProxy& other) = default;
 JNativePtrProxy::~JNativePtrProxy() = default;
 
-jlong JNativePtrProxy::get() const {
-    return tether::callMethodA<jlong>(env(), ref(), nativePtrClass_->get, nullptr);
-}
+jlong JNativePtrProxy::get() const { return tether::callMethodA<jlong>(env(), ref(), nativePtrClass_->get, nullptr); }
 
-void* JNativePtrProxy::address() const {
-    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(get()));
-}
+void* JNativePtrProxy::address() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(get())); }
 
 NewJNativePtrProxy::NewJNativePtrProxy(JNIEnv* env, void* address) : JNativePtrProxy(env, nullptr) {
     const jvalue argument = asArgument(static_cast<jlong>(reinterpret_cast<std::uintptr_t>(address)));

@@ -107,7 +107,8 @@ JNVFunctionHandleProxy::JNVFunctionHandleProxy(JNIEnv* env, jobject object)
 JNVFunctionHandleProxy::JNVFunctionHandleProxy(const JNVFunctionHandleProxy& other) = default;
 JNVFunctionHandleProxy::~JNVFunctionHandleProxy() = default;
 
-NewJNVFunctionHandleProxy::NewJNVFunctionHandleProxy(JNIEnv* env, qxArray* array) : JNVFunctionHandleProxy(env, nullptr) {
+NewJNVFunctionHandleProxy::NewJNVFunctionHandleProxy(JNIEnv* env, qxArray* array)
+    : JNVFunctionHandleProxy(env, nullptr) {
     const NewJNativePtrProxy handle(env, array);
     attach(newAround(env, functionHandleClass()->classRef(), functionHandleClass()->constructor, handle));
 }

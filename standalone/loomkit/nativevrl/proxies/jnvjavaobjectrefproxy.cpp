@@ -67,7 +67,8 @@ void NewJNVJavaObjectRefProxy::wrapAndConsume(qxArray* array, jobject object) {
     if (object != nullptr) {
         jvalue argument;
         argument.l = object;
-        attach(tether::newObjectA(env(), javaObjectRefClass()->classRef(), javaObjectRefClass()->constructor, &argument));
+        attach(
+            tether::newObjectA(env(), javaObjectRefClass()->classRef(), javaObjectRefClass()->constructor, &argument));
     }
     qxDestroyArray(array);
 }

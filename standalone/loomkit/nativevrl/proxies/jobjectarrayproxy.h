@@ -28,7 +28,8 @@ class JObjectArrayProxy;
 template <typename E>
 class JObjectArrayElementProxy : public E {
 public:
-    JObjectArrayElementProxy(JObjectArrayProxy<E>& array, jsize index) : E(array.env(), nullptr), array_(&array), index_(index) {
+    JObjectArrayElementProxy(JObjectArrayProxy<E>& array, jsize index)
+        : E(array.env(), nullptr), array_(&array), index_(index) {
         E::attach(tether::getObjectArrayElement(array.env(), array.array(), index));
     }
 

@@ -35,9 +35,7 @@ JStringProxy JObjectProxy::toString() const {
     return text;
 }
 
-jobject JObjectProxy::callObject(jmethodID method) const {
-    return callObjectMethod(env(), ref(), method);
-}
+jobject JObjectProxy::callObject(jmethodID method) const { return callObjectMethod(env(), ref(), method); }
 
 jobject callObjectMethod(JNIEnv* env, jobject object, jmethodID method, const jvalue* arguments) {
     jobject result = env->CallObjectMethodA(object, method, arguments);

@@ -79,13 +79,37 @@ public:
     jclass get() const noexcept { return static_cast<jclass>(ref()); }
 };
 
-template <> inline jboolean JObjectProxy::as<jboolean>() const { return asBoolean(); }
-template <> inline jchar JObjectProxy::as<jchar>() const { return asChar(); }
-template <> inline jbyte JObjectProxy::as<jbyte>() const { return asByte(); }
-template <> inline jshort JObjectProxy::as<jshort>() const { return asShort(); }
-template <> inline jint JObjectProxy::as<jint>() const { return asInt(); }
-template <> inline jlong JObjectProxy::as<jlong>() const { return asLong(); }
-template <> inline jfloat JObjectProxy::as<jfloat>() const { return asFloat(); }
-template <> inline jdouble JObjectProxy::as<jdouble>() const { return asDouble(); }
+template <>
+inline jboolean JObjectProxy::as<jboolean>() const {
+    return asBoolean();
+}
+template <>
+inline jchar JObjectProxy::as<jchar>() const {
+    return asChar();
+}
+template <>
+inline jbyte JObjectProxy::as<jbyte>() const {
+    return asByte();
+}
+template <>
+inline jshort JObjectProxy::as<jshort>() const {
+    return asShort();
+}
+template <>
+inline jint JObjectProxy::as<jint>() const {
+    return asInt();
+}
+template <>
+inline jlong JObjectProxy::as<jlong>() const {
+    return asLong();
+}
+template <>
+inline jfloat JObjectProxy::as<jfloat>() const {
+    return asFloat();
+}
+template <>
+inline jdouble JObjectProxy::as<jdouble>() const {
+    return asDouble();
+}
 
 }  // namespace nativevrl

@@ -22,18 +22,14 @@ JObjectRef::JObjectRef(JNIEnv* env, jobject object) : env_(env), ref_(newLocalRe
 
 JObjectRef::JObjectRef(const JObjectRef& other) : JObjectRef(other.env_, other.ref_) {}
 
-JObjectRef& JObjectRef::operator=(const JObjectRef& other) {
-    return *this = other.ref_;
-}
+JObjectRef& JObjectRef::operator=(const JObjectRef& other) { return *this = other.ref_; }
 
 JObjectRef& JObjectRef::operator=(jobject object) {
     attach(newLocalRef(env_, object));
     return *this;
 }
 
-JObjectRef::~JObjectRef() {
-    JObjectRef::reset();
-}
+JObjectRef::~JObjectRef() { JObjectRef::reset(); }
 
 void JObjectRef::reset() {
     if (ref_ != nullptr) {
@@ -41,17 +37,13 @@ void JObjectRef::reset() {
     }
 }
 
-jobject JObjectRef::detach() {
-    return release();
-}
+jobject JObjectRef::detach() { return release(); }
 
 void JObjectRef::attach(jobject object) {
     reset();
     ref_ = object;
 }
 
-jobject JObjectRef::release() noexcept {
-    return std::exchange(ref_, nullptr);
-}
+jobject JObjectRef::release() noexcept { return std::exchange(ref_, nullptr); }
 
 }  // namespace nativevrl

@@ -11,7 +11,8 @@ namespace nativevrl {
 /// Root of all object proxies: owns one local reference, or none.
 class JObjectRef {
 public:
-    /// A private reference to `object`, which may be null. Throws tether::NewLocalRefError when there is none to be had.
+    /// A private reference to `object`, which may be null. Throws tether::NewLocalRefError when there is none to be
+    /// had.
     JObjectRef(JNIEnv* env, jobject object);
     JObjectRef(const JObjectRef& other);
     JObjectRef& operator=(const JObjectRef& other);

@@ -15,9 +15,7 @@ JStringProxy& JStringProxy::operator=(const JStringProxy& other) {
     return *this;
 }
 
-JStringProxy::~JStringProxy() {
-    releaseChars();
-}
+JStringProxy::~JStringProxy() { releaseChars(); }
 
 void JStringProxy::reset() {
     releaseChars();
@@ -38,9 +36,7 @@ const jchar* JStringProxy::getStringChars() {
     return chars_;
 }
 
-jsize JStringProxy::length() const {
-    return isNull() ? 0 : env()->GetStringLength(static_cast<jstring>(ref()));
-}
+jsize JStringProxy::length() const { return isNull() ? 0 : env()->GetStringLength(static_cast<jstring>(ref())); }
 
 void JStringProxy::releaseChars() {
     if (utfChars_ != nullptr) {

@@ -58,7 +58,8 @@ public:
 
     /// From every stride-th element; `end` is a whole number of strides behind `begin`.
     template <typename S>
-    NewJStringProxy(JNIEnv* env, const S* begin, std::size_t stride, const S* end, std::size_t) : JStringProxy(env, nullptr) {
+    NewJStringProxy(JNIEnv* env, const S* begin, std::size_t stride, const S* end, std::size_t)
+        : JStringProxy(env, nullptr) {
         std::basic_string<char16_t> units;
         units.reserve(static_cast<std::size_t>(end - begin) / stride);
         for (; begin != end; begin += stride) {

@@ -26,7 +26,8 @@ constexpr Intermediate truncateTo(Floating value) {
 /// The intermediate that a floating value takes on its way into an integer of type T: 32 bits for up to 16 bits
 /// and for int32, 64 bits for uint32 and wider.
 template <typename T>
-using TruncationFor = std::conditional_t<(sizeof(T) < 4) || std::is_same_v<T, std::int32_t>, std::int32_t, std::int64_t>;
+using TruncationFor =
+    std::conditional_t<(sizeof(T) < 4) || std::is_same_v<T, std::int32_t>, std::int32_t, std::int64_t>;
 
 /// The plain cast with a stated intermediate.
 template <typename T, typename Intermediate, typename S>

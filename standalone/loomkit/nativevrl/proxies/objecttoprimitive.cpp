@@ -17,9 +17,7 @@ T parseWith(JNIEnv* env, jobject text) {
     return tether::callStaticMethodA<T>(env, cls->classRef(), cls->parse, &argument);
 }
 
-bool isNumberFormatPending(JNIEnv* env) {
-    return tether::isExceptionThrown(env, "java/lang/NumberFormatException");
-}
+bool isNumberFormatPending(JNIEnv* env) { return tether::isExceptionThrown(env, "java/lang/NumberFormatException"); }
 
 /// Runs `parser`; a text that it refuses goes on to `next`, with its refusal forgotten. Any other failure stands.
 template <typename Parser, typename Next>
@@ -50,7 +48,10 @@ T parseAs(JNIEnv* env, jobject text) {
     };
     return parseOr(
         env, [&] { return parseWith<T>(env, text); },
-        [&] { return parseOr(env, [&] { return castElement<T>(parseWith<jdouble>(env, text)); }, asLastResort); });
+        [&] {
+            return parseOr(
+                env, [&] { return castElement<T>(parseWith<jdouble>(env, text)); }, asLastResort);
+        });
 }
 
 jboolean parseBoolean(JNIEnv* env, jobject text) {
@@ -98,42 +99,74 @@ T readAs(const JObjectProxy& object, FromNumber&& fromNumber, FromString&& fromS
 
 jboolean JObjectProxy::asBoolean() const {
     return readAs<jboolean>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return static_cast<jboolean>(env->CallDoubleMethod(ref, number.doubleValue) != 0.0); }, parseBoolean);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return static_cast<jboolean>(env->CallDoubleMethod(ref, number.doubleValue) != 0.0);
+        },
+        parseBoolean);
 }
 
 jchar JObjectProxy::asChar() const {
     return readAs<jchar>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return static_cast<jchar>(env->CallIntMethod(ref, number.intValue)); }, firstUnit);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return static_cast<jchar>(env->CallIntMethod(ref, number.intValue));
+        },
+        firstUnit);
 }
 
 jbyte JObjectProxy::asByte() const {
     return readAs<jbyte>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return env->CallByteMethod(ref, number.byteValue); }, parseAs<jbyte>);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return env->CallByteMethod(ref, number.byteValue);
+        },
+        parseAs<jbyte>);
 }
 
 jshort JObjectProxy::asShort() const {
     return readAs<jshort>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return env->CallShortMethod(ref, number.shortValue); }, parseAs<jshort>);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return env->CallShortMethod(ref, number.shortValue);
+        },
+        parseAs<jshort>);
 }
 
 jint JObjectProxy::asInt() const {
     return readAs<jint>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return env->CallIntMethod(ref, number.intValue); }, parseAs<jint>);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return env->CallIntMethod(ref, number.intValue);
+        },
+        parseAs<jint>);
 }
 
 jlong JObjectProxy::asLong() const {
     return readAs<jlong>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return env->CallLongMethod(ref, number.longValue); }, parseAs<jlong>);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return env->CallLongMethod(ref, number.longValue);
+        },
+        parseAs<jlong>);
 }
 
 jfloat JObjectProxy::asFloat() const {
     return readAs<jfloat>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return env->CallFloatMethod(ref, number.floatValue); }, parseAs<jfloat>);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return env->CallFloatMethod(ref, number.floatValue);
+        },
+        parseAs<jfloat>);
 }
 
 jdouble JObjectProxy::asDouble() const {
     return readAs<jdouble>(
-        *this, [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) { return env->CallDoubleMethod(ref, number.doubleValue); }, parseAs<jdouble>);
+        *this,
+        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+            return env->CallDoubleMethod(ref, number.doubleValue);
+        },
+        parseAs<jdouble>);
 }
 
 }  // namespace nativevrl

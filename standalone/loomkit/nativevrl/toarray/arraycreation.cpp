@@ -92,7 +92,8 @@ void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* 
 void checkMatches(JNVArrayInitializer& initializer, const qxArray* source) {
     const std::vector<unsigned>& stated = initializer.getDimensions();
     const std::uint32_t* extents = source->get_dimensions();
-    const bool sameExtents = stated.size() == source->numberOfDimensions() && std::equal(stated.begin(), stated.end(), extents);
+    const bool sameExtents =
+        stated.size() == source->numberOfDimensions() && std::equal(stated.begin(), stated.end(), extents);
     if (!sameExtents || isComplex(source) != (initializer.getComplexity() > qxREAL)) {
         raise(initializer.env(), "java/lang/RuntimeException", "array dimensions do not match");
     }

@@ -41,10 +41,10 @@ constexpr TestedClass kArrayClasses[] = {
 };
 
 constexpr TestedClass kScalarClasses[] = {
-    {isA<JStringClassProxy>, qxCHAR_CLASS},    {isRowOrBoxOf<jboolean>, qxLOGICAL_CLASS},
-    {isRowOrBoxOf<jbyte>, qxINT8_CLASS},       {isRowOrBoxOf<jchar>, qxCHAR_CLASS},
-    {isRowOrBoxOf<jdouble>, qxDOUBLE_CLASS},   {isRowOrBoxOf<jfloat>, qxSINGLE_CLASS},
-    {isRowOrBoxOf<jint>, qxINT32_CLASS},       {isRowOrBoxOf<jlong>, qxINT64_CLASS},
+    {isA<JStringClassProxy>, qxCHAR_CLASS},  {isRowOrBoxOf<jboolean>, qxLOGICAL_CLASS},
+    {isRowOrBoxOf<jbyte>, qxINT8_CLASS},     {isRowOrBoxOf<jchar>, qxCHAR_CLASS},
+    {isRowOrBoxOf<jdouble>, qxDOUBLE_CLASS}, {isRowOrBoxOf<jfloat>, qxSINGLE_CLASS},
+    {isRowOrBoxOf<jint>, qxINT32_CLASS},     {isRowOrBoxOf<jlong>, qxINT64_CLASS},
     {isRowOrBoxOf<jshort>, qxINT16_CLASS},
 };
 

@@ -27,7 +27,8 @@ void fillFrom(JNIEnv* env, jobject object, qxArray* array) {
     }
     if (!Proxy::ClassProxy::instance(env)->isInstance(env, object)) {
         JStringProxy name = JObjectProxy(env, object).getClassName();
-        const std::string message = std::string(name.getStringUTFChars()) + " cannot be cast to " + Proxy::ClassProxy::className();
+        const std::string message =
+            std::string(name.getStringUTFChars()) + " cannot be cast to " + Proxy::ClassProxy::className();
         raise(env, "java/lang/ClassCastException", message.c_str());
     }
     auto values = Proxy(env, object).getFlatArray();
@@ -65,9 +66,7 @@ void fillCompoundArray(JNIEnv* env, JObjectArrayProxy<JObjectProxy>& flatArray, 
     }
 }
 
-void fillCellFromJava(JNIEnv* env, jobject object, qxArray* array) {
-    fillFrom<JNonKRTCellProxy>(env, object, array);
-}
+void fillCellFromJava(JNIEnv* env, jobject object, qxArray* array) { fillFrom<JNonKRTCellProxy>(env, object, array); }
 
 void fillStructFromJava(JNIEnv* env, jobject object, qxArray* array) {
     fillFrom<JNonKRTStructProxy>(env, object, array);

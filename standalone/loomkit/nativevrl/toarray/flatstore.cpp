@@ -13,9 +13,7 @@ namespace nativevrl::JConvert {
 
 namespace {
 
-std::size_t common(std::size_t count, jsize length) {
-    return std::min(count, static_cast<std::size_t>(length));
-}
+std::size_t common(std::size_t count, jsize length) { return std::min(count, static_cast<std::size_t>(length)); }
 
 template <typename Target>
 using Block = typename Target::Storage*;

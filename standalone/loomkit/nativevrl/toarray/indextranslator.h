@@ -2,8 +2,8 @@
 
 #include "toarray/rangemaxchecker.h"
 
-#include <boost/numeric/conversion/cast.hpp>
 #include <jni.h>
+#include <boost/numeric/conversion/cast.hpp>
 
 #include <algorithm>
 #include <exception>

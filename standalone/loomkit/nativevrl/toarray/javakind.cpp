@@ -7,9 +7,9 @@ namespace nativevrl::JConvert {
 
 namespace {
 
-constexpr JavaKind kRowKinds[] = {JavaKind::kCharArray,  JavaKind::kBooleanArray, JavaKind::kByteArray,
-                                  JavaKind::kDoubleArray, JavaKind::kFloatArray,  JavaKind::kIntArray,
-                                  JavaKind::kLongArray,  JavaKind::kShortArray};
+constexpr JavaKind kRowKinds[] = {JavaKind::kCharArray,   JavaKind::kBooleanArray, JavaKind::kByteArray,
+                                  JavaKind::kDoubleArray, JavaKind::kFloatArray,   JavaKind::kIntArray,
+                                  JavaKind::kLongArray,   JavaKind::kShortArray};
 
 bool isRowOf(JNIEnv* env, jobject object, JavaKind kind) {
     bool matches = false;

@@ -23,7 +23,8 @@ qxArrayOwner createStated(JNIEnv* env, jintArray dims, qxClassID classId, jint c
     return qxArrayOwner(createArrayFromProperties(env, stated));
 }
 
-qxArrayOwner createNumeric(JNIEnv* env, jintArray dims, jobject realData, jobject imagData, jint classId, jint complexity) {
+qxArrayOwner createNumeric(JNIEnv* env, jintArray dims, jobject realData, jobject imagData, jint classId,
+                           jint complexity) {
     const qxClassID decided =
         classId == qxUNKNOWN_CLASS ? classifyJavaObject(env, realData, true) : static_cast<qxClassID>(classId);
     qxArrayOwner array = createStated(env, dims, decided, complexity);
@@ -69,17 +70,15 @@ qxArrayOwner createStruct(JNIEnv* env, jintArray dims, jobjectArray fieldNames) 
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateArray(JNIEnv* env, jclass, jintArray dims, jint classId,
                                                                       jint complexity) {
-    return guarded<jobject>(nullptr, [&] {
-        return handOver(env, createStated(env, dims, static_cast<qxClassID>(classId), complexity));
-    });
+    return guarded<jobject>(
+        nullptr, [&] { return handOver(env, createStated(env, dims, static_cast<qxClassID>(classId), complexity)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateNumericArray(JNIEnv* env, jclass, jintArray dims,
                                                                              jobject realData, jobject imagData,
                                                                              jint classId, jint complexity) {
-    return guarded<jobject>(nullptr, [&] {
-        return handOver(env, createNumeric(env, dims, realData, imagData, classId, complexity));
-    });
+    return guarded<jobject>(
+        nullptr, [&] { return handOver(env, createNumeric(env, dims, realData, imagData, classId, complexity)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateStructArray(JNIEnv* env, jclass, jintArray dims,

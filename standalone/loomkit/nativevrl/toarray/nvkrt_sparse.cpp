@@ -22,8 +22,7 @@ Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjav
     });
 }
 
-jobject
-Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II(
+jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II(
     JNIEnv* env, jclass, jobject realData, jobject imagData, jint classId, jint complexity) {
     return guarded<jobject>(nullptr, [&] {
         const JObjectProxy real(env, realData);

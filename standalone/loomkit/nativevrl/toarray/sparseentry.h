@@ -23,7 +23,9 @@ struct LogicalEntry {
     static qxArray* createArray(unsigned rows, unsigned columns, std::uint32_t room) {
         return qxCreateSparseLogicalMatrix(rows, columns, room);
     }
-    void store(qxArray& array, std::size_t at) const { static_cast<std::uint8_t*>(array.realData())[at] = value ? 1 : 0; }
+    void store(qxArray& array, std::size_t at) const {
+        static_cast<std::uint8_t*>(array.realData())[at] = value ? 1 : 0;
+    }
 };
 
 struct RealEntry {

@@ -24,19 +24,19 @@ struct ElementReader {
 
 /// The same type, or integers of one width: the cast keeps the bits.
 template <typename T, typename S>
-constexpr bool keepsBits = std::is_same_v<T, S> || (std::is_integral_v<T> && std::is_integral_v<S> && sizeof(T) == sizeof(S));
+constexpr bool keepsBits = std::is_same_v<T, S> ||
+                           (std::is_integral_v<T> && std::is_integral_v<S> && sizeof(T) == sizeof(S));
 
 template <typename T, typename S>
 constexpr ElementReader<T> readerOf() {
     // Signed and unsigned integers of one width may be read as one another, so they share their code.
     using Stored = std::conditional_t<keepsBits<T, S>, T, S>;
-    return {sizeof(S), keepsBits<T, S>,
-            [](const void* elements, std::size_t index) {
-                return asElement<T>(static_cast<const Stored*>(elements)[index]);
-            },
-            [](const void* from, const GatherShape& shape, T* to) {
-                gather(static_cast<const Stored*>(from), shape, to);
-            }};
+    return {
+        sizeof(S), keepsBits<T, S>,
+        [](const void* elements, std::size_t index) {
+            return asElement<T>(static_cast<const Stored*>(elements)[index]);
+        },
+        [](const void* from, const GatherShape& shape, T* to) { gather(static_cast<const Stored*>(from), shape, to); }};
 }
 
 /// Reads the elements of a class as T. False for a class without numbers, truth values or text.

@@ -123,7 +123,8 @@ private:
         }
     }
 
-    /// Rows that are too long for the tile: some of them are made, and then written together, a piece of each at a time.
+    /// Rows that are too long for the tile: some of them are made, and then written together, a piece of each at a
+    /// time.
     void fillLongRows(NewJObjectArrayProxy<JObjectProxy>& outer, const void* base, const LevelExtent& rows,
                       const LevelExtent& line, std::size_t room) {
         std::array<std::optional<Leaf>, kOpenRows> open;

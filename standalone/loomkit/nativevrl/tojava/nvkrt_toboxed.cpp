@@ -6,10 +6,10 @@
 
 using namespace nativevrl;
 
-#define LOOMKIT_BOXED_READ(Name, T)                                             \
+#define LOOMKIT_BOXED_READ(Name, T)                                                       \
     jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArrayTo##Name##ObjectArray( \
-        JNIEnv* env, jclass, jobject handle, jboolean real) {                   \
-        return nestedRead<BoxedLeaf<T>>(env, handle, real);                     \
+        JNIEnv* env, jclass, jobject handle, jboolean real) {                             \
+        return nestedRead<BoxedLeaf<T>>(env, handle, real);                               \
     }
 
 LOOMKIT_BOXED_READ(Boolean, jboolean)

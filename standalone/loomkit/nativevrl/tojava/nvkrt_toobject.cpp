@@ -39,7 +39,8 @@ jobject buildView(JNIEnv* env, const qxArray* array, bool real) {
 
 jobject buildViewOfSlots(JNIEnv* env, qxClassID classId, const qxArray* array, bool real) {
     if (classId != qxCELL_CLASS && classId != qxSTRUCT_CLASS && classId != qxFUNCTION_CLASS) {
-        raise(env, "java/lang/UnsupportedOperationException", "Can not convert the given TAVRIX array type to a Java type.");
+        raise(env, "java/lang/UnsupportedOperationException",
+              "Can not convert the given TAVRIX array type to a Java type.");
     }
     return buildView<SlotLeaf>(env, array, real);
 }

@@ -6,14 +6,14 @@
 
 using namespace nativevrl;
 
-#define LOOMKIT_PRIMITIVE_READS(Name, T)                                                                         \
-    jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArrayTo##Name##Array(JNIEnv* env, jclass,          \
+#define LOOMKIT_PRIMITIVE_READS(Name, T)                                                                            \
+    jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArrayTo##Name##Array(JNIEnv* env, jclass,             \
                                                                                    jobject handle, jboolean real) { \
-        return nestedRead<PrimitiveLeaf<T>>(env, handle, real);                                                  \
-    }                                                                                                            \
-    T##Array Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGet##Name##Data(JNIEnv* env, jclass,              \
-                                                                               jobject handle, jboolean real) {  \
-        return static_cast<T##Array>(flatRead<PrimitiveLeaf<T>>(env, handle, real));                             \
+        return nestedRead<PrimitiveLeaf<T>>(env, handle, real);                                                     \
+    }                                                                                                               \
+    T##Array Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGet##Name##Data(JNIEnv* env, jclass, jobject handle, \
+                                                                               jboolean real) {                     \
+        return static_cast<T##Array>(flatRead<PrimitiveLeaf<T>>(env, handle, real));                                \
     }
 
 LOOMKIT_PRIMITIVE_READS(Boolean, jboolean)

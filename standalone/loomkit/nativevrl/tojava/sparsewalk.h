@@ -16,7 +16,9 @@ class SparseColumns {
 public:
     /// Raises java.lang.OutOfMemoryError when there is no room for the cursors.
     SparseColumns(JNIEnv* env, const qxArray* array)
-        : rowIndex_(array->rowIndexTable()), columnStart_(array->columnStartTable()), columns_(qxGetN(array)),
+        : rowIndex_(array->rowIndexTable()),
+          columnStart_(array->columnStartTable()),
+          columns_(qxGetN(array)),
           cursors_(new (std::nothrow) std::uint32_t[columns_]) {
         if (!cursors_) {
             tether::throwOutOfMemory(env);

@@ -37,9 +37,7 @@ public:
 
     /// Distance between two rows of `length` elements: whole cache lines, and an odd number of them, so that rows at
     /// the same column don't fall into the same cache sets.
-    static constexpr std::size_t pitchFor(std::size_t length) {
-        return ((length + kLine - 1) / kLine | 1U) * kLine;
-    }
+    static constexpr std::size_t pitchFor(std::size_t length) { return ((length + kLine - 1) / kLine | 1U) * kLine; }
 
     /// The largest such distance within `room`, which is a cache line at least.
     static constexpr std::size_t pitchWithin(std::size_t room) { return ((room / kLine - 1) | 1U) * kLine; }

@@ -14,9 +14,7 @@ struct SourceElement {
 };
 
 /// Double to uint64: the classes of numbers, without logical and char.
-constexpr bool isNumericClass(qxClassID id) {
-    return id >= qxDOUBLE_CLASS && id <= qxUINT64_CLASS;
-}
+constexpr bool isNumericClass(qxClassID id) { return id >= qxDOUBLE_CLASS && id <= qxUINT64_CLASS; }
 
 /// Calls `visit` with the SourceElement of a class that has numbers, truth values or text. False, and no call, for any
 /// other.

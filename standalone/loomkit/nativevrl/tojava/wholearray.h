@@ -64,7 +64,8 @@ jobject flatRead(JNIEnv* env, jobject handle, jboolean real) {
         checkImaginaryAccess(env, array, real != JNI_FALSE);
         ElementReader<typename Leaf::Element> reader{};
         if (!findReader(classIdOf(array), reader)) {
-            raise(env, "java/lang/UnsupportedOperationException", "getData is not supported for TAVRIX arrays of this type.");
+            raise(env, "java/lang/UnsupportedOperationException",
+                  "getData is not supported for TAVRIX arrays of this type.");
         }
         const void* data = requirePart(env, array, real != JNI_FALSE);
         return NestedWalk<Leaf>(env, reader).buildRun(data, 1, storedElementCount(array));
