@@ -1,5 +1,6 @@
 /// Java data on its way into native arrays.
 
+#include "arrays/arrayhandle.h"
 #include "qx/qx.h"
 #include "support/cases.h"
 #include "support/floors.h"
@@ -26,7 +27,7 @@ jobject keep(JNIEnv* env, jobject local) {
 
 /// Runs a creating native on the data and ends the array again.
 void createAndDestroy(JNIEnv* env, jobject handle) {
-    qxDestroyArray(static_cast<qxArray*>(test::addressIn(env, handle)));
+    qxDestroyArray(openHandle(env, handle));
     env->DeleteLocalRef(handle);
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -41,6 +42,15 @@ To clampInteger(From value) {
     return static_cast<To>(std::min<std::uint64_t>(static_cast<std::uint64_t>(value), Limits::max()));
 }
 
+template <typename Value>
+bool isNan(Value value) {
+    if constexpr (std::is_floating_point_v<Value>) {
+        return std::isnan(value);
+    } else {
+        return false;
+    }
+}
+
 /// A logical or char element as the integer that it is.
 template <typename Element>
 auto plain(Element value) {
@@ -58,7 +68,7 @@ To convertElement(From element) {
     const auto value = plain(element);
     using Value = decltype(plain(element));
     if constexpr (std::is_same_v<To, Logical>) {
-        return value != 0 && value == value ? Logical{1} : Logical{0};
+        return value != 0 && !isNan(value) ? Logical{1} : Logical{0};
     } else if constexpr (std::is_floating_point_v<To>) {
         return static_cast<To>(value);
     } else {

@@ -52,7 +52,7 @@ qxArrayOwner newArray(qxClassID classId, std::uint32_t flags, Shape shape) {
     }
     qxArrayOwner array(qxArrayAccess::newHeader(static_cast<std::uint32_t>(classId), flags, shape, storage.get()));
     if (array) {
-        storage.release();
+        static_cast<void>(storage.release());  // the header owns it
     }
     return array;
 }

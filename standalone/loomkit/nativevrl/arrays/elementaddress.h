@@ -43,17 +43,17 @@ public:
 
     std::size_t denseIndex(const qxArray* array) {
         const MSubscriptToC map;
-        return computeSingleSubscript(array->get_dimensions(), array->numberOfDimensions(), subscripts_.getElements(),
+        return computeSingleSubscript(array->get_dimensions(), array->numberOfDimensions(), subscripts_.elements(),
                                       map);
     }
 
     SparsePosition sparsePosition(const SparseArrayView&) {
-        const jint* subscripts = subscripts_.getElements();
+        const jint* subscripts = subscripts_.elements();
         return {static_cast<std::uint32_t>(subscripts[0] - 1), static_cast<std::uint32_t>(subscripts[1] - 1)};
     }
 
 private:
-    JPrimitiveArrayProxy<jint> subscripts_;
+    JavaSubscripts subscripts_;
 };
 
 inline LinearAddress addressOf(JNIEnv* env, jint index) { return {env, index}; }

@@ -2,7 +2,6 @@
 
 #include "arrays/arrayhandle.h"
 #include "entry/boundary.h"
-#include "proxies/invariant.h"
 #include "proxies/jarrayproxy.h"
 #include "qx/arrayowner.h"
 #include "vrlkrt/vrlkrt.h"
@@ -21,9 +20,8 @@ bool hasNoForm(const qxArray* array) { return array == nullptr || classIdOf(arra
 /// Hands the bytes of a serialised array to Java and ends the array. It stays alive when there is no room for the
 /// byte[].
 jbyteArray toByteArray(JNIEnv* env, qxArray* serialised) {
-    const std::size_t length = qxGetN(serialised);
-    NewJPrimitiveArrayProxy<jbyte> bytes(env, length);
-    std::memcpy(bytes.getElements(), serialised->realData(), length);
+    const auto* begin = static_cast<const jbyte*>(serialised->realData());
+    NewJPrimitiveArrayProxy<jbyte> bytes(env, begin, begin + qxGetN(serialised));
     qxDestroyArray(serialised);
     return static_cast<jbyteArray>(bytes.detach());
 }

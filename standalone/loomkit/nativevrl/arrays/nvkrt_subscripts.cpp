@@ -53,7 +53,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript
             return refuseNull(env, "null index array");
         }
         const qxArray* array = openForSubscripts(env, handle);
-        JPrimitiveArrayProxy<jint> pinned(env, fieldAndSubscripts);
+        JavaSubscripts pinned(env, fieldAndSubscripts);
         return toJavaInt(env, structSubscript(env, array, pinned));
     });
 }
@@ -69,7 +69,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript
         }
         const qxArray* array = openForSubscripts(env, handle);
         JStringProxy name(env, field);
-        JPrimitiveArrayProxy<jint> pinned(env, subscripts);
+        JavaSubscripts pinned(env, subscripts);
         return toJavaInt(env, structSubscript(env, array, name, pinned));
     });
 }

@@ -43,8 +43,8 @@ std::uint32_t growCapacity(std::uint32_t needed, std::uint32_t current, std::uin
         }
     }
     const std::uint64_t step = roundUp64(limit / 100);
-    const std::uint64_t missing = needed > doublingEnd ? needed - doublingEnd : 0;
-    const std::uint64_t grown = doublingEnd + (missing + step - 1) / step * step;
+    const std::uint64_t steps = (needed - doublingEnd + step - 1) / step;
+    const std::uint64_t grown = doublingEnd + steps * step;
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(grown, limit));
 }
 
@@ -61,8 +61,7 @@ void SparseArrayView::attach(qxArray* array, bool owned) {
     owned_ = owned;
     rows_ = array->get_dimensions()[0];
     columns_ = static_cast<std::uint32_t>(qxGetN(array));
-    saved_ = {array->capacity(), array->rowIndexTable(), array->realData(),
-              array->hasComplexFlag() ? array->imagData() : nullptr};
+    saved_ = {array->capacity(), array->rowIndexTable(), array->realData(), array->imagData()};
     capacity_ = saved_.capacity;
     rowIndex_ = saved_.rowIndex;
     real_ = saved_.real;
@@ -149,7 +148,8 @@ void SparseArrayView::moveTail(std::uint32_t from, std::uint32_t to) {
 }
 
 bool SparseArrayView::insertAt(std::uint32_t stored, SparsePosition at, const void* value, bool real) {
-    if (!reserve(count_ + 1) || !providePart(real)) {
+    const bool isFull = count_ == std::numeric_limits<std::uint32_t>::max();
+    if (isFull || !reserve(count_ + 1) || !providePart(real)) {
         return false;
     }
     moveTail(stored, stored + 1);

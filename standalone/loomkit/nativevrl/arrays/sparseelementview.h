@@ -99,7 +99,7 @@ private:
     std::uint32_t* rowIndex_ = nullptr;
     std::uint32_t* columnStart_ = nullptr;  // the end of column c is columnStart_[c + 1]
     void* real_ = nullptr;
-    void* imag_ = nullptr;  // null unless the array is flagged complex
+    void* imag_ = nullptr;  // null unless some header over the storage is complex: it moves with the rest
     std::size_t elementSize_ = 0;
     Tables saved_;
 };

@@ -47,24 +47,23 @@ std::vector<unsigned> subscriptsOf(const qxArray* array, unsigned position) {
 
 }  // namespace
 
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JPrimitiveArrayProxy<jint>& fieldAndSubscripts) {
+unsigned structSubscript(JNIEnv* env, const qxArray* array, JavaSubscripts& fieldAndSubscripts) {
     const jsize length = fieldAndSubscripts.length();
-    if (length < 1 || !isFieldOf(array, fieldAndSubscripts.getElements()[0])) {
+    if (length < 1 || !isFieldOf(array, fieldAndSubscripts.elements()[0])) {
         raise<tether::ArrayIndexOutOfBoundsException>(env, "java/lang/ArrayIndexOutOfBoundsException",
                                                       "Struct array index out of bounds");
     }
-    const jint* values = fieldAndSubscripts.getElements();
+    const jint* values = fieldAndSubscripts.elements();
     checkSubscripts(env, array->get_dimensions(), array->numberOfDimensions(), values + 1,
                     static_cast<std::size_t>(length) - 1);
     return fieldFirstSubscript(array, values);
 }
 
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field,
-                         JPrimitiveArrayProxy<jint>& subscripts) {
+unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, JavaSubscripts& subscripts) {
     std::vector<unsigned> values = {fieldFromOne(env, array, field)};
     const jsize length = subscripts.length();
     checkSubscripts(env, array->get_dimensions(), array->numberOfDimensions(), subscripts, length);
-    values.insert(values.end(), subscripts.getElements(), subscripts.getElements() + length);
+    values.insert(values.end(), subscripts.elements(), subscripts.elements() + length);
     return fieldFirstSubscript(array, values.data());
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "proxies/jarrayproxy.h"
+#include "arrays/javasubscripts.h"
 #include "proxies/jstringproxy.h"
 #include "qx/qx.h"
 
@@ -11,11 +11,10 @@ namespace nativevrl {
 /// exception of the check that fails, and throws std::overflow_error for a product beyond 32 bits.
 
 /// The field number comes first, then one subscript per dimension of the array.
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JPrimitiveArrayProxy<jint>& fieldAndSubscripts);
+unsigned structSubscript(JNIEnv* env, const qxArray* array, JavaSubscripts& fieldAndSubscripts);
 
 /// By the name of the field.
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field,
-                         JPrimitiveArrayProxy<jint>& subscripts);
+unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, JavaSubscripts& subscripts);
 
 /// By the name of the field and the element's index in column-major order.
 unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, jint index);

@@ -46,9 +46,9 @@ void checkSubscriptRange(JNIEnv* env, const std::uint32_t* extents, std::uint32_
 }  // namespace
 
 void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t dimensionCount,
-                     JPrimitiveArrayProxy<jint>& subscripts, jsize length) {
+                     JavaSubscripts& subscripts, jsize length) {
     checkSubscriptCount(env, dimensionCount, static_cast<std::size_t>(length));
-    checkSubscriptRange(env, extents, dimensionCount, subscripts.getElements());
+    checkSubscriptRange(env, extents, dimensionCount, subscripts.elements());
 }
 
 template <typename Subscript>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "proxies/jarrayproxy.h"
+#include "arrays/javasubscripts.h"
 #include "qx/qx.h"
 #include "toarray/leveltable.h"
 
@@ -17,7 +17,7 @@ namespace nativevrl {
 /// As many subscripts as there are dimensions, and each within its extent. Neither missing nor trailing ones are
 /// let through. The Java array is pinned only when the count is right, and stays so for the caller.
 void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t dimensionCount,
-                     JPrimitiveArrayProxy<jint>& subscripts, jsize length);
+                     JavaSubscripts& subscripts, jsize length);
 
 /// The same for subscripts that lie in native memory; for jint and unsigned.
 template <typename Subscript>
