@@ -2,11 +2,22 @@
 
 #include "utf8.h"
 
+#include <memory>
 #include <string>
+#include <type_traits>
 
 namespace tether {
 
 namespace {
+
+struct LocalReferenceEnd {
+    JNIEnv* env;
+    void operator()(jobject reference) const noexcept { env->DeleteLocalRef(reference); }
+};
+
+/// Owns a local reference, `jclass` say.
+template <typename Reference>
+using LocalOwner = std::unique_ptr<std::remove_pointer_t<Reference>, LocalReferenceEnd>;
 
 /// The result of a call that is null only when it failed.
 template <typename Reference>
@@ -21,12 +32,10 @@ Reference checked(JNIEnv* env, Reference result) {
 }
 
 void throwNew(JNIEnv* env, const char* className, const char* signature, const jvalue* arguments) {
-    jclass cls = findClass(env, className);
-    jmethodID constructor = getMethodID(env, cls, "<init>", signature);
-    jobject thrown = newObjectA(env, cls, constructor, arguments);
-    env->Throw(static_cast<jthrowable>(thrown));
-    env->DeleteLocalRef(thrown);
-    env->DeleteLocalRef(cls);
+    const LocalOwner<jclass> cls(findClass(env, className), {env});
+    jmethodID constructor = getMethodID(env, cls.get(), "<init>", signature);
+    const LocalOwner<jobject> thrown(newObjectA(env, cls.get(), constructor, arguments), {env});
+    env->Throw(static_cast<jthrowable>(thrown.get()));
 }
 
 }  // namespace
@@ -41,10 +50,10 @@ void throwNamedException(JNIEnv* env, const char* className, const char* message
     if (env->ExceptionCheck() != JNI_FALSE) {
         return;
     }
+    const LocalOwner<jstring> text(newStringUTF(env, message), {env});
     jvalue argument;
-    argument.l = newStringUTF(env, message);
+    argument.l = text.get();
     throwNew(env, className, "(Ljava/lang/String;)V", &argument);
-    env->DeleteLocalRef(argument.l);
 }
 
 void throwNamedException(JNIEnv* env, const char* className) {
@@ -54,9 +63,7 @@ void throwNamedException(JNIEnv* env, const char* className) {
 }
 
 void throwOutOfMemory(JNIEnv* env) {
-    if (env->ExceptionCheck() == JNI_FALSE) {
-        throwNamedException(env, "java/lang/OutOfMemoryError");
-    }
+    throwNamedException(env, "java/lang/OutOfMemoryError");
     throw OutOfMemoryException();
 }
 
@@ -94,6 +101,9 @@ jmethodID getMethodID(JNIEnv* env, jclass cls, const char* name, const char* sig
 }
 
 jmethodID getStaticMethodID(JNIEnv* env, jclass cls, const char* name, const char* signature) {
+    if (cls == nullptr) {
+        throwNullPointer(env);
+    }
     return checked(env, env->GetStaticMethodID(cls, name, signature));
 }
 
@@ -177,7 +187,9 @@ jobjectArray newObjectArray(JNIEnv* env, jsize length, jclass elementClass) {
 
 jobject getObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index) {
     jobject element = env->GetObjectArrayElement(array, index);
-    throwIfPending(env);
+    if (element == nullptr) {
+        throwIfPending(env);
+    }
     return element;
 }
 

@@ -50,11 +50,6 @@ TEST_F(EnvInjector, AThrowingCallableLeavesTheThreadDetached) {
     });
 }
 
-TEST_F(EnvInjector, ACopyWorksOnItsOwn) {
-    const tether::JNIEnvInjector copy(*sharedEnvInjector);
-    onUnknownThread([&] { EXPECT_EQ(copy.run([](JNIEnv* given) { return given->GetVersion() >= 0x10004; }), true); });
-}
-
 /// Functions that answer as told and count how often they are asked.
 struct Answers {
     int getEnvResult = 0;
@@ -129,10 +124,6 @@ TEST_F(EnvInjector, AnEmptyFunctionFailsOnceItIsNeeded) {
             EXPECT_STREQ(failure.what(), "call to empty boost::function");
         }
     }
-}
-
-TEST_F(EnvInjector, ALocalOneHandsOutWhatItWasGiven) {
-    EXPECT_EQ(tether::make_local_env_injector(env).run([](JNIEnv* given) { return given; }), env);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "entry/javavmconfig.h"
 #include "entry/showcase.h"
 #include "vrlbase/vrlbase.h"
 
@@ -13,6 +14,12 @@ constexpr const char* nvException = "com/norvane/toolbox/loomkit/NVException";
 
 class Instances : public JvmTest {
 protected:
+    void SetUp() override {
+        JvmTest::SetUp();
+        // Its reference to a class stays, and is none of an instance's.
+        configureRuntimeOnce(env);
+    }
+
     jint archiveLength() const { return static_cast<jint>(archive.size()); }
 
     jstring location() { return javaString(env, (folder.path() / "extracted").u16string()); }
@@ -51,6 +58,8 @@ TEST_F(Instances, LiveFromCreationToTermination) {
     EXPECT_EQ(end(handle), JNI_TRUE);
     EXPECT_EQ(counter.globalReferences(), 0);
     expectNoThrow(env);
+    active = Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetActiveKRT(env, nullptr);
+    EXPECT_EQ(addressIn(env, active), nullptr);
 }
 
 TEST_F(Instances, AStaleHandleIsAFailureOfTheRuntime) {
@@ -64,10 +73,6 @@ TEST_F(Instances, AStaleHandleIsAFailureOfTheRuntime) {
     EXPECT_EQ(waiting.find("An error occurred while waiting for figures to close.\n"), 0U) << waiting;
     EXPECT_EQ(end(newHandle(env, nullptr)), JNI_FALSE);
     expectThrownClass(env, nvException);
-}
-
-TEST_F(Instances, WithoutOneTheActiveHandleIsZero) {
-    EXPECT_EQ(addressIn(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetActiveKRT(env, nullptr)), nullptr);
 }
 
 TEST_F(Instances, TheCacheNeedsNoLocation) {
@@ -166,16 +171,43 @@ TEST_F(Instances, AnExceptionOfTheStreamStands) {
     expectThrown(env, "java/io/IOException", "the stream broke");
 }
 
-TEST_F(Instances, SingleBytesAreGatheredAndMoreThanAnnouncedIsNotRead) {
+TEST_F(Instances, AnArchiveIsReadToItsLengthAndNoFurther) {
+    constexpr std::size_t chunk = 4096;
+    // A comment, whose length stands in the last two bytes, makes the archive a whole number of chunks.
+    const std::size_t comment = chunk - archive.size() % chunk;
+    archive[archive.size() - 2] = static_cast<jbyte>(comment);
+    archive[archive.size() - 1] = static_cast<jbyte>(comment >> 8U);
+    archive.resize(archive.size() + comment);
     std::vector<jbyte> longer = archive;
     longer.insert(longer.end(), 100000, 1);
+    for (const auto& [pieces, reads] :
+         {std::pair{jint{1}, archive.size()}, std::pair{jint{chunk}, archive.size() / chunk},
+          std::pair{jint{100000}, archive.size() / chunk}}) {
+        SCOPED_TRACE(pieces);
+        Request request = complete();
+        request.archive = chunkedStream(env, longer, pieces);
+        jobject handle = initializeInstance(env, request);
+        expectNoThrow(env);
+        ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(callInt(env, request.archive, "reads", "()I"), static_cast<jint>(reads));
+        end(handle);
+    }
+}
+
+TEST_F(Instances, OutputThatFailsDoesNotEndTheEvaluation) {
     Request request = complete();
-    request.archive = chunkedStream(env, longer, 1);
+    request.first = failingOutput(env, false);
+    request.second = failingOutput(env, true);
     jobject handle = initializeInstance(env, request);
-    expectNoThrow(env);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(callInt(env, request.archive, "reads", "()I"), archiveLength());
-    end(handle);
+    jobject none = objectArray(env, "java/lang/Object", {});
+    for (const char16_t* function : {u"say", u"caution"}) {
+        jobject inputs = objectArray(env, "java/lang/Object", {javaString(env, u"lost")});
+        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(env, nullptr, handle, javaString(env, function), 0,
+                                                                 places(env, static_cast<jobjectArray>(none)), 1,
+                                                                 places(env, static_cast<jobjectArray>(inputs)));
+        expectNoThrow(env);
+    }
+    EXPECT_EQ(end(handle), JNI_TRUE);
 }
 
 }  // namespace

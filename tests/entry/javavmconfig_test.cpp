@@ -1,11 +1,13 @@
 #include "entry/javavmconfig.h"
 #include "entry/librarystate.h"
-#include "support/jvmtest.h"
+#include "entry/showcase.h"
+#include "support/race.h"
 #include "vrlbase/vrlbase.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
 #include <stdexcept>
+#include <utility>
 
 extern "C" jclass Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(JNIEnv*, jclass, jstring, jstring,
                                                                               jobject);
@@ -72,9 +74,22 @@ TEST_F(VmConfig, AnOptionWithoutItsPrefixGivesItsTailOrFails) {
         EXPECT_EQ(seen(), "tail|rest");
     }
     JavaVMConfigLoomkit loader = config();
-    EXPECT_THROW(loader.loadOJI("-Dshort", "-Djava.library.path=y"), std::out_of_range);
-    EXPECT_THROW(loader.loadOJI("-Djava.class.path=x", "-Dshort"), std::out_of_range);
-    expectNoThrow(env);
+    for (const auto& [classPath, libraryPath] :
+         {std::pair{"-Dshort", "-Djava.library.path=y"}, std::pair{"-Djava.class.path=x", "-Dshort"}}) {
+        try {
+            loader.loadOJI(classPath, libraryPath);
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const std::out_of_range& failure) {
+            EXPECT_STREQ(failure.what(), "invalid string position");
+        }
+    }
+}
+
+TEST_F(VmConfig, ASecondLoadHasNoClassToAsk) {
+    JavaVMConfigLoomkit loader = config();
+    env->DeleteGlobalRef(loader.loadOJI("-Djava.class.path=x", "-Djava.library.path=y"));
+    EXPECT_THROW(loader.loadOJI("-Djava.class.path=x", "-Djava.library.path=y"), JavaVMConfigException);
+    expectThrownClass(env, "java/lang/NullPointerException");
 }
 
 TEST_F(VmConfig, AFailureCarriesTheTextOfTheJavaException) {
@@ -89,15 +104,29 @@ TEST_F(VmConfig, AFailureCarriesTheTextOfTheJavaException) {
     expectThrown(env, "java/lang/IllegalStateException", "nothing to load");
 }
 
-TEST_F(VmConfig, TheRuntimeIsConfiguredOnce) {
+TEST_F(VmConfig, TheRuntimeIsConfiguredOnceByWhoeverComesFirst) {
+    for (int round = 0; round < 20; ++round) {
+        forgetStartup();
+        EXPECT_EQ(raceInFindClass(env, configureRuntimeOnce), 0);
+        const boost::shared_ptr<jzi::JavaVMConfig> known = vrlGetJavaVMConfig();
+        ASSERT_NE(known, nullptr);
+        EXPECT_EQ(known->getJavaVM(), javaVm());
+        configureRuntimeOnce(env);
+        EXPECT_EQ(vrlGetJavaVMConfig(), known);
+    }
+}
+
+TEST_F(VmConfig, AFailedStartLeavesTheWayFree) {
+    forgetStartup();
+    const boost::shared_ptr<jzi::JavaVMConfig> before = vrlGetJavaVMConfig();
+    {
+        const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
+        EXPECT_THROW(configureRuntimeOnce(env), tether::Exception);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(vrlGetJavaVMConfig(), before);
     configureRuntimeOnce(env);
-    const boost::shared_ptr<jzi::JavaVMConfig> known = vrlGetJavaVMConfig();
-    ASSERT_NE(known, nullptr);
-    EXPECT_EQ(known->getJavaVM(), javaVm());
-    const JniCounter counter(env);
-    configureRuntimeOnce(env);
-    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 0);
-    EXPECT_EQ(vrlGetJavaVMConfig(), known);
+    EXPECT_NE(vrlGetJavaVMConfig(), before);
 }
 
 TEST_F(VmConfig, TheNativeLoaderReleasesItsTextAndPassesExceptionsOn) {

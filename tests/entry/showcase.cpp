@@ -1,10 +1,13 @@
 #include "showcase.h"
 
+#include "entry/librarystate.h"
+
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <stdexcept>
 
 namespace nativevrl::test {
@@ -31,6 +34,11 @@ TemporaryFolder::~TemporaryFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
+void forgetStartup() {
+    krtStartupOnce.~once_flag();
+    new (&krtStartupOnce) boost::once_flag BOOST_ONCE_INIT;
+}
+
 jobject initializeInstance(JNIEnv* env, const Request& request) {
     return Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeComponentInstance(
         env, nullptr, request.useCache, 0, request.componentText, request.extractTo, request.archive, request.length,
@@ -54,6 +62,7 @@ void ShowcaseTest::SetUp() {
 }
 
 void ShowcaseTest::TearDown() {
+    expectNoThrow(env);
     if (instance != nullptr) {
         Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlTerminateInstance(env, nullptr, instance);
     }

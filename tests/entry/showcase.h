@@ -26,6 +26,9 @@ private:
     std::filesystem::path path_;
 };
 
+/// Lets the next start configure the runtime, as in a fresh process.
+void forgetStartup();
+
 /// What vrlInitializeComponentInstance is asked for; the members have the names of its arguments.
 struct Request {
     jboolean useCache = JNI_FALSE;

@@ -34,36 +34,6 @@ TEST_F(Streams, AChunkIsWhatOneReadGives) {
     EXPECT_EQ(counter.localReferences(), 0);
 }
 
-TEST_F(Streams, AnExceptionLooksLikeTheEndAndStays) {
-    JInputStreamProxy stream(env, chunkedStream(env, {1, 2, 3}, 2, 2));
-    JInputStreamProxySource source(&stream);
-    char target[2] = {};
-    EXPECT_EQ(source.read(target, 2), 2);
-    EXPECT_EQ(source.read(target, 2), -1);
-    expectThrown(env, "java/io/IOException", "the stream broke");
-}
-
-TEST_F(Streams, AFailedCallOfTheMachineLooksLikeTheEnd) {
-    int fault = 1;
-    for (bool struck = true; struck; ++fault) {
-        SCOPED_TRACE(fault);
-        JInputStreamProxy stream(env, chunkedStream(env, {1, 2}, 2));
-        JInputStreamProxySource source(&stream);
-        char target[2] = {};
-        const JniCounter counter(env);
-        {
-            const JniFaults faults(env, fault);
-            const std::streamsize count = source.read(target, 2);
-            struck = faults.struck();
-            EXPECT_TRUE(count == 2 || (struck && count == -1));
-        }
-        env->ExceptionClear();
-        EXPECT_EQ(counter.pinnedBlocks(), 0);
-        EXPECT_EQ(counter.localReferences(), 0);
-    }
-    EXPECT_GT(fault, 3);
-}
-
 TEST_F(Streams, AStandardStreamReadsChunksOf4096) {
     const struct {
         std::size_t bytes;

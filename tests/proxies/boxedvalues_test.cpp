@@ -31,23 +31,6 @@ TYPED_TEST(BoxedValues, GoIntoTheWrapperOfTheirType) {
     }
 }
 
-TYPED_TEST(BoxedValues, HaveTheTextOfTheirWrapper) {
-    for (const TypeParam value : typicalValues<TypeParam>()) {
-        EXPECT_EQ(toText(this->env, textOf<TypeParam>(this->env, value).ref()),
-                  describe(this->env, boxed<TypeParam>(this->env, value)));
-    }
-}
-
-TYPED_TEST(BoxedValues, LeaveNothingBehindWhenThereIsNoMemory) {
-    const JniCounter counter(this->env);
-    {
-        const JniFaults faults(this->env, &JNINativeInterface_::NewObjectA, 1);
-        EXPECT_THROW(NewJBoxedProxy<TypeParam>(this->env, 1), tether::Exception);
-    }
-    EXPECT_EQ(counter.localReferences(), 0);
-    expectThrownClass(this->env, "java/lang/OutOfMemoryError");
-}
-
 using NumberAccessors = JvmTest;
 
 TEST_F(NumberAccessors, AskTheNumber) {
@@ -62,19 +45,6 @@ TEST_F(NumberAccessors, AskTheNumber) {
     expectValue(number.longValue(), -300);
     expectValue(number.floatValue(), -300.75f);
     expectValue(number.doubleValue(), -300.75);
-}
-
-TEST_F(NumberAccessors, LeaveAnExceptionOfTheNumberPending) {
-    const JNumberProxy number(env, newObject(env, "com/norvane/toolbox/loomkit/testing/FailingNumber", "()V"));
-    static_cast<void>(number.intValue());
-    expectThrown(env, "java/lang/IllegalStateException", "this number has no value");
-}
-
-TEST_F(NumberAccessors, ReadBooleansAndCharacters) {
-    EXPECT_EQ(JBooleanProxy(env, boxed<jboolean>(env, JNI_TRUE)).booleanValue(), JNI_TRUE);
-    EXPECT_EQ(JBooleanProxy(env, boxed<jboolean>(env, JNI_FALSE)).booleanValue(), JNI_FALSE);
-    EXPECT_EQ(JCharacterProxy(env, boxed<jchar>(env, 0xfffe)).charValue(), 0xfffe);
-    expectNoThrow(env);
 }
 
 }  // namespace

@@ -3,10 +3,8 @@
 #include "proxies/jobjectarrayproxy.h"
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
+#include "support/race.h"
 #include "tether/exceptions.h"
-
-#include <atomic>
-#include <thread>
 
 namespace nativevrl::test {
 
@@ -112,6 +110,7 @@ TEST_F(ClassProxies, AFailedWeakReferenceLeavesTheSlotEmpty) {
         const JniFaults faults(env, &JNINativeInterface_::NewWeakGlobalRef, 1);
         EXPECT_THROW(FreshClassProxy::instance(env), tether::NewWeakGlobalRefError);
     }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
     EXPECT_NE(FreshClassProxy::instance(env), nullptr);
     EXPECT_EQ(counter.weakReferences(), 1);
     EXPECT_EQ(counter.localReferences(), 0);
@@ -127,60 +126,14 @@ TEST_F(ClassProxies, NamesOfArrayClassesAreComposed) {
     EXPECT_TRUE(JObjectArrayClassProxy<JObjectProxy>::instance(env)->isInstance(env, rows));
 }
 
-TEST_F(ClassProxies, AClassTellsItsLoader) {
-    auto* ours = JSingletonClassProxy<FreshClassProxy>::instance(env);
-    EXPECT_TRUE(ours->getClassLoader().isNull()) << "a class of the platform has no loader";
-}
-
-/// Holds its thread in FindClass, where the lock is held, until the other thread is about to ask for the same class.
-class HoldInFindClass : public JniProbe {
-public:
-    HoldInFindClass(JNIEnv* env, std::atomic<bool>& inside, std::atomic<bool>& otherArrives)
-        : JniProbe(env), inside_(inside), otherArrives_(otherArrives) {}
-
-    bool admits(const JniFunction& function) override {
-        if (function.slot == jniSlot(&JNINativeInterface_::FindClass)) {
-            inside_ = true;
-            while (!otherArrives_) {
-                std::this_thread::yield();
-            }
-            for (int turn = 0; turn < 1000; ++turn) {
-                std::this_thread::yield();
-            }
-        }
-        return true;
-    }
-
-private:
-    std::atomic<bool>& inside_;
-    std::atomic<bool>& otherArrives_;
-};
-
 TEST_F(ClassProxies, TwoThreadsOnAFreshSlotBuildOneProxy) {
     for (int round = 0; round < 20; ++round) {
-        std::atomic<bool> inside{false};
-        std::atomic<bool> otherArrives{false};
-        FreshClassProxy* ofOther = nullptr;
-        int lookUpsOfOther = -1;
-        std::thread other([&] {
-            onAttachedThread([&](JNIEnv* otherEnv) {
-                const JniCounter counter(otherEnv);
-                while (!inside) {
-                    std::this_thread::yield();
-                }
-                otherArrives = true;
-                ofOther = FreshClassProxy::instance(otherEnv);
-                lookUpsOfOther = counter.calls(&JNINativeInterface_::FindClass);
-            });
-        });
         FreshClassProxy* ours = nullptr;
-        {
-            const HoldInFindClass hold(env, inside, otherArrives);
-            ours = FreshClassProxy::instance(env);
-        }
-        other.join();
+        FreshClassProxy* ofOther = nullptr;
+        EXPECT_EQ(
+            raceInFindClass(env, [&](JNIEnv* own) { (own == env ? ours : ofOther) = FreshClassProxy::instance(own); }),
+            0);
         EXPECT_EQ(ours, ofOther);
-        EXPECT_EQ(lookUpsOfOther, 0);
         const JniCounter counter(env);
         disposeClassProxies(env);
         EXPECT_EQ(counter.calls(&JNINativeInterface_::DeleteWeakGlobalRef), 1) << "registered once";

@@ -75,19 +75,18 @@ TEST_F(References, DetachGivesTheReferenceAway) {
 
 TEST_F(References, AFailedReferenceIsToldApartFromNull) {
     jobject object = javaString(env, u"object");
-    const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
-    EXPECT_THROW(JObjectRef(env, object), tether::NewLocalRefError);
-    EXPECT_TRUE(faults.struck());
-    const JniFaults faultsOnNull(env, &JNINativeInterface_::NewLocalRef, 1);
-    EXPECT_NO_THROW(JObjectRef(env, nullptr));
-}
-
-TEST_F(References, AFailedAssignmentLeavesTheProxyAsItWas) {
-    jobject object = javaString(env, u"object");
     JObjectRef proxy(env, object);
-    const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
-    EXPECT_THROW(proxy = object, tether::NewLocalRefError);
-    EXPECT_TRUE(same(env, proxy.ref(), object));
+    {
+        const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
+        EXPECT_THROW(JObjectRef(env, object), tether::NewLocalRefError);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    {
+        const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
+        EXPECT_THROW(proxy = object, tether::NewLocalRefError);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    EXPECT_TRUE(same(env, proxy.ref(), object)) << "a failed assignment changes nothing";
 }
 
 TEST_F(References, AClassReferenceLeavesTheLookedUpReferenceToTheNative) {

@@ -52,24 +52,6 @@ TEST_F(Strings, ANewStringNeverInheritsOldCharacters) {
     EXPECT_STREQ(proxy.getStringUTFChars(), "third");
 }
 
-TEST_F(Strings, ACopyFetchesForItself) {
-    JStringProxy original(env, javaString(env, u"text"));
-    const char* chars = original.getStringUTFChars();
-    JStringProxy copy(original);
-    EXPECT_NE(copy.getStringUTFChars(), chars);
-    EXPECT_STREQ(copy.getStringUTFChars(), "text");
-}
-
-TEST_F(Strings, CharactersThatCannotBeHadRaiseOutOfMemory) {
-    JStringProxy proxy(env, javaString(env, u"text"));
-    {
-        const JniFaults faults(env, &JNINativeInterface_::GetStringUTFChars, 1);
-        EXPECT_THROW(proxy.getStringUTFChars(), tether::Exception);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    EXPECT_STREQ(proxy.getStringUTFChars(), "text");
-}
-
 TEST_F(Strings, AreMadeFromNativeText) {
     const jchar units[] = {'u', 0, 0xd83d, 0xde00};
     EXPECT_EQ(toUtf16(env, NewJStringProxy(env, units, units + 4).ref()), std::u16string(units, units + 4));
@@ -80,14 +62,6 @@ TEST_F(Strings, AreMadeFromNativeText) {
     const double numbers[] = {65.9, -1.0, 66.0, 9.0, 65536.0 + 67.0, 9.0};
     EXPECT_EQ(toUtf16(env, NewJStringProxy(env, numbers, 2, numbers + 6, 2).ref()), u"ABC");
     EXPECT_EQ(toUtf16(env, NewJStringProxy(env, numbers + 1, numbers + 2).ref()), u"\uffff");
-}
-
-TEST_F(Strings, AreMadeOfTheUnitsWithoutACopyInBetween) {
-    const jchar units[] = {'x', 'y'};
-    const JniCounter counter(env);
-    const NewJStringProxy string(env, units, units + 2);
-    EXPECT_EQ(counter.calls(&JNINativeInterface_::NewString), 1);
-    EXPECT_EQ(counter.localReferences(), 1);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
-#include "arrays/arrayhandle.h"
 #include "jzi/jzi.h"
 #include "proxies/jnvarrayproxy.h"
-#include "proxies/jnvexceptionproxy.h"
 #include "proxies/jnvjavaobjectrefproxy.h"
 #include "qx/arrayowner.h"
 #include "support/javaobjects.h"
@@ -86,32 +84,6 @@ TEST_F(Wrappers, WhatHasNoSpecificClassIsRefusedAndStaysTheCallers) {
     expectThrown(env, "java/lang/RuntimeException", "Could not create NVArray from unsupported TAVRIX type matcher");
 }
 
-TEST_F(Wrappers, AFailureLeavesTheArrayToTheCaller) {
-    int fault = 1;
-    for (bool made = false; !made; ++fault) {
-        SCOPED_TRACE(fault);
-        qxArrayOwner array(qxCreateDoubleScalar(1));
-        const std::size_t alive = qxLiveArrayCount();
-        JObjectRef wrapper(env, nullptr);
-        {
-            const JniFaults faults(env, fault);
-            try {
-                wrapper.attach(NewJNVBuiltinArrayProxy(env, array.get(), false).detach());
-            } catch (const tether::Exception&) {
-                EXPECT_TRUE(faults.struck());
-            }
-            made = !faults.struck();
-        }
-        env->ExceptionClear();
-        EXPECT_EQ(qxLiveArrayCount(), alive);
-        if (!wrapper.isNull()) {
-            static_cast<void>(array.release());
-            callVoid(env, wrapper.ref(), "close", "()V");
-        }
-    }
-    EXPECT_GT(fault, 3);
-}
-
 TEST_F(Wrappers, OfAJavaObjectConsumeTheArray) {
     jobject object = javaString(env, u"held");
     qxArray* array = javaObjectArray(env, object);
@@ -141,22 +113,6 @@ TEST_F(Wrappers, AJavaObjectThatCannotBeWrappedLeavesTheArrayToTheCaller) {
     expectThrownClass(env, "java/lang/OutOfMemoryError");
     EXPECT_EQ(counter.globalReferences(), 0);
     EXPECT_TRUE(ojIsJavaArray(array.get()));
-}
-
-TEST_F(Wrappers, HandlesHoldAddresses) {
-    int anything = 0;
-    const NewJNativePtrProxy handle(env, &anything);
-    EXPECT_EQ(handle.address(), &anything);
-    EXPECT_EQ(addressIn(env, handle.ref()), &anything);
-    EXPECT_EQ(NewJNativePtrProxy(env, nullptr).get(), 0);
-    EXPECT_EQ(openHandle(env, handle.ref()), static_cast<void*>(&anything));
-}
-
-TEST_F(Wrappers, AnExceptionCarriesMessageAndStack) {
-    const NewJNVExceptionProxy exception(env, javaString(env, u"went wrong"),
-                                         objectArray(env, "java/lang/String", {javaString(env, u"a line")}), 1);
-    env->Throw(static_cast<jthrowable>(exception.ref()));
-    expectThrown(env, "com/norvane/toolbox/loomkit/NVException", "went wrong");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <vector>
 
 namespace nativevrl::test {
 
@@ -13,10 +14,12 @@ class JniCounter : public JniProbe {
 public:
     explicit JniCounter(JNIEnv* env) : JniProbe(env) {}
 
-    /// Local references made and not deleted by hand; what a frame takes away is not seen.
+    /// Local references that are left.
     int localReferences() const { return balance(JniEffect::makesLocal, JniEffect::deletesLocal); }
     int globalReferences() const { return balance(JniEffect::makesGlobal, JniEffect::deletesGlobal); }
     int weakReferences() const { return balance(JniEffect::makesWeak, JniEffect::deletesWeak); }
+    /// How often elements or characters were fetched.
+    int pins() const { return effects_[static_cast<std::size_t>(JniEffect::pins)]; }
     /// Element blocks and string characters that are held.
     int pinnedBlocks() const { return balance(JniEffect::pins, JniEffect::unpins); }
 
@@ -33,7 +36,12 @@ public:
     bool admits(const JniFunction&) override { return true; }
     void saw(const JniFunction& function, bool gave) override {
         ++calls_[function.slot];
-        if (gave) {
+        if (function.effect == JniEffect::pushesFrame) {
+            frames_.push_back(localReferences());
+        } else if (function.effect == JniEffect::popsFrame) {
+            effects_[static_cast<std::size_t>(JniEffect::makesLocal)] += frames_.back() - localReferences() + gave;
+            frames_.pop_back();
+        } else if (gave) {
             ++effects_[static_cast<std::size_t>(function.effect)];
         }
     }
@@ -44,6 +52,8 @@ private:
     }
 
     std::array<int, sizeof(JNINativeInterface_) / sizeof(void*)> calls_ = {};
+    /// References that were left when each open frame began.
+    std::vector<int> frames_;
     std::array<int, static_cast<std::size_t>(JniEffect::unpins) + 1> effects_ = {};
 };
 

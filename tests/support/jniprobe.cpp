@@ -71,6 +71,8 @@ using Failure = JniFailure;
 void watchReferences(Table& table) {
     watch<Effect::makesLocal, Failure::gives, &Table::NewLocalRef>(table);
     watch<Effect::deletesLocal, Failure::never, &Table::DeleteLocalRef>(table);
+    watch<Effect::pushesFrame, Failure::never, &Table::PushLocalFrame>(table);
+    watch<Effect::popsFrame, Failure::never, &Table::PopLocalFrame>(table);
     watch<Effect::makesGlobal, Failure::gives, &Table::NewGlobalRef>(table);
     watch<Effect::deletesGlobal, Failure::never, &Table::DeleteGlobalRef>(table);
     watch<Effect::makesWeak, Failure::gives, &Table::NewWeakGlobalRef>(table);

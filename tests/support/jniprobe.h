@@ -17,6 +17,8 @@ enum class JniEffect {
     deletesGlobal,
     makesWeak,
     deletesWeak,
+    pushesFrame,
+    popsFrame,
     pins,
     unpins,
 };

@@ -21,7 +21,9 @@ Thrown takePending(JNIEnv* env) {
     env->ExceptionClear();
     jstring message = static_cast<jstring>(callObject(env, exception, "getMessage", "()Ljava/lang/String;"));
     Thrown thrown{classNameOf(env, exception), message != nullptr, toText(env, message)};
-    env->DeleteLocalRef(message);
+    if (message != nullptr) {
+        env->DeleteLocalRef(message);
+    }
     env->DeleteLocalRef(exception);
     return thrown;
 }

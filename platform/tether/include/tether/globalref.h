@@ -1,17 +1,20 @@
 #pragma once
 
 #include "tether/envinjector.h"
+#include "tether/jnicalls.h"
 
 #include <utility>
 
 namespace tether {
 
-/// A global reference to `object`, made through the injector. Null for null; NewGlobalRefError when it can't be had.
+/// A global reference to `object`, made through the injector. Null for null. When it can't be had,
+/// java.lang.OutOfMemoryError is raised and NewGlobalRefError thrown.
 template <typename T>
 T newGlobalRef(const JNIEnvInjector& injector, T object) {
     return injector.run([object](JNIEnv* env) {
         auto reference = static_cast<T>(env->NewGlobalRef(object));
         if (reference == nullptr && env->IsSameObject(object, nullptr) == JNI_FALSE) {
+            throwNamedException(env, "java/lang/OutOfMemoryError");
             throw NewGlobalRefError();
         }
         return reference;
@@ -23,11 +26,10 @@ T newGlobalRef(const JNIEnvInjector& injector, T object) {
 template <typename T>
 class GlobalRef {
 public:
-    /// Takes over a local reference of the current thread: a global one is made and the local one deleted.
+    /// Takes over a local reference of the current thread: a global one is made and the local one deleted, also
+    /// when there is no global one to be had.
     GlobalRef(const JNIEnvInjector& injector, JNIEnv* env, T local)
-        : injector_(injector), reference_(newGlobalRef(injector, local)) {
-        env->DeleteLocalRef(local);
-    }
+        : GlobalRef(injector, local, LocalEnd{env, local}) {}
 
     /// Refers to an object that the caller keeps its own reference to.
     GlobalRef(const JNIEnvInjector& injector, T borrowed)
@@ -67,6 +69,14 @@ public:
     }
 
 private:
+    struct LocalEnd {
+        ~LocalEnd() { env->DeleteLocalRef(local); }
+        JNIEnv* env;
+        T local;
+    };
+
+    GlobalRef(const JNIEnvInjector& injector, T local, const LocalEnd&) : GlobalRef(injector, local) {}
+
     void swap(GlobalRef& other) noexcept {
         std::swap(injector_, other.injector_);
         std::swap(reference_, other.reference_);

@@ -32,7 +32,7 @@ JavaStringArgv::JavaStringArgv(JNIEnv* env, jobjectArray strings) {
         for (std::size_t i = 0; i < count; ++i) {
             storage[i] = proxies_[i].getStringUTFChars();
         }
-        block.release();
+        static_cast<void>(block.release());  // freed by the destructor
         argv_ = storage;
         count_ = static_cast<unsigned>(count);
     }

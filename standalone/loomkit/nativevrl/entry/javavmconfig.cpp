@@ -11,15 +11,20 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstring>
+#include <stdexcept>
 
 namespace nativevrl {
 
 namespace {
 
 /// What follows `prefix` in `option`. A text without the prefix is cut at one less than the prefix's length, since
-/// the position "not found" wraps around.
+/// the position "not found" wraps around. Throws std::out_of_range for one that ends before.
 std::string textAfter(const std::string& option, const char* prefix) {
-    return option.substr(option.find(prefix, 0) + std::strlen(prefix));
+    const std::size_t begin = option.find(prefix, 0) + std::strlen(prefix);
+    if (begin > option.size()) {
+        throw std::out_of_range("invalid string position");
+    }
+    return option.substr(begin);
 }
 
 }  // namespace

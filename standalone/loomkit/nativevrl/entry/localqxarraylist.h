@@ -21,7 +21,11 @@ public:
     }
 
     ~LocalQxArrayList() {
-        std::for_each_n(items_, count_, qxDestroyArray);
+        std::for_each_n(items_, count_, [](qxArray* array) {
+            if (array != nullptr) {
+                qxDestroyArray(array);
+            }
+        });
         if (items_ != inlineItems_) {
             std::free(items_);
         }

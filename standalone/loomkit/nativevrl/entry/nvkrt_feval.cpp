@@ -23,12 +23,25 @@ using namespace nativevrl;
 
 namespace {
 
+/// An array of the caller's around a Java object, which may be null. The array owns a global reference to it.
+qxArray* wrapReferent(JNIEnv* env, krtInstance& instance, const JObjectProxy& referent) {
+    jobject reference = env->NewGlobalRef(referent.ref());
+    if (reference == nullptr && !referent.isNull()) {
+        tether::throwOutOfMemory(env);
+    }
+    qxArray* array = instance.javaObjectToQxArray(reference);
+    if (array == nullptr) {
+        env->DeleteGlobalRef(reference);
+        tether::throwOutOfMemory(env);
+    }
+    return array;
+}
+
 /// One input as an array of the caller's: a Java object reference wrapped, anything else converted.
 qxArray* arrayOfInput(JNIEnv* env, krtInstance& instance, const JObjectProxy& input) {
     if (!input.isNull() && input.isInstanceOf<JNVJavaObjectRefClassProxy>()) {
         const JObjectProxy referent = JNVJavaObjectRefProxy(env, input.ref()).get();
-        // The global reference passes to the array.
-        return instance.javaObjectToQxArray(env->NewGlobalRef(referent.ref()));
+        return wrapReferent(env, instance, referent);
     }
     return JConvert::convertObject(env, input);
 }
@@ -39,12 +52,12 @@ void convertInputs(JNIEnv* env, krtInstance& instance, const JListIteratorProxy&
     }
 }
 
-/// The Java object of one result. The array is the new object's from here on.
-JObjectProxy objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result) {
+/// The Java object of one result, a local reference of the caller. The array is the new object's from here on.
+jobject objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result) {
     if (result != nullptr && ojIsJavaArray(result)) {
-        return NewJNVJavaObjectRefProxy(env, result, &instance);
+        return NewJNVJavaObjectRefProxy(env, result, &instance).detach();
     }
-    return NewJNVArrayProxy(env, result);
+    return NewJNVArrayProxy(env, result).detach();
 }
 
 /// Hands the results over, one to each place of the iterator. An array stays in its slot until its object is made
@@ -52,7 +65,8 @@ JObjectProxy objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result)
 void handBack(JNIEnv* env, krtInstance& instance, const JListIteratorProxy& outputs, LocalQxArrayList& arrays) {
     for (unsigned i = 0; outputs.hasNext(); ++i) {
         outputs.next();
-        const JObjectProxy object = objectOfResult(env, instance, arrays[i]);
+        JObjectRef object(env, nullptr);
+        object.attach(objectOfResult(env, instance, arrays[i]));
         arrays[i] = nullptr;
         outputs.set(object.ref());
     }
@@ -79,11 +93,15 @@ void evaluate(JNIEnv* env, const Evaluation& evaluation) {
     convertInputs(env, instance, inputs, arguments);
     vrlLoomkitFeval(handle, function.getStringUTFChars(), evaluation.nlhs, results.data(), evaluation.nrhs,
                     arguments.data());
+    // A print handler may have left an exception of Java's, which goes before any result.
+    tether::throwIfPending(env);
     handBack(env, instance, outputs, results);
 }
 
-/// Raises an NVException with the message and the native stack of a failed function.
+/// Raises an NVException with the message and the native stack of a failed function. An exception of Java's that is
+/// pending stands before it.
 void throwWithStack(JNIEnv* env, const Norvane::vrl::vrlBaseException& failure) {
+    tether::throwIfPending(env);
     const std::vector<std::string> lines = createStackStrings(failure.getStack());
     NewJObjectArrayProxy<JStringProxy> stack(env, static_cast<jsize>(lines.size()));
     for (std::size_t i = 0; i < lines.size(); ++i) {

@@ -13,6 +13,7 @@
 
 #include <boost/iostreams/stream_buffer.hpp>
 
+#include <exception>
 #include <istream>
 #include <memory>
 
@@ -78,6 +79,24 @@ void* createInstance(const InstanceRequest& request, const vrlExtractedComponent
     return vrlInitializeComponentInstance(first, second, factory);
 }
 
+/// Ends an instance that Java will get no handle of.
+struct InstanceEnd {
+    void operator()(void* handle) const noexcept {
+        try {
+            vrlTerminateInstanceInternal(handle);
+        } catch (const std::exception&) {
+            return;
+        }
+    }
+};
+
+/// Java's handle of a new instance, which is ended again when the handle can't be made.
+jobject handleOf(JNIEnv* env, std::unique_ptr<void, InstanceEnd> instance) {
+    jobject handle = NewJNativePtrProxy(env, instance.get()).detach();
+    static_cast<void>(instance.release());
+    return handle;
+}
+
 jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
     vrlkrt::KpaExtractor extractor;
     std::unique_ptr<char[]> bytes;
@@ -97,7 +116,7 @@ jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
     if (factory.empty()) {
         return nullptr;
     }
-    return NewJNativePtrProxy(env, createInstance(request, factory)).detach();
+    return handleOf(env, std::unique_ptr<void, InstanceEnd>(createInstance(request, factory)));
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ Registry& registry() {
 jclass newWeakClassRef(JNIEnv* env, jclass cls) {
     jobject reference = env->NewWeakGlobalRef(cls);
     if (reference == nullptr && env->IsSameObject(cls, nullptr) == JNI_FALSE) {
+        tether::throwNamedException(env, "java/lang/OutOfMemoryError");
         throw tether::NewWeakGlobalRefError();
     }
     return static_cast<jclass>(reference);

@@ -1,6 +1,6 @@
 #include "proxies/jobjectref.h"
 
-#include "tether/exceptions.h"
+#include "tether/jnicalls.h"
 
 #include <utility>
 
@@ -9,8 +9,12 @@ namespace nativevrl {
 namespace {
 
 jobject newLocalRef(JNIEnv* env, jobject object) {
+    if (object == nullptr) {
+        return nullptr;
+    }
     jobject reference = env->NewLocalRef(object);
     if (reference == nullptr && env->IsSameObject(object, nullptr) == JNI_FALSE) {
+        tether::throwNamedException(env, "java/lang/OutOfMemoryError");
         throw tether::NewLocalRefError();
     }
     return reference;

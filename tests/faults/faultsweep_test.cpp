@@ -1,0 +1,154 @@
+#include "faults/faultsweep.h"
+#include "krt/component.h"
+
+#define NATIVE(name) Java_com_norvane_toolbox_loomkit_internal_NVKRT_##name
+#define HANDLE_NATIVE(name, rest) NATIVE(name##__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2##rest)
+
+// The one native whose exported name is not the one in the generated header.
+extern "C" jstring NATIVE(getenv__Ljava_lang_String_2)(JNIEnv*, jclass, jstring);
+
+namespace nativevrl::test {
+
+namespace {
+
+TEST_F(FaultSweep, Lifecycle) {
+    jobjectArray options = objectArray(env, "java/lang/String", {javaString(env, u"-nodisplay"), nullptr});
+    jobjectArray refused = objectArray(env, "java/lang/String", {javaString(env, u"-fast")});
+    const std::vector<jbyte> archive = showcaseArchive();
+    Request request;
+    request.extractTo = javaString(env, (folder.path() / "swept").u16string());
+    request.first = warnings;
+    request.second = ordinaryOutput;
+    const auto create = [&] { return initializeInstance(env, request); };
+    const auto withLength = [&](std::size_t length) {
+        return [&, length] {
+            request.length = static_cast<jint>(length);
+            request.archive = chunkedStream(env, archive, 4096);
+        };
+    };
+    const auto drop = [&] { NATIVE(vrlResetDefaultPrintHandlers)(env, nullptr); };
+    const auto keep = native(NATIVE(vrlSetDefaultPrintHandlers), warnings, ordinaryOutput);
+    const auto print = [](JNIEnv*, jclass) { krtPrint(nullptr, "text"); };
+    sweep({
+        {"start", Gives::nothing, native(NATIVE(vrlInitializeApplication), options)},
+        {"refused start", Gives::failure, native(NATIVE(vrlInitializeApplication), refused)},
+        {"getenv", Gives::object, native(NATIVE(getenv__Ljava_lang_String_2), javaString(env, u"PATH"))},
+        {"vrlGetLogFileName", Gives::object, native(NATIVE(vrlGetLogFileName))},
+        {"vrlInitializeComponentInstance", Gives::instance, create, withLength(archive.size())},
+        {"half an archive", Gives::failure, create, withLength(5000)},
+        {"vrlGetActiveKRT", Gives::address, native(NATIVE(vrlGetActiveKRT))},
+        {"vrlWaitForFiguresToDie", Gives::nothing, native(NATIVE(vrlWaitForFiguresToDie), instance)},
+        {"vrlSetDefaultPrintHandlers", Gives::nothing, keep, [] {}, drop},
+        {"printing", Gives::nothing, native(print), [&] { keep(); }, drop},
+    });
+}
+
+TEST_F(FaultSweep, Evaluation) {
+    const std::string reference = "com/norvane/toolbox/loomkit/NVJavaObjectRef";
+    jobject held = newObject(env, reference, "(Ljava/lang/Object;)V", {objectArgument(javaString(env, u"held"))});
+    jobject rows = nested<jdouble>(env, {{1, 2}, {3, 4}});
+    jobjectArray results = nullptr;
+    jobject outputs = nullptr;
+    jobject inputs = nullptr;
+    const auto close = [&] {
+        for (std::size_t i = 0; i < lengthOf(env, results); ++i) {
+            jobject result = elementAt(env, results, i);
+            if (result != nullptr && classNameOf(env, result) != reference) {
+                callVoid(env, result, "close", "()V");
+            }
+        }
+    };
+    const auto evaluation = [&](Gives gives, const char16_t* function, const std::vector<jobject>& with, jint nlhs) {
+        const auto prepare = [=, &results, &outputs, &inputs] {
+            results = objects(std::vector<jobject>(static_cast<std::size_t>(nlhs)));
+            outputs = places(env, results);
+            inputs = places(env, objects(with));
+        };
+        const auto call = native(NATIVE(vrlFeval), instance, javaString(env, function), nlhs, std::ref(outputs),
+                                 static_cast<jint>(with.size()), std::ref(inputs));
+        return Native{"vrlFeval", gives, call, prepare, close};
+    };
+    sweep({
+        evaluation(Gives::nothing, u"count", {rows, javaString(env, u"x"), objects({boxed<jint>(env, 1)})}, 2),
+        evaluation(Gives::nothing, u"same", {held}, 1),
+        evaluation(Gives::nothing, u"handle_of", {javaString(env, u"count")}, 1),
+        evaluation(Gives::failure, u"fail_deep", {javaString(env, u"too deep")}, 1),
+    });
+}
+
+TEST_F(FaultSweep, Arrays) {
+    constexpr jint doubles = qxDOUBLE_CLASS;
+    constexpr jint complex = qxCOMPLEX;
+    const jboolean real = JNI_TRUE;
+    jintArray ones = intArray(env, {1, 1});
+    jobject rows = nested<jdouble>(env, {{1, 2}, {3, 4}});
+    jobject values = primitiveArray<jdouble>(env, {1});
+    jobject numbers = objectArray(env, "java/lang/Number", {boxed<jdouble>(env, 2.5)});
+    jobject mixed = objects({boxed<jint>(env, 1), javaString(env, u"2.5"), boxed<jboolean>(env, JNI_TRUE)});
+    jobjectArray strings = objectArray(env, "java/lang/String", {javaString(env, u"one"), javaString(env, u"three")});
+    jobject cell = javaCell(env, {1, 2}, {rows, javaString(env, u"x")});
+    jobject record = javaStruct(env, {1, 1}, {u"a", u"b"}, {boxed<jfloat>(env, 1), cell});
+    jstring field = javaString(env, u"second");
+    auto bytes = NATIVE(qxSerialize)(env, nullptr, record_);
+    const auto fromIndices = NATIVE(qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII);
+    const auto fromRows = NATIVE(qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II);
+    const auto fieldSubscript = HANDLE_NATIVE(qxCalcStructSingleSubscript, Ljava_lang_String_2_3I);
+    const auto setObject = HANDLE_NATIVE(qxSetAt, ILjava_lang_Object_2Z);
+    const auto convert = NATIVE(qxObject2qxArray);
+    const auto scratch = std::ref(scratch_);
+    sweep({
+        {"qxCreateEmptyArray", Gives::array, native(NATIVE(qxCreateEmptyArray), doubles)},
+        {"qxCreateSharedCopy", Gives::array, native(NATIVE(qxCreateSharedCopy), matrix_)},
+        {"qxDuplicateArray", Gives::array, native(NATIVE(qxDuplicateArray), cell_)},
+        {"qxDeserialize", Gives::array, native(NATIVE(qxDeserialize), bytes)},
+        {"qxCreateArray", Gives::array, native(NATIVE(qxCreateArray), ones, doubles, complex)},
+        {"numeric", Gives::array, native(NATIVE(qxCreateNumericArray), ones, numbers, values, doubles, complex)},
+        {"qxCreateStructArray", Gives::array, native(NATIVE(qxCreateStructArray), ones, strings)},
+        {"scalar", Gives::array, native(NATIVE(qxScalar2qxArray__DDII), 1.0, 2.0, doubles, complex)},
+        {"indices", Gives::array, native(fromIndices, ones, ones, values, nullptr, 3, 3, 2, doubles, complex)},
+        {"sparse rows", Gives::array, native(fromRows, rows, rows, doubles, complex)},
+        {"primitive rows", Gives::array, native(convert, rows, rows, doubles, complex)},
+        {"objects", Gives::array, native(convert, mixed, mixed, static_cast<jint>(qxINT16_CLASS), complex)},
+        {"logicals", Gives::array, native(convert, mixed, nullptr, static_cast<jint>(qxLOGICAL_CLASS), complex)},
+        {"strings", Gives::array, native(convert, strings, nullptr, static_cast<jint>(qxCHAR_CLASS), complex)},
+        {"Java cell", Gives::array, native(convert, cell, nullptr, static_cast<jint>(qxCELL_CLASS), complex)},
+        {"Java struct", Gives::array, native(convert, record, nullptr, static_cast<jint>(qxSTRUCT_CLASS), complex)},
+        {"qxArrayToDoubleArray", Gives::object, native(NATIVE(qxArrayToDoubleArray), matrix_, real)},
+        {"sparse to bytes", Gives::object, native(NATIVE(qxArrayToByteArray), sparse_, real)},
+        {"qxGetIntData", Gives::object, native(NATIVE(qxGetIntData), matrix_, real)},
+        {"boxed", Gives::object, native(NATIVE(qxArrayToDoubleObjectArray), matrix_, real)},
+        {"qxArrayToStringArray", Gives::object, native(NATIVE(qxArrayToStringArray), matrix_, real)},
+        {"qxGetStringData", Gives::object, native(NATIVE(qxGetStringData), text_, real)},
+        {"qxArray2ObjectArray", Gives::object, native(NATIVE(qxArray2ObjectArray), matrix_, real)},
+        {"qxArrayToString", Gives::object, native(NATIVE(qxArrayToString), text_)},
+        {"qxGetDimensions", Gives::object, native(NATIVE(qxGetDimensions), matrix_)},
+        {"qxGetFieldNames", Gives::object, native(NATIVE(qxGetFieldNames), record_)},
+        {"qxGetIndexArray", Gives::object, native(NATIVE(qxGetIndexArray), matrix_, 0)},
+        {"qxGetData", Gives::object, native(NATIVE(qxGetData), matrix_, real)},
+        {"qxGetObjectAt", Gives::object, native(HANDLE_NATIVE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
+        {"qxGetDoubleAt", Gives::nothing, native(HANDLE_NATIVE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
+        {"qxCalcSingleSubscript", Gives::nothing, native(NATIVE(qxCalcSingleSubscript), matrix_, ones)},
+        {"field subscript", Gives::nothing, native(fieldSubscript, record_, field, ones)},
+        {"qxGetFieldNumber", Gives::nothing, native(NATIVE(qxGetFieldNumber), record_, field)},
+        {"qxCompareArray", Gives::nothing, native(NATIVE(qxCompareArray), matrix_, cell_)},
+        {"qxGetCell", Gives::wrapper, native(NATIVE(qxGetCell), cell_, 1)},
+    });
+    original_ = matrix_;
+    sweep({
+        {"qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
+        {"qxSetAt of an object", Gives::edit, native(setObject, scratch, 1, javaString(env, u"2.5"), real)},
+        {"qxSetData", Gives::edit, native(NATIVE(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
+        {"qxDestroyArray", Gives::end, native(HANDLE_NATIVE(qxDestroyArray, ), scratch)},
+    });
+    original_ = cell_;
+    sweep({{"qxSetCell", Gives::edit, native(NATIVE(qxSetCell), scratch, 1, rows)}});
+    original_ = sparse_;
+    sweep({{"sparse qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, IDZ), scratch, 1, 3.0, real)}});
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test
+
+#undef HANDLE_NATIVE
+#undef NATIVE
