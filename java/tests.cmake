@@ -16,7 +16,9 @@ add_jar(loomkit_java_tests
         ${package}/toolbox/loomkit/CallTest.java
         ${package}/toolbox/loomkit/CellAndStructTest.java
         ${package}/toolbox/loomkit/ComponentLifeTest.java
+        ${package}/toolbox/loomkit/GuideTest.java
         ${package}/toolbox/loomkit/HostileInputTest.java
+        ${package}/toolbox/loomkit/HostileSweepTest.java
         ${package}/toolbox/loomkit/JavaDataTest.java
         ${package}/toolbox/loomkit/LeakReportTest.java
         ${package}/toolbox/loomkit/NVExceptionTest.java
@@ -37,6 +39,7 @@ add_test(NAME java_tests
     COMMAND "${Java_JAVA_EXECUTABLE}" -Xcheck:jni -ea
         "-Dloomkit.native.dir=${CMAKE_BINARY_DIR}/lib"
         "-Dloomkit.test.components=${CMAKE_BINARY_DIR}/components"
+        "-Dloomkit.test.guide=${CMAKE_SOURCE_DIR}/docs/guide.md"
         -cp "${loomkit_classes_jar}:${loomkit_java_tests_jar}:${LOOMKIT_JUNIT_JAR}"
         org.junit.platform.console.ConsoleLauncher
         --scan-classpath "${loomkit_java_tests_jar}" --fail-if-no-tests --disable-banner --details=tree)

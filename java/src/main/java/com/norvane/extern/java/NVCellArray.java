@@ -1,6 +1,7 @@
 package com.norvane.extern.java;
 
 import java.util.Arrays;
+import java.util.Objects;
 
 /**
  * An array of values of any kind, as plain Java data: no native memory stands behind it.
@@ -20,7 +21,7 @@ public final class NVCellArray {
      * @throws IllegalArgumentException for a negative extent, or another number of elements
      */
     public NVCellArray(int[] dimensions, Object... elements) {
-        this.elements = Arrays.copyOf(elements, elements.length, Object[].class);
+        this.elements = Arrays.copyOf(Objects.requireNonNull(elements, "elements"), elements.length, Object[].class);
         this.dimensions = Shape.checked(dimensions, 1, elements.length);
     }
 
@@ -31,7 +32,7 @@ public final class NVCellArray {
      * @return a new array
      */
     public static NVCellArray row(Object... elements) {
-        return new NVCellArray(new int[] {1, elements.length}, elements);
+        return new NVCellArray(new int[] {1, Objects.requireNonNull(elements, "elements").length}, elements);
     }
 
     /**
@@ -41,7 +42,7 @@ public final class NVCellArray {
      * @return a new array
      */
     public static NVCellArray column(Object... elements) {
-        return new NVCellArray(new int[] {elements.length, 1}, elements);
+        return new NVCellArray(new int[] {Objects.requireNonNull(elements, "elements").length, 1}, elements);
     }
 
     /**
@@ -52,6 +53,9 @@ public final class NVCellArray {
      * @throws IllegalArgumentException for rows of different length
      */
     public static NVCellArray of(Object[][] rows) {
+        for (Object[] row : Objects.requireNonNull(rows, "rows")) {
+            Objects.requireNonNull(row, "row");
+        }
         int columns = rows.length == 0 ? 0 : rows[0].length;
         Object[] elements = new Object[Math.multiplyExact(rows.length, columns)];
         for (int i = 0; i < rows.length; i++) {

@@ -3,6 +3,7 @@ package com.norvane.extern.java;
 import java.util.Arrays;
 import java.util.LinkedHashSet;
 import java.util.Map;
+import java.util.Objects;
 import java.util.Set;
 
 /**
@@ -28,8 +29,8 @@ public final class NVStructArray {
      */
     public NVStructArray(int[] dimensions, String[] fieldNames, Object... values) {
         this.fieldNames = checkedNames(fieldNames);
-        this.values = Arrays.copyOf(values, values.length, Object[].class);
-        this.dimensions = Shape.checked(dimensions, fieldNames.length, values.length);
+        this.values = Arrays.copyOf(Objects.requireNonNull(values, "values"), values.length, Object[].class);
+        this.dimensions = Shape.checked(dimensions, this.fieldNames.length, values.length);
     }
 
     /**
@@ -40,7 +41,7 @@ public final class NVStructArray {
      * @throws IllegalArgumentException for an empty name
      */
     public static NVStructArray of(Map<String, ?> fields) {
-        String[] names = fields.keySet().toArray(new String[0]);
+        String[] names = Objects.requireNonNull(fields, "fields").keySet().toArray(new String[0]);
         Object[] values = new Object[names.length];
         for (int i = 0; i < names.length; i++) {
             values[i] = fields.get(names[i]);
@@ -50,7 +51,7 @@ public final class NVStructArray {
 
     private static String[] checkedNames(String[] names) {
         Set<String> seen = new LinkedHashSet<>();
-        for (String name : names) {
+        for (String name : Objects.requireNonNull(names, "fieldNames")) {
             if (name == null || name.isEmpty() || name.indexOf('\0') >= 0 || hasHalfPair(name)) {
                 throw new IllegalArgumentException("a field can't be called \"" + name + "\"");
             }

@@ -1,6 +1,7 @@
 package com.norvane.extern.java;
 
 import java.util.Arrays;
+import java.util.Objects;
 
 /** Extents of pure Java arrays. */
 final class Shape {
@@ -16,7 +17,7 @@ final class Shape {
      * @throws IllegalArgumentException for no extents, a negative one, or another number of values
      */
     static int[] checked(int[] dimensions, int slotsPerElement, int values) {
-        int[] copy = dimensions.clone();
+        int[] copy = Objects.requireNonNull(dimensions, "dimensions").clone();
         if (copy.length == 0 || copy.length > MAX_COUNT) {
             throw new IllegalArgumentException("an array can't have " + copy.length + " dimensions");
         }

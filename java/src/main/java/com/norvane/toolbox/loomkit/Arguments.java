@@ -7,6 +7,7 @@ import java.util.List;
 final class Arguments implements AutoCloseable {
     private final List<Object> values = new ArrayList<>();
     private final List<NVBuiltinArray> held = new ArrayList<>();
+    private final List<JavaData> copied = new ArrayList<>();
 
     /**
      * @param args what stands for all arguments in a call with a variable number of them
@@ -37,7 +38,9 @@ final class Arguments implements AutoCloseable {
         } else if (JavaData.classify(argument) == null) {
             values.add(new NVJavaObjectRef(argument));
         } else {
-            values.add(JavaData.of(argument).value());
+            JavaData data = JavaData.of(argument);
+            copied.add(data);
+            values.add(data.value());
         }
     }
 
@@ -74,5 +77,7 @@ final class Arguments implements AutoCloseable {
             array.handle().release();
         }
         held.clear();
+        copied.forEach(JavaData::close);
+        copied.clear();
     }
 }

@@ -85,7 +85,8 @@ public final class Component implements AutoCloseable {
      * @throws NVException for a file that is no valid archive
      */
     public static Component open(Path archive, ComponentOptions options) throws IOException {
-        long size = Files.size(archive);
+        Objects.requireNonNull(options, "options");
+        long size = Files.size(Objects.requireNonNull(archive, "archive"));
         if (size > Integer.MAX_VALUE) {
             throw new IOException("the archive " + archive + " has " + size + " bytes, more than can be read");
         }
@@ -103,7 +104,7 @@ public final class Component implements AutoCloseable {
      * @throws NVException for bytes that are no valid archive
      */
     public static Component open(InputStream archive) throws IOException {
-        byte[] bytes = archive.readAllBytes();
+        byte[] bytes = Objects.requireNonNull(archive, "archive").readAllBytes();
         return open(new ByteArrayInputStream(bytes), bytes.length);
     }
 
@@ -134,6 +135,7 @@ public final class Component implements AutoCloseable {
      */
     public static Component open(InputStream archive, int length, ComponentOptions options) throws IOException {
         Objects.requireNonNull(archive, "archive");
+        Objects.requireNonNull(options, "options");
         if (length < 0) {
             throw new IllegalArgumentException("an archive can't have " + length + " bytes");
         }
@@ -261,7 +263,8 @@ public final class Component implements AutoCloseable {
     }
 
     /**
-     * Sets where the functions print, from the next text on.
+     * Sets where the functions print, from the next text on. What a stream fails to take goes to the log file of the
+     * runtime; the function that printed it runs on.
      *
      * @param stream the stream, or null for {@link Loomkit#output()}
      */

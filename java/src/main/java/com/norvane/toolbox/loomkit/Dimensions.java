@@ -1,13 +1,19 @@
 package com.norvane.toolbox.loomkit;
 
 import java.util.Arrays;
+import java.util.Objects;
 
-/** Checks of extents before they reach native code. */
+/** Checks of extents and subscripts before they reach native code. */
 final class Dimensions {
     /** Java arrays can't be nested deeper, so such an array could never be read. */
     static final int MAX_COUNT = 255;
 
     private Dimensions() {}
+
+    /** One-based subscripts, which native code compares with the extents by itself. */
+    static int[] given(int[] subscripts) {
+        return Objects.requireNonNull(subscripts, "subscripts");
+    }
 
     /**
      * A checked copy in the form that native code keeps: no extent gives 0-by-0, one extent n gives 1-by-n.
@@ -15,7 +21,7 @@ final class Dimensions {
      * @throws IllegalArgumentException for a negative extent, too many of them, or more than 2^31-1 elements
      */
     static int[] checked(int... extents) {
-        int[] copy = extents.clone();
+        int[] copy = Objects.requireNonNull(extents, "dimensions").clone();
         if (copy.length > MAX_COUNT) {
             throw new IllegalArgumentException(
                     "an array can have at most " + MAX_COUNT + " dimensions, not " + copy.length);

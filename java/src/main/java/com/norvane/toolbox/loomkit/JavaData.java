@@ -4,13 +4,16 @@ import static java.util.Map.entry;
 
 import com.norvane.extern.java.NVCellArray;
 import com.norvane.extern.java.NVStructArray;
+import java.util.ArrayList;
+import java.util.IdentityHashMap;
+import java.util.List;
 import java.util.Map;
 
 /**
  * Java data that is about to become a native array: checked, and copied where another thread could still change what
  * was checked. Native code neither guards against data that contains itself nor against sizes beyond 32 bits.
  */
-final class JavaData {
+final class JavaData implements AutoCloseable {
     private static final Map<Class<?>, ClassId> CLASS_OF_LEAF =
             Map.ofEntries(
                     entry(boolean.class, ClassId.LOGICAL),
@@ -31,27 +34,43 @@ final class JavaData {
                     entry(long.class, ClassId.INT64),
                     entry(Long.class, ClassId.INT64));
 
-    /** No process can hold that many native arrays; data that shares parts with itself may ask for more. */
-    private static final int MAX_SLOTS = 1 << 26;
+    /** How often the parts of a cell or struct may be shared on average, unless it is small all the same. */
+    private static final long MAX_SHARING = 8;
+
+    private static final long SMALL = 1 << 20;
 
     private final Object value;
     private final int levels;
+    private final List<NVBuiltinArray> copies;
 
-    private JavaData(Object value, int levels) {
-        this.value = value;
-        this.levels = levels;
+    private JavaData(Copied whole, List<NVBuiltinArray> copies) {
+        value = whole.value;
+        levels = whole.levels;
+        this.copies = copies;
     }
 
     /**
-     * @throws IllegalArgumentException for data that is nested too deeply, contains itself, or is too large
+     * @param data of a class that {@link #classify} knows
+     * @throws IllegalArgumentException for data that is nested too deeply, contains itself, is too large, or has cells
+     *     or fields that are no plain data
      */
     static JavaData of(Object data) {
         Copier copier = new Copier();
-        Object copy = copier.copy(data, 0);
-        return new JavaData(copy, copier.levels);
+        try {
+            return new JavaData(copier.copyWhole(data), copier.copies);
+        } catch (RuntimeException | Error failure) {
+            copier.copies.forEach(NVBuiltinArray::close);
+            throw failure;
+        }
     }
 
-    /** What native code is to be given. */
+    /** Ends what was copied for native code. Called when that has read the value. */
+    @Override
+    public void close() {
+        copies.forEach(NVBuiltinArray::close);
+    }
+
+    /** What native code is to be given before {@link #close}. */
     Object value() {
         return value;
     }
@@ -75,18 +94,26 @@ final class JavaData {
         return classifyNested(data);
     }
 
-    /** The first element alone decides, however deep it lies; a null there makes text. */
+    /**
+     * The first element alone decides, however deep it lies. Where it is missing, the type of the array that lacks it
+     * decides; a null in an array of no stated type makes text.
+     */
     static ClassId classifyNested(Object data) {
         Object element = data;
+        ClassId stated = null;
         for (int depth = 0; element instanceof Object[]; depth++) {
             NestedCopy.checkDepth(depth);
             Object[] array = (Object[]) element;
+            stated = CLASS_OF_LEAF.get(leafType(array.getClass()));
             if (array.length == 0) {
-                return CLASS_OF_LEAF.get(leafType(array.getClass()));
+                return stated;
             }
             element = array[0];
         }
-        return element == null ? ClassId.CHAR : CLASS_OF_LEAF.get(leafType(element.getClass()));
+        if (element == null) {
+            return stated == null ? ClassId.CHAR : stated;
+        }
+        return CLASS_OF_LEAF.get(leafType(element.getClass()));
     }
 
     static Class<?> leafType(Class<?> type) {
@@ -97,36 +124,90 @@ final class JavaData {
         return leaf;
     }
 
-    /** Copies values of cells and structs, which may hold cells and structs again. */
-    private static final class Copier {
-        private int levels;
-        private int slots;
+    /** A copy of a cell or struct, how deeply it is nested, and how many slots it has when written out. */
+    private static final class Copied {
+        private final Object value;
+        private final int levels;
+        private final long slots;
 
-        Object copy(Object data, int depth) {
-            if (data instanceof NVCellArray) {
-                NVCellArray cell = (NVCellArray) data;
-                return new NVCellArray(cell.getDimensions(), copyAll(cell.getFlatArray(), depth + 1));
+        Copied(Object value, int levels, long slots) {
+            this.value = value;
+            this.levels = levels;
+            this.slots = slots;
+        }
+    }
+
+    /** Copies values of cells and structs, which may hold cells and structs again, each of them once. */
+    private static final class Copier {
+        private final Map<Object, Copied> seen = new IdentityHashMap<>();
+        private final List<NVBuiltinArray> copies = new ArrayList<>();
+        private long distinctSlots;
+
+        /** Native code writes shared parts out wherever they stand. */
+        Copied copyWhole(Object data) {
+            Copied copied = copy(data, 0);
+            ValueTree.checkLevels(copied.levels);
+            if (copied.slots > Math.max(SMALL, MAX_SHARING * distinctSlots)) {
+                throw new IllegalArgumentException(
+                        "the data shares parts with itself, and has " + copied.slots + " cells and fields in all");
             }
-            if (data instanceof NVStructArray) {
-                NVStructArray struct = (NVStructArray) data;
-                Object[] values = copyAll(struct.getFlatArray(), depth + 1);
-                return new NVStructArray(struct.getDimensions(), struct.fieldNames(), values);
-            }
-            return data == null || data instanceof NVArray ? data : new NestedCopy(data).copy(data);
+            return copied;
         }
 
-        private Object[] copyAll(Object[] values, int depth) {
+        private Copied copy(Object data, int depth) {
+            Copied known = seen.get(data);
+            if (known != null) {
+                return known;
+            }
+            if (data instanceof NVCellArray) {
+                return copyAll(data, ((NVCellArray) data).getFlatArray(), depth + 1);
+            }
+            if (data instanceof NVStructArray) {
+                return copyAll(data, ((NVStructArray) data).getFlatArray(), depth + 1);
+            }
+            if (data instanceof NVBuiltinArray) {
+                return copyArray((NVBuiltinArray) data);
+            }
+            if (classify(data) == null) {
+                throw new IllegalArgumentException(
+                        "a " + data.getClass().getTypeName() + " can't be put into a cell or struct");
+            }
+            return new Copied(data == null ? null : new NestedCopy(data).copy(data), 0, 0);
+        }
+
+        /** The copy is nobody else's to close, change or nest while native code reads it. */
+        private Copied copyArray(NVBuiltinArray array) {
+            int levels = array.levels();
+            ValueTree.checkLevels(levels);
+            NVBuiltinArray copy = array.duplicate();
+            copies.add(copy);
+            Copied copied = new Copied(copy, levels, 0);
+            seen.put(array, copied);
+            return copied;
+        }
+
+        private Copied copyAll(Object parent, Object[] values, int depth) {
             ValueTree.checkLevels(depth);
-            levels = Math.max(levels, depth);
-            slots += values.length;
-            if (slots < 0 || slots > MAX_SLOTS) {
-                throw new IllegalArgumentException("the data has more than " + MAX_SLOTS + " cells and fields");
-            }
-            Object[] copies = new Object[values.length];
+            distinctSlots += values.length;
+            int levels = 0;
+            long slots = values.length;
             for (int i = 0; i < values.length; i++) {
-                copies[i] = copy(values[i], depth);
+                Copied copied = copy(values[i], depth);
+                values[i] = copied.value;
+                levels = Math.max(levels, copied.levels);
+                slots = Math.min(slots + copied.slots, Long.MAX_VALUE / 2);
             }
-            return copies;
+            Copied whole = new Copied(remade(parent, values), levels + 1, slots);
+            seen.put(parent, whole);
+            return whole;
+        }
+
+        private static Object remade(Object parent, Object[] values) {
+            if (parent instanceof NVCellArray) {
+                return new NVCellArray(((NVCellArray) parent).getDimensions(), values);
+            }
+            NVStructArray struct = (NVStructArray) parent;
+            return new NVStructArray(struct.getDimensions(), struct.fieldNames(), values);
         }
     }
 }

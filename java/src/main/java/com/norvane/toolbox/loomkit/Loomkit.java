@@ -29,7 +29,7 @@ public final class Loomkit {
      * @throws NVException for an option that is not known, or a runtime that can't start
      */
     public static void start(String... options) {
-        String[] checked = options.clone();
+        String[] checked = Objects.requireNonNull(options, "options").clone();
         for (String option : checked) {
             Objects.requireNonNull(option, "option");
         }
@@ -96,7 +96,8 @@ public final class Loomkit {
     }
 
     /**
-     * Where the runtime and components without a stream of their own print, from the next text on.
+     * Where the runtime and components without a stream of their own print, from the next text on. What a stream
+     * fails to take goes to the log file; the function that printed it runs on.
      *
      * @param stream the stream, or null for {@link System#out}
      */

@@ -5,6 +5,7 @@ import com.norvane.toolbox.loomkit.internal.NativePtr;
 import java.io.InvalidObjectException;
 import java.io.ObjectInputStream;
 import java.io.Serializable;
+import java.lang.ref.Reference;
 import java.util.Objects;
 import java.util.function.Consumer;
 import java.util.function.Function;
@@ -49,7 +50,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * An array made from plain Java data: boxed values, text, arrays of them or of primitives nested to any depth,
      * {@link com.norvane.extern.java.NVCellArray} and {@link com.norvane.extern.java.NVStructArray}.
      *
-     * <p>The first element decides the class. One level of n elements gives 1-by-n, two levels give rows and columns.
+     * <p>The first element decides the class, or the type of the Java array where that element is null. One level of n elements gives 1-by-n, two levels give rows and columns.
      * Rows of different length are filled up with zeros. Null gives a 0-by-0 double array.
      *
      * @param data the data; it is copied
@@ -63,10 +64,11 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         if (JavaData.classify(data) == null) {
             throw new IllegalArgumentException("no array can be made from a " + data.getClass().getTypeName());
         }
-        JavaData checked = JavaData.of(data);
-        NVBuiltinArray array = made(NVKRT.qxObject2qxArray(checked.value(), null, 0, Complexity.REAL.code()));
-        array.isNested(checked.levels());
-        return array;
+        try (JavaData checked = JavaData.of(data)) {
+            NVBuiltinArray array = made(NVKRT.qxObject2qxArray(checked.value(), null, 0, Complexity.REAL.code()));
+            array.isNested(checked.levels());
+            return array;
+        }
     }
 
     /**
@@ -141,32 +143,41 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         }
     }
 
-    /** Runs a native call that changes nothing. */
+    /**
+     * Runs a native call that changes nothing. This object stays reachable until the call is over: one that was
+     * collected on the way would find its array closed.
+     */
     final <R> R read(Function<NativePtr, R> call) {
         ValueTree shared = tree;
-        if (shared == null) {
-            return handle.use(call);
-        }
-        synchronized (shared) {
-            return handle.use(call);
+        try {
+            if (shared == null) {
+                return handle.use(call);
+            }
+            synchronized (shared) {
+                return handle.use(call);
+            }
+        } finally {
+            Reference.reachabilityFence(this);
         }
     }
 
     /** Runs a native call that changes elements. */
     final void write(Consumer<NativePtr> call) {
-        Function<NativePtr, Void> change =
+        read(
                 pointer -> {
+                    if (tree != null) {
+                        tree.checkChangeable();
+                    }
                     call.accept(pointer);
                     return null;
-                };
-        ValueTree shared = tree;
-        if (shared == null) {
-            handle.use(change);
-            return;
-        }
-        synchronized (shared) {
-            shared.checkChangeable();
-            handle.use(change);
+                });
+    }
+
+    private void checkOpen() {
+        try {
+            handle.pointer();
+        } finally {
+            Reference.reachabilityFence(this);
         }
     }
 
@@ -192,7 +203,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @return the class of the array
      */
     public final ClassId classId() {
-        handle.pointer();
+        checkOpen();
         return classId;
     }
 
@@ -239,7 +250,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @return true for a sparse array
      */
     public final boolean isSparse() {
-        handle.pointer();
+        checkOpen();
         return sparse;
     }
 
@@ -287,7 +298,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public final int indexOf(int... subscripts) {
-        return read(pointer -> NVKRT.qxCalcSingleSubscript(pointer, subscripts));
+        return read(pointer -> NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts)));
     }
 
     /**
@@ -311,9 +322,10 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * outermost: {@code double[m][n]} for an m-by-n double array, {@code float[a][b][c]} for a three-dimensional single
      * array, {@code double[1][1]} for a scalar, {@code double[0][]} for a 0-by-n array. Unsigned integers keep their
      * bits in the signed type of their width. Sparse arrays come out full. A cell gives {@link NVArray} elements that
-     * share data with it, as {@link NVCellArray#get} does; each is the caller's to close.
+     * share data with it, as {@link NVCellArray#get} does; each is the caller's to close. A struct gives a
+     * {@link com.norvane.extern.java.NVStructArray} with such elements as its values.
      *
-     * @return a new nested array
+     * @return a new nested array, or a new struct value
      * @throws UnsupportedOperationException for a class without a Java type
      */
     public Object toObject() {
@@ -359,12 +371,14 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * have equal forms.
      *
      * @return a new array of bytes
-     * @throws UnsupportedOperationException for an array that has no such form: one that holds a Java object
+     * @throws UnsupportedOperationException for an array that has no such form: one that holds a Java object, or would
+     *     make more bytes than a Java array can hold
      */
     public final byte[] serialize() {
         byte[] form = read(NVKRT::qxSerialize);
         if (form.length == 0 && classId != ClassId.UNKNOWN) {
-            throw new UnsupportedOperationException("an array of class " + classId + " can't be serialised here");
+            throw new UnsupportedOperationException(
+                    "this array of class " + classId + " holds a Java object, or is too large to be serialised");
         }
         return form;
     }
@@ -439,10 +453,21 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         return read(NVKRT::qxArrayToString);
     }
 
-    private Object writeReplace() {
+    /**
+     * What is written in place of the array. Not private: a private one would not count for the subclasses.
+     *
+     * @return the array by its serialised form
+     */
+    final Object writeReplace() {
         return new SerializedArray(serialize());
     }
 
+    /**
+     * Never called for what this class wrote.
+     *
+     * @param stream a forged stream
+     * @throws InvalidObjectException always
+     */
     private void readObject(ObjectInputStream stream) throws InvalidObjectException {
         throw new InvalidObjectException("an array is read from its serialised form");
     }

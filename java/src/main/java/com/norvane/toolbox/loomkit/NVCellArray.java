@@ -39,7 +39,7 @@ public final class NVCellArray extends NVBuiltinArray {
      * @throws IllegalArgumentException for a value that is no plain data
      */
     public static NVCellArray row(Object... elements) {
-        return filled(new int[] {1, elements.length}, elements);
+        return filled(new int[] {1, Objects.requireNonNull(elements, "elements").length}, elements);
     }
 
     /**
@@ -50,7 +50,7 @@ public final class NVCellArray extends NVBuiltinArray {
      * @throws IllegalArgumentException for a value that is no plain data
      */
     public static NVCellArray column(Object... elements) {
-        return filled(new int[] {elements.length, 1}, elements);
+        return filled(new int[] {Objects.requireNonNull(elements, "elements").length, 1}, elements);
     }
 
     /**
@@ -85,7 +85,7 @@ public final class NVCellArray extends NVBuiltinArray {
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public NVArray get(int... subscripts) {
-        return read(pointer -> Slots.get(this, pointer, NVKRT.qxCalcSingleSubscript(pointer, subscripts)));
+        return read(pointer -> Slots.get(this, pointer, NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts))));
     }
 
     /**
@@ -111,7 +111,7 @@ public final class NVCellArray extends NVBuiltinArray {
         try (Slots.Value checked = new Slots.Value(value)) {
             write(
                     pointer -> {
-                        int index = NVKRT.qxCalcSingleSubscript(pointer, subscripts);
+                        int index = NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts));
                         checked.store(this, pointer, index);
                     });
         }

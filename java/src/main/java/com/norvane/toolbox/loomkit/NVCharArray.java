@@ -139,7 +139,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public char get(int... subscripts) {
-        return read(pointer -> NVKRT.qxGetCharAt(pointer, subscripts));
+        return read(pointer -> NVKRT.qxGetCharAt(pointer, Dimensions.given(subscripts)));
     }
 
     /**
@@ -161,7 +161,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void set(char value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value));
+        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value));
     }
 
     /**

@@ -4,6 +4,7 @@ import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.List;
+import java.util.Objects;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 
@@ -17,6 +18,7 @@ public class NVException extends RuntimeException {
     /** A function with its place, as the runtime writes it: {@code at function (file:line)}. */
     private static final Pattern FRAME = Pattern.compile("(?:at )?(.+?)(?: \\(([^()]*?)(?::(\\d+))?\\))?");
 
+    /** One line for each function that was running, innermost first. */
     private final ArrayList<String> nativeStack;
 
     /** A failure without a message. Raised by native code. */
@@ -40,10 +42,12 @@ public class NVException extends RuntimeException {
      * @param message what failed
      * @param stackLines one line for each function that was running, innermost first
      * @param count how many of the lines count
+     * @throws IllegalArgumentException when there are not that many lines
+     * @throws NullPointerException for no lines, or one of them being null
      */
     public NVException(String message, String[] stackLines, int count) {
         super(message);
-        nativeStack = new ArrayList<>(Arrays.asList(stackLines).subList(0, count));
+        nativeStack = new ArrayList<>(checked(stackLines, count));
         List<StackTraceElement> frames = new ArrayList<>();
         nativeStack.forEach(line -> frames.add(frameOf(line)));
         Collections.addAll(frames, getStackTrace());
@@ -57,6 +61,16 @@ public class NVException extends RuntimeException {
      */
     public List<String> getNativeStack() {
         return Collections.unmodifiableList(nativeStack);
+    }
+
+    private static List<String> checked(String[] lines, int count) {
+        Objects.requireNonNull(lines, "stackLines");
+        if (count < 0 || count > lines.length) {
+            throw new IllegalArgumentException("there are " + lines.length + " stack lines, not " + count);
+        }
+        List<String> counted = Arrays.asList(lines).subList(0, count);
+        counted.forEach(line -> Objects.requireNonNull(line, "stack line"));
+        return counted;
     }
 
     private static StackTraceElement frameOf(String line) {

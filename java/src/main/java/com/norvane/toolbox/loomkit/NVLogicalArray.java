@@ -131,7 +131,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public boolean get(int... subscripts) {
-        return read(pointer -> NVKRT.qxGetBooleanAt(pointer, subscripts));
+        return read(pointer -> NVKRT.qxGetBooleanAt(pointer, Dimensions.given(subscripts)));
     }
 
     /**
@@ -153,7 +153,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void set(boolean value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value));
+        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value));
     }
 
     /**

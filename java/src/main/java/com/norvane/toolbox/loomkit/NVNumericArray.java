@@ -11,7 +11,7 @@ import java.util.Objects;
  * nothing is checked for range. Reads give unsigned integers their value where the Java type has room for it, and
  * their bits otherwise.
  */
-public final class NVNumericArray extends NVBuiltinArray {
+public final class NVNumericArray extends NumericElements {
     private static final long serialVersionUID = 1L;
 
     NVNumericArray(NativePtr pointer) {
@@ -36,7 +36,7 @@ public final class NVNumericArray extends NVBuiltinArray {
      * @throws IllegalArgumentException for more than 2^31-1 elements
      */
     public static NVNumericArray of(double[][] rows) {
-        return of((Object) rows);
+        return create(Objects.requireNonNull(rows, "rows"), null, ClassId.DOUBLE, Complexity.REAL);
     }
 
     /**
@@ -112,7 +112,8 @@ public final class NVNumericArray extends NVBuiltinArray {
     public static NVNumericArray zeros(ClassId classId, Complexity complexity, int... dimensions) {
         requireNumeric(classId);
         int[] extents = Dimensions.checked(dimensions);
-        return (NVNumericArray) made(NVKRT.qxCreateArray(extents, classId.code(), complexity.code()));
+        int part = Objects.requireNonNull(complexity, "complexity").code();
+        return (NVNumericArray) made(NVKRT.qxCreateArray(extents, classId.code(), part));
     }
 
     /**
@@ -314,6 +315,16 @@ public final class NVNumericArray extends NVBuiltinArray {
     }
 
     /**
+     * The imaginary part in the shape of {@link #toObject()}.
+     *
+     * @return a new nested array
+     * @throws IllegalArgumentException for a real array
+     */
+    public Object toImaginaryObject() {
+        return read(pointer -> NVKRT.qxArray2ObjectArray(pointer, false));
+    }
+
+    /**
      * The real part in storage order, the first subscript varying fastest, whatever the dimensions. Of a sparse matrix
      * only the stored elements, in the order of {@link #subscriptsAlong}.
      *
@@ -355,244 +366,6 @@ public final class NVNumericArray extends NVBuiltinArray {
      */
     public <A> A toFlatImaginaryArray(Class<A> type) {
         return Reads.flat(this, type, false);
-    }
-
-    /**
-     * The real part of the only element of a 1-by-1 array.
-     *
-     * @return its value
-     * @throws IllegalStateException when there are more or fewer elements
-     */
-    public double doubleValue() {
-        int count = numberOfElements();
-        if (count != 1) {
-            throw new IllegalStateException("the array has " + count + " elements, not one");
-        }
-        return getDoubleAt(0);
-    }
-
-    /**
-     * The real part of one element.
-     *
-     * @param subscripts one-based, one for each dimension
-     * @return its value
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public double getDouble(int... subscripts) {
-        return classId().isUnsigned()
-                ? Unsigned.toDouble(getLong(subscripts), classId())
-                : read(pointer -> NVKRT.qxGetDoubleAt(pointer, subscripts, true));
-    }
-
-    /**
-     * The real part of one element.
-     *
-     * @param index zero-based, in storage order
-     * @return its value
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public double getDoubleAt(int index) {
-        return classId().isUnsigned()
-                ? Unsigned.toDouble(getLongAt(index), classId())
-                : read(pointer -> NVKRT.qxGetDoubleAt(pointer, index, true));
-    }
-
-    /**
-     * The real part of one element as a {@code float}.
-     *
-     * @param subscripts one-based, one for each dimension
-     * @return its value, rounded
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public float getFloat(int... subscripts) {
-        return (float) getDouble(subscripts);
-    }
-
-    /**
-     * The real part of one element as a {@code float}.
-     *
-     * @param index zero-based, in storage order
-     * @return its value, rounded
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public float getFloatAt(int index) {
-        return (float) getDoubleAt(index);
-    }
-
-    /**
-     * The real part of one element as a {@code long}; uint64 as its bits.
-     *
-     * @param subscripts one-based, one for each dimension
-     * @return its value, truncated toward zero
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public long getLong(int... subscripts) {
-        return Unsigned.mask(read(pointer -> NVKRT.qxGetLongAt(pointer, subscripts, true)), classId());
-    }
-
-    /**
-     * The real part of one element as a {@code long}; uint64 as its bits.
-     *
-     * @param index zero-based, in storage order
-     * @return its value, truncated toward zero
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public long getLongAt(int index) {
-        return Unsigned.mask(read(pointer -> NVKRT.qxGetLongAt(pointer, index, true)), classId());
-    }
-
-    /**
-     * The real part of one element as an {@code int}: the low 32 bits of an integer.
-     *
-     * @param subscripts one-based, one for each dimension
-     * @return its value, truncated toward zero
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public int getInt(int... subscripts) {
-        return (int) Unsigned.mask(read(pointer -> NVKRT.qxGetIntAt(pointer, subscripts, true)), classId());
-    }
-
-    /**
-     * The real part of one element as an {@code int}: the low 32 bits of an integer.
-     *
-     * @param index zero-based, in storage order
-     * @return its value, truncated toward zero
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public int getIntAt(int index) {
-        return (int) Unsigned.mask(read(pointer -> NVKRT.qxGetIntAt(pointer, index, true)), classId());
-    }
-
-    /**
-     * The real part of one element, boxed as the Java type closest to the class; unsigned integers as their bits.
-     *
-     * @param subscripts one-based, one for each dimension
-     * @return its value
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public Number get(int... subscripts) {
-        return (Number) read(pointer -> NVKRT.qxGetObjectAt(pointer, subscripts, true));
-    }
-
-    /**
-     * The imaginary part of one element.
-     *
-     * @param subscripts one-based, one for each dimension
-     * @return its value; unsigned integers as their bits
-     * @throws IllegalArgumentException for a real array
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public double getImaginary(int... subscripts) {
-        return read(pointer -> NVKRT.qxGetDoubleAt(pointer, subscripts, false));
-    }
-
-    /**
-     * The imaginary part of one element.
-     *
-     * @param index zero-based, in storage order
-     * @return its value; unsigned integers as their bits
-     * @throws IllegalArgumentException for a real array
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public double getImaginaryAt(int index) {
-        return read(pointer -> NVKRT.qxGetDoubleAt(pointer, index, false));
-    }
-
-    /**
-     * Stores the real part of one element. Integer classes of up to 32 bits take the value through a signed 32-bit
-     * integer. A zero removes the element of a sparse array whose other part is zero too.
-     *
-     * @param value the value
-     * @param subscripts one-based, one for each dimension
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public void set(double value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value, true));
-    }
-
-    /**
-     * Stores the real part of one element; integer classes keep its low bits.
-     *
-     * @param value the value
-     * @param subscripts one-based, one for each dimension
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public void set(long value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value, true));
-    }
-
-    /**
-     * Stores the real part of one element, as {@link #set(double, int...)} does.
-     *
-     * @param index zero-based, in storage order
-     * @param value the value
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public void setAt(int index, double value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, true));
-    }
-
-    /**
-     * Stores the real part of one element; integer classes keep its low bits.
-     *
-     * @param index zero-based, in storage order
-     * @param value the value
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public void setAt(int index, long value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, true));
-    }
-
-    /**
-     * Stores the imaginary part of one element.
-     *
-     * @param value the value
-     * @param subscripts one-based, one for each dimension
-     * @throws IllegalArgumentException for a real array
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public void setImaginary(double value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, subscripts, value, false));
-    }
-
-    /**
-     * Stores the imaginary part of one element.
-     *
-     * @param index zero-based, in storage order
-     * @param value the value
-     * @throws IllegalArgumentException for a real array
-     * @throws ArrayIndexOutOfBoundsException when there is no such element
-     */
-    public void setImaginaryAt(int index, double value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, false));
-    }
-
-    /**
-     * Stores the real part of all elements, of a sparse array that of all stored elements.
-     *
-     * @param flat a one-level array of primitive or boxed numbers, in storage order, one for each element
-     * @throws IllegalArgumentException for another type or length
-     */
-    public void setData(Object flat) {
-        setFlat(flat, true);
-    }
-
-    /**
-     * Stores the imaginary part of all elements, of a sparse array that of all stored elements.
-     *
-     * @param flat a one-level array of primitive or boxed numbers, in storage order, one for each element
-     * @throws IllegalArgumentException for another type or length, or a real array
-     */
-    public void setImaginaryData(Object flat) {
-        setFlat(flat, false);
-    }
-
-    private void setFlat(Object flat, boolean real) {
-        write(
-                pointer -> {
-                    int count = NVKRT.qxGetNumberOfNonZeros(pointer);
-                    NVKRT.qxSetData(pointer, FlatData.checked(flat, classId(), count), real);
-                });
     }
 
     @Override

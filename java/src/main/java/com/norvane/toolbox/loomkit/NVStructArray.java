@@ -33,7 +33,7 @@ public final class NVStructArray extends NVBuiltinArray {
     public static NVStructArray create(int[] dimensions, String... fieldNames) {
         int[] extents = Dimensions.checked(dimensions);
         Set<String> names = new LinkedHashSet<>();
-        for (String name : fieldNames) {
+        for (String name : Objects.requireNonNull(fieldNames, "fieldNames")) {
             if (!names.add(Text.checkedName(name, "field name"))) {
                 throw new IllegalArgumentException("two fields are called " + name);
             }
@@ -53,6 +53,7 @@ public final class NVStructArray extends NVBuiltinArray {
      * @throws IllegalArgumentException for a value that is no plain data, or a bad name
      */
     public static NVStructArray of(Map<String, ?> fields) {
+        Objects.requireNonNull(fields, "fields");
         NVStructArray struct = create(new int[] {1, 1}, fields.keySet().toArray(new String[0]));
         try {
             fields.forEach((name, value) -> struct.setAt(name, 0, value));
@@ -99,7 +100,7 @@ public final class NVStructArray extends NVBuiltinArray {
      * @return true when they do
      */
     public boolean hasField(String field) {
-        return fieldNames().contains(field);
+        return fieldNames().contains(Objects.requireNonNull(field, "field"));
     }
 
     /**
@@ -126,7 +127,7 @@ public final class NVStructArray extends NVBuiltinArray {
     public NVArray get(String field, int... subscripts) {
         return read(
                 pointer ->
-                        Slots.get(this, pointer, NVKRT.qxCalcStructSingleSubscript(pointer, field, subscripts)));
+                        Slots.get(this, pointer, NVKRT.qxCalcStructSingleSubscript(pointer, field, Dimensions.given(subscripts))));
     }
 
     /**
@@ -167,7 +168,7 @@ public final class NVStructArray extends NVBuiltinArray {
         try (Slots.Value checked = new Slots.Value(value)) {
             write(
                     pointer -> {
-                        int slot = NVKRT.qxCalcStructSingleSubscript(pointer, field, subscripts);
+                        int slot = NVKRT.qxCalcStructSingleSubscript(pointer, field, Dimensions.given(subscripts));
                         checked.store(this, pointer, slot);
                     });
         }
@@ -186,6 +187,25 @@ public final class NVStructArray extends NVBuiltinArray {
         try (Slots.Value checked = new Slots.Value(value)) {
             write(pointer -> checked.store(this, pointer, slotAt(pointer, field, index)));
         }
+    }
+
+    /**
+     * The array as a pure Java value, whose field values are the arrays that {@link #getAt} gives.
+     *
+     * @return a new value; each array in it shares data with the struct and is the caller's to close
+     */
+    @Override
+    public com.norvane.extern.java.NVStructArray toObject() {
+        return read(
+                pointer -> {
+                    String[] names = NVKRT.qxGetFieldNames(pointer);
+                    Object[] values = new Object[names.length * NVKRT.qxGetNumberOfElements(pointer)];
+                    for (int slot = 0; slot < values.length; slot++) {
+                        values[slot] = Slots.get(this, pointer, slot);
+                    }
+                    return new com.norvane.extern.java.NVStructArray(
+                            NVKRT.qxGetDimensions(pointer), names, values);
+                });
     }
 
     /** The native count of elements starts at one here. */

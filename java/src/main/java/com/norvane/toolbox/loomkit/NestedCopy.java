@@ -3,6 +3,7 @@ package com.norvane.toolbox.loomkit;
 import com.norvane.extern.java.NVCellArray;
 import com.norvane.extern.java.NVStructArray;
 import java.util.Arrays;
+import java.util.Map;
 
 /**
  * Copies nested Java arrays down to their primitive rows, which keep their length, and measures the bounding box of
@@ -14,11 +15,22 @@ final class NestedCopy {
     /** More units than any primitive value needs as text. */
     private static final int TEXT_OF_PRIMITIVE = 26;
 
+    private static final Map<Class<?>, Object> ZEROS =
+            Map.of(
+                    Boolean.class, false,
+                    Character.class, '\0',
+                    Double.class, 0.0,
+                    Float.class, 0.0f,
+                    Byte.class, (byte) 0,
+                    Short.class, (short) 0,
+                    Integer.class, 0,
+                    Long.class, 0L);
+
     private final boolean asText;
     private long[] extents = new long[4];
     private int levels;
 
-    /** For data whose class follows from its first element. */
+    /** For data whose class follows from its first element, or from its type where that is missing. */
     NestedCopy(Object data) {
         this(JavaData.classifyNested(data) == ClassId.CHAR);
     }
@@ -73,10 +85,19 @@ final class NestedCopy {
             return array;
         }
         Object[] copy = asText ? Arrays.copyOf(array, array.length, Object[].class) : array.clone();
+        Object missing = asText ? null : neutralOf(array.getClass().getComponentType());
         for (int i = 0; i < copy.length; i++) {
-            copy[i] = copy(copy[i], level + 1);
+            copy[i] = copy[i] == null ? missing : copy(copy[i], level + 1);
         }
         return copy;
+    }
+
+    /** What stands for a null in an array of that type, so that a null in front leaves native code the class. */
+    private static Object neutralOf(Class<?> type) {
+        if (type.isArray()) {
+            return java.lang.reflect.Array.newInstance(type.getComponentType(), 0);
+        }
+        return ZEROS.get(type);
     }
 
     private void raiseAll(int level, int[] lengths) {

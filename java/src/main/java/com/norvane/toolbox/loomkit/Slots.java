@@ -37,9 +37,7 @@ final class Slots {
 
     /** A value on its way into a slot: what native code gets for it, its levels, and what is to be closed after. */
     static final class Value implements AutoCloseable {
-        private final Object data;
-        private final int levels;
-        private final NVBuiltinArray copy;
+        private final JavaData data;
 
         /**
          * An array is copied: sharing its data would let a cell come to contain itself.
@@ -47,35 +45,18 @@ final class Slots {
          * @throws IllegalArgumentException for what is no plain data
          */
         Value(Object value) {
-            if (value instanceof NVBuiltinArray) {
-                NVBuiltinArray source = (NVBuiltinArray) value;
-                levels = source.levels();
-                ValueTree.checkLevels(levels);
-                copy = source.duplicate();
-                data = copy;
-                return;
-            }
-            if (JavaData.classify(value) == null) {
-                throw new IllegalArgumentException(
-                        "a " + value.getClass().getTypeName() + " can't be put into a cell or struct");
-            }
-            JavaData checked = JavaData.of(value);
-            levels = checked.levels();
-            data = checked.value();
-            copy = null;
+            data = JavaData.of(value);
         }
 
         /** Called within {@link NVBuiltinArray#write}. */
         void store(NVBuiltinArray parent, NativePtr pointer, int slot) {
-            parent.tree().nest(parent.depth(), levels);
-            NVKRT.qxSetCell(pointer, slot, data);
+            parent.tree().nest(parent.depth(), data.levels());
+            NVKRT.qxSetCell(pointer, slot, data.value());
         }
 
         @Override
         public void close() {
-            if (copy != null) {
-                copy.close();
-            }
+            data.close();
         }
     }
 

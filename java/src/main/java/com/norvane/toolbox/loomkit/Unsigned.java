@@ -15,7 +15,16 @@ final class Unsigned {
         if (bits >= 0 || classId != ClassId.UINT64) {
             return bits;
         }
-        // Half the value, with the lost bit kept for the rounding, then doubled.
-        return (double) ((bits >>> 1) | (bits & 1)) * 2.0;
+        return (double) half(bits) * 2.0;
+    }
+
+    /** As {@link #toDouble}, rounded once. */
+    static float toFloat(long bits, ClassId classId) {
+        return bits >= 0 || classId != ClassId.UINT64 ? bits : (float) half(bits) * 2.0f;
+    }
+
+    /** Half the unsigned value, the lost bit kept for the rounding. */
+    private static long half(long bits) {
+        return (bits >>> 1) | (bits & 1);
     }
 }

@@ -1,6 +1,5 @@
 package com.norvane.toolbox.loomkit;
 
-import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertSame;
@@ -11,7 +10,6 @@ import static org.junit.jupiter.params.provider.Arguments.arguments;
 import java.io.IOException;
 import java.util.List;
 import java.util.Map;
-import java.util.Random;
 import java.util.function.DoubleUnaryOperator;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.AfterAll;
@@ -35,58 +33,6 @@ class CallTest {
     static void close() {
         linalg.close();
         showcase.close();
-    }
-
-    private static double[][] random(Random random, int rows, int columns) {
-        double[][] matrix = new double[rows][];
-        for (int i = 0; i < rows; i++) {
-            matrix[i] = random.doubles(columns, -1, 1).toArray();
-        }
-        return matrix;
-    }
-
-    private static double[][] product(double[][] a, double[][] b) {
-        double[][] c = new double[a.length][b[0].length];
-        for (int i = 0; i < a.length; i++) {
-            for (int j = 0; j < b[0].length; j++) {
-                for (int k = 0; k < b.length; k++) {
-                    c[i][j] += a[i][k] * b[k][j];
-                }
-            }
-        }
-        return c;
-    }
-
-    private static void assertNear(double[][] expected, double[][] actual, double tolerance) {
-        assertEquals(expected.length, actual.length);
-        for (int i = 0; i < expected.length; i++) {
-            assertArrayEquals(expected[i], actual[i], tolerance, "row " + i);
-        }
-    }
-
-    @Test
-    void solvesASystem() {
-        Random random = new Random(7);
-        double[][] a = random(random, 8, 8);
-        double[][] x = random(random, 8, 2);
-        double[][] solved = linalg.call1("solve", a, product(a, x)).asNumeric().toDoubleArray();
-
-        assertNear(x, solved, 1e-9);
-    }
-
-    @Test
-    void givesSeveralResults() {
-        double[][] a = random(new Random(8), 5, 3);
-        NVArray[] factors = linalg.call("svd", 3, a, "econ");
-        double[][] u = factors[0].asNumeric().toDoubleArray();
-        double[][] s = factors[1].asNumeric().toDoubleArray();
-        double[][] v = factors[2].asNumeric().toDoubleArray();
-        double[][] transposed = new double[3][3];
-        for (int i = 0; i < 9; i++) {
-            transposed[i / 3][i % 3] = v[i % 3][i / 3];
-        }
-
-        assertNear(a, product(product(u, s), transposed), 1e-12);
     }
 
     /** What the compiler passes for a single argument: an array of references stands for all arguments. */
@@ -150,16 +96,6 @@ class CallTest {
         Object object = new Object();
         assertSame(object, ((NVJavaObjectRef) showcase.call1("same", object)).get());
         assertSame("text", ((NVJavaObjectRef) showcase.call1("same", new NVJavaObjectRef("text"))).get());
-    }
-
-    @Test
-    void minimisesALambda() {
-        DoubleUnaryOperator objective = x -> (x - 1) * (x - 1) + 3;
-        NVArray[] minimum = showcase.call("minimize", 3, objective, -4.0, 6.0);
-
-        assertEquals(1, minimum[0].asNumeric().doubleValue(), 1e-6);
-        assertEquals(3, minimum[1].asNumeric().doubleValue(), 1e-12);
-        assertTrue(minimum[2].asNumeric().doubleValue() > 2);
     }
 
     @Test

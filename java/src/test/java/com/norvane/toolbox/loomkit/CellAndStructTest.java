@@ -76,6 +76,8 @@ class CellAndStructTest {
             assertEquals(deepest, again);
             assertThrows(IllegalArgumentException.class, () -> NVCellArray.row(again));
         }
+        com.norvane.extern.java.NVCellArray wrapped = com.norvane.extern.java.NVCellArray.row(deepest);
+        assertThrows(IllegalArgumentException.class, () -> NVCellArray.of(wrapped).setAt(0, wrapped));
         try (NVCellArray inside = deepest.getAt(0).asCell()) {
             assertThrows(IllegalArgumentException.class, () -> inside.setAt(0, inside));
         }
@@ -151,6 +153,7 @@ class CellAndStructTest {
             struct.set("b", "changed", 2, 1);
             assertEquals("changed", struct.getAt("b", 1).asChar().toJavaString());
             assertEquals("c3", struct.get("c", 2, 2).asChar().toJavaString());
+            assertEquals("b3", ((NVCharArray) struct.toObject().get("b", 3)).toJavaString());
             assertEquals("a2", struct.get("a", 1, 2).asChar().toJavaString());
             assertThrows(IndexOutOfBoundsException.class, () -> struct.getAt("a", 4));
             assertThrows(IndexOutOfBoundsException.class, () -> struct.getAt("a", -1));

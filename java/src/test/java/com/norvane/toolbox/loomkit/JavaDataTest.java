@@ -5,6 +5,7 @@ import static org.junit.jupiter.api.Assertions.assertNotSame;
 import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Named.named;
 import static org.junit.jupiter.params.provider.Arguments.arguments;
 
 import com.norvane.extern.java.NVCellArray;
@@ -12,6 +13,7 @@ import com.norvane.extern.java.NVStructArray;
 import java.math.BigDecimal;
 import java.util.Arrays;
 import java.util.stream.Stream;
+import org.junit.jupiter.api.Named;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.MethodSource;
@@ -25,6 +27,8 @@ class JavaDataTest {
                 arguments(new Long[0][0], ClassId.INT64),
                 arguments(new int[0][3], ClassId.INT32),
                 arguments(new Object[] {null, 1.0}, ClassId.CHAR),
+                arguments(new double[][] {null, {1.0}}, ClassId.DOUBLE),
+                arguments(new Object[] {new Float[] {null, 1.0f}}, ClassId.SINGLE),
                 arguments(new Object[] {new Object[] {(short) 1}, "text"}, ClassId.INT16),
                 arguments(new String[0], ClassId.CHAR),
                 arguments('c', ClassId.CHAR),
@@ -72,17 +76,18 @@ class JavaDataTest {
         return cell;
     }
 
-    static Stream<Object> refused() {
+    /** Named, since the display of such data would itself never end. */
+    static Stream<Named<Object>> refused() {
         return Stream.of(
-                containsItself(),
-                nested(300),
-                nested(100_000),
-                sharedRows(1 << 16, 1 << 16),
-                new Object[] {"text", sharedRows(1 << 12, 1 << 16)},
-                new Object[] {1.0, new Object[] {containsItself()}},
-                cellsOfCells(101),
-                cellsOfCells(40),
-                NVCellArray.row(NVCellArray.row(containsItself())));
+                named("in itself", containsItself()),
+                named("300 levels", nested(300)),
+                named("100000 levels", nested(100_000)),
+                named("shared rows", sharedRows(1 << 16, 1 << 16)),
+                named("shared rows beside text", new Object[] {"text", sharedRows(1 << 12, 1 << 16)}),
+                named("in itself, deep", new Object[] {1.0, new Object[] {containsItself()}}),
+                named("101 cells deep", cellsOfCells(101)),
+                named("2^39 cells", cellsOfCells(40)),
+                named("in itself in a cell", NVCellArray.row(NVCellArray.row(containsItself()))));
     }
 
     @ParameterizedTest

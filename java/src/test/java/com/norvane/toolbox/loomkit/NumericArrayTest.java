@@ -2,7 +2,6 @@ package com.norvane.toolbox.loomkit;
 
 import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.params.provider.Arguments.arguments;
 
 import java.lang.reflect.Array;
@@ -57,6 +56,10 @@ class NumericArrayTest {
                 assertEquals(expected[index], array.getDouble(i + 1, j + 1, k + 1), "seed " + seed);
                 assertEquals(expected[index], array.getDoubleAt(index), "seed " + seed);
                 assertEquals((long) expected[index], array.getLongAt(index), "seed " + seed);
+                assertEquals((float) expected[index], array.getFloatAt(index), "seed " + seed);
+                assertEquals((int) (long) expected[index], array.getIntAt(index), "seed " + seed);
+                assertEquals((short) (long) expected[index], array.getShort(i + 1, j + 1, k + 1), "seed " + seed);
+                assertEquals((byte) (long) expected[index], array.getByteAt(index), "seed " + seed);
                 assertEquals(index, array.indexOf(i + 1, j + 1, k + 1));
             }
             assertEquals(classId, array.classId());
@@ -141,8 +144,24 @@ class NumericArrayTest {
             assertEquals(8, array.getImaginaryAt(3));
             assertArrayEquals(real, array.toDoubleArray());
 
+            assertArrayEquals(new double[][] {{-1, 0}, {7, 8}}, (double[][]) array.toImaginaryObject());
+
             array.setImaginaryData(new Integer[] {1, 2, 3, 4});
             assertArrayEquals(new double[] {1, 2, 3, 4}, array.toFlatImaginaryDoubleArray());
+        }
+    }
+
+    @Test
+    void keepsAllBitsOfImaginaryIntegers() {
+        long bits = (1L << 60) + 1;
+        try (NVNumericArray wide = NVNumericArray.zeros(ClassId.INT64, Complexity.COMPLEX, 1, 2);
+                NVNumericArray small = NVNumericArray.zeros(ClassId.UINT8, Complexity.COMPLEX, 1, 1)) {
+            wide.setImaginary(bits, 1, 1);
+            wide.setImaginaryAt(1, -bits);
+            assertEquals(bits, wide.getImaginaryLongAt(0));
+            assertEquals(-bits, wide.getImaginaryLong(1, 2));
+            small.setImaginaryAt(0, 200L);
+            assertEquals(200, small.getImaginary(1, 1));
         }
     }
 
@@ -178,38 +197,12 @@ class NumericArrayTest {
             assertEquals(4_000_000_000L, word.getLong(1, 1));
             assertEquals((int) 4_000_000_000L, word.getInt(1, 1));
             assertEquals(0x1p64, wide.getDoubleAt(0));
+            assertEquals(0x1p64f, wide.getFloatAt(0));
+            assertEquals(0x1p63f, wide.getFloat(1, 2));
             assertEquals(0x1p63, wide.getDoubleAt(1));
             assertEquals(-1L, wide.getLongAt(0));
             assertEquals(-1L, wide.get(1, 1));
-        }
-    }
-
-    @Test
-    void sharesOrCopiesAsAsked() {
-        try (NVNumericArray array = NVNumericArray.of(new double[][] {{1, 2}});
-                NVNumericArray shared = array.sharedCopy();
-                NVNumericArray copy = array.duplicate()) {
-            array.set(9.0, 1, 2);
-            assertEquals(9, shared.getDouble(1, 2));
-            assertEquals(2, copy.getDouble(1, 2));
-        }
-    }
-
-    @Test
-    void tellsSubscriptsOfAllElements() {
-        try (NVNumericArray array = NVNumericArray.zeros(2, 3)) {
-            assertArrayEquals(new int[] {1, 2, 1, 2, 1, 2}, array.subscriptsAlong(0));
-            assertArrayEquals(new int[] {1, 1, 2, 2, 3, 3}, array.subscriptsAlong(1));
-            assertThrows(IllegalArgumentException.class, () -> array.subscriptsAlong(2));
-        }
-    }
-
-    @Test
-    void readsAScalarAsANumberOnly() {
-        try (NVNumericArray one = NVNumericArray.of(2.5);
-                NVNumericArray two = NVNumericArray.zeros(2)) {
-            assertEquals(2.5, one.doubleValue());
-            assertThrows(IllegalStateException.class, two::doubleValue);
+            assertEquals(Long.MIN_VALUE, wide.getAt(1));
         }
     }
 }
