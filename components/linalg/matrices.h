@@ -83,7 +83,8 @@ void requireSquare(const Matrix<Scalar>& a, const krt::Value& value, const krt::
     }
 }
 
-/// Iterations that work towards a limit have none where an element is infinite or no number.
+/// Iterations that work towards a limit have none where an element is infinite or no number, and a factorisation
+/// spreads such an element over the whole result.
 template <typename Scalar>
 void requireFinite(const Matrix<Scalar>& a, const krt::Value& value, const krt::Location& at = krt::Location()) {
     if (!a.allFinite()) {

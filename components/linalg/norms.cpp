@@ -37,7 +37,7 @@ Kind kindOf(const krt::Value& p) {
     if (std::isinf(number) && number > 0) {
         return Kind::infinity;
     }
-    krt::error("linalg:value", p.label() + " is " + std::to_string(number) + ", expected 1, 2, Inf or 'fro'");
+    krt::error("linalg:value", p.label() + " is " + krt::numberText(number) + ", expected 1, 2, Inf or 'fro'");
 }
 
 /// The largest singular value; of what is not finite, what the other norms give.

@@ -62,6 +62,8 @@ KRT_FUNCTION(solve) {
     linalg::withMatrices(first, second, [&](const auto& a, const auto& b) {
         linalg::requireSquare(a, first);
         linalg::requireSameRows(a, b, second);
+        linalg::requireFinite(a, first);
+        linalg::requireFinite(b, second);
         auto x = b;
         if (x.size() != 0) {
             x = factor(a, first).solve(b);
@@ -75,6 +77,7 @@ KRT_FUNCTION(inv) {
     const krt::Value first = in(0, "A");
     linalg::withMatrix(first, [&](auto a) {
         linalg::requireSquare(a, first);
+        linalg::requireFinite(a, first);
         if (a.size() != 0) {
             a = factor(a, first).inverse().eval();
         }

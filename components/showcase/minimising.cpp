@@ -46,7 +46,7 @@ KRT_FUNCTION(minimize) {
     const auto checkedObjective = [&](double x) {
         const double value = f(x);
         if (std::isnan(value)) {
-            krt::error("showcase:objective", "minimize: the objective is not a number at " + std::to_string(x));
+            krt::error("showcase:objective", "minimize: the objective is not a number at " + krt::numberText(x));
         }
         return value;
     };

@@ -35,7 +35,7 @@ auto find(const Table& table, const std::string& name) {
 
 void checkCacheDirectory(const std::string& directory) {
     std::error_code failure;
-    const auto status = std::filesystem::status(directory, failure);
+    const auto status = std::filesystem::status(vrlFileSystemPath(directory), failure);
     if (std::filesystem::exists(status) && !std::filesystem::is_directory(status)) {
         throw vrlBaseException("option -cachedir: " + directory + " is not a folder");
     }

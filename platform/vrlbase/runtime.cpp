@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -46,7 +47,7 @@ LogFile openLog(const std::string& name) {
     if (name.empty()) {
         return nullptr;
     }
-    LogFile log(std::fopen(name.c_str(), "ae"));
+    LogFile log(std::fopen(vrlFileSystemPath(name).c_str(), "ae"));
     if (log == nullptr) {
         throw vrlBaseException("option -logfile: " + name + " can't be written: " + std::strerror(errno));
     }
@@ -136,12 +137,15 @@ void vrlWriteLog(const char* text) {
 std::string vrlGetCacheDirectory() {
     const std::string chosen = read(&Runtime::options).cacheDirectory;
     if (!chosen.empty()) {
-        return chosen;
+        return vrlFileSystemPath(chosen);
     }
     if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache != nullptr && *cache == '/') {
         return std::string(cache) + "/loomkit/components";
     }
-    if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') {
+    std::error_code missing;
+    const char* home = std::getenv("HOME");
+    // The user of a service often has a home that is not there.
+    if (home != nullptr && *home == '/' && std::filesystem::is_directory(home, missing)) {
         return std::string(home) + "/.cache/loomkit/components";
     }
     return (std::filesystem::temp_directory_path() / ("loomkit-" + std::to_string(getuid())) / "components").string();

@@ -44,8 +44,11 @@ public:
         }
         const char* path = archive_entry_pathname(entry_);
         path_ = path ? path : "";
+        ++number_;
         if (result != ARCHIVE_OK) {
-            failEntry(path_, "its header is damaged: " + reason());
+            // A path that the locale has no characters for comes as none.
+            failEntry(path_.empty() ? "number " + std::to_string(number_) : path_,
+                      "its header is damaged: " + reason());
         }
         return true;
     }
@@ -64,12 +67,14 @@ public:
 private:
     std::string reason() const {
         const char* text = reader_ ? archive_error_string(reader_.get()) : nullptr;
-        return text ? text : "not enough memory";
+        std::string words = text ? text : "not enough memory";
+        return words.erase(words.find_last_not_of('.') + 1);
     }
 
     std::unique_ptr<archive, int (*)(archive*)> reader_;
     archive_entry* entry_ = nullptr;
     std::string path_;
+    std::uint64_t number_ = 0;
 };
 
 /// Tells at once what no zip reader needs to be asked for.

@@ -37,8 +37,8 @@ LoadedComponent::LoadedComponent(void* handle, boost::shared_ptr<vrlExtractedCom
         krtEntry entry = library_->entry(function.symbol);
         if (entry == nullptr) {
             throw vrlBaseException("component " + extracted_->name + ": function " + function.name +
-                                   " has the symbol " + function.symbol + ", which " + extracted_->libraryFile +
-                                   " does not have");
+                                   " has the symbol " + function.symbol + ", which is no function of " +
+                                   extracted_->libraryFile);
         }
         if (!functions_.try_emplace(function.name, RunnableFunction{function, entry}).second) {
             throw vrlBaseException("component " + extracted_->name + ": there are two functions " + function.name);

@@ -18,7 +18,7 @@ public:
     ComponentLibrary(const ComponentLibrary&) = delete;
     ComponentLibrary& operator=(const ComponentLibrary&) = delete;
 
-    /// Null when the library has no such symbol.
+    /// Null when the library itself defines no such function: what it links has names of its own, such as `log`.
     krtEntry entry(const std::string& symbol) const;
 
     /// Keeps the library mapped for good: a thread of the component runs its code, and nobody can tell until when.

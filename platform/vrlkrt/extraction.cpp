@@ -16,8 +16,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
+#include <sstream>
 #include <system_error>
 
 namespace vrlkrt {
@@ -92,9 +92,12 @@ bool isPlainFileOfSize(const std::string& path, std::uint64_t size) {
            static_cast<std::uint64_t>(state.st_size) == size;
 }
 
+/// "" where there is no file to be read.
 std::string readWhole(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
 }
 
 /// Absolute, without a separator at the end, links resolved where the folder exists.

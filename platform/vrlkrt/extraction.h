@@ -26,8 +26,7 @@ void makeFolders(const std::string& folder, unsigned permissions = 0755);
 
 /// Brings the component of an archive into `folder`. A whole one that is there is used as it is. One that an
 /// earlier extraction of the same component left, of whatever version, is replaced, as long as nothing but its
-/// files is there; a folder with anything else, or that an
-/// instance still runs from, is refused and stays untouched.
+/// files is there; a folder with anything else, or that an instance still runs from, is refused and stays untouched.
 [[nodiscard]] vrlExtractedComponent placeInFolder(const ComponentArchive& archive, const std::string& folder);
 
 }  // namespace vrlkrt

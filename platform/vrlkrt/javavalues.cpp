@@ -122,6 +122,14 @@ qxArray* checked(qxArray* array) {
     return array;
 }
 
+/// The value of a java.lang.Number, which may be of a class with code of its own.
+jdouble doubleOf(JNIEnv* env, const JavaTypes& types, jobject number) {
+    const qxCallScopeSuspension outInJava;
+    const jdouble value = env->CallDoubleMethodA(number, types.doubleValue, nullptr);
+    tether::throwIfPending(env);
+    return value;
+}
+
 qxArray* charRow(JNIEnv* env, jstring string) {
     const jsize length = env->GetStringLength(string);
     std::u16string units(static_cast<std::size_t>(length), u'\0');
@@ -192,9 +200,7 @@ qxArray* arrayOf(JNIEnv* env, const JavaTypes& types, jobject value) {
         return checked(qxCreateDoubleMatrix(0, 0, qxREAL));
     }
     if (is(types.number)) {
-        const jdouble number = env->CallDoubleMethodA(value, types.doubleValue, nullptr);
-        tether::throwIfPending(env);
-        return checked(qxCreateDoubleScalar(number));
+        return checked(qxCreateDoubleScalar(doubleOf(env, types, value)));
     }
     if (is(types.boxedBoolean)) {
         const jboolean truth = tether::callMethodA<jboolean>(env, value, types.booleanValue, nullptr);

@@ -111,11 +111,16 @@ std::string readVersion(const Place& top) {
     return version;
 }
 
+/// A value as an error shows it. Arrays and objects go by their kind: their text has no bound, and nor has its nesting.
+std::string shown(const Json& value) {
+    return value.is_structured() ? value.type_name() : value.dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
 int readWholeNumber(const Place& place, const char* member) {
     const Json& value = place.member(member);
     if (!value.is_number_unsigned() || value.get<std::uint64_t>() > std::uint64_t{maxCount}) {
         fail("the member " + place.words(member) + " must be a whole number from 0 to " + std::to_string(maxCount) +
-             ", not " + value.dump(-1, ' ', true, Json::error_handler_t::replace));
+             ", not " + shown(value));
     }
     return value.get<int>();
 }

@@ -10,5 +10,5 @@ std::string vrlPlatformPath(const dsPathString_<dsMBCSSafeString>& path) {
         text[position] = '/';
         position = dsFindUnit(text, position + 1, isSeparator);
     }
-    return vrlExpandPathMacros(text);
+    return vrlFileSystemPath(vrlExpandPathMacros(text));
 }

@@ -1,5 +1,7 @@
 #include "componentrun.h"
 
+#include "values.h"
+
 #include "vrlkrt/vrlkrt.h"
 
 #include <mutex>
@@ -17,6 +19,11 @@ vrlPrintHandler appendTo(std::string& text) {
 }
 
 }  // namespace
+
+std::string shownText(const qxArrayOwner& array) {
+    const std::string text = qxToText(array.get());
+    return text.substr(0, text.find_last_not_of('\n') + 1);
+}
 
 ComponentRun::ComponentRun(const std::string& archive) {
     std::string bytes = readText(archive);
@@ -38,4 +45,17 @@ std::vector<qxArrayOwner> ComponentRun::call(const std::string& function, int nl
     std::vector<qxArray*> plhs(static_cast<std::size_t>(nlhs));
     vrlLoomkitFeval(handle_, function.c_str(), nlhs, plhs.data(), static_cast<int>(prhs.size()), prhs.data());
     return std::vector<qxArrayOwner>(plhs.begin(), plhs.end());
+}
+
+std::vector<qxArrayOwner> ComponentRun::callWith(const std::string& function, int nlhs,
+                                                 const std::vector<std::string>& words) {
+    std::vector<qxArrayOwner> inputs;
+    for (const std::string& word : words) {
+        inputs.push_back(kpa::parseValue(word));
+    }
+    std::vector<const qxArray*> borrowed;
+    for (const qxArrayOwner& input : inputs) {
+        borrowed.push_back(input.get());
+    }
+    return call(function, nlhs, borrowed);
 }

@@ -81,7 +81,7 @@ std::string CraftedComponent::defaultManifest() const {
     made.name = name;
     made.version = "1.2.3";
     made.abi = KRT_ABI;
-    made.functions.push_back({"twice", "twice", "doubles a number", {}, {}, {}});
+    made.functions.push_back({function, function, "does something", {}, {}, {}});
     made.libraries[vrlkrt::hostPlatform()] = "lib/x.so";
     for (const CraftedEntry& file : files) {
         made.digests[file.path] = vrlkrt::sha256Hex(file.content);

@@ -18,10 +18,11 @@ struct CraftedEntry {
 /// A zip file, byte by byte.
 std::string craftZip(const std::vector<CraftedEntry>& entries);
 
-/// A valid component archive with these files besides component.json, the library "lib/x.so" among them.
-/// `manifest` replaces its component.json where it is not empty.
+/// A valid component archive with these files besides component.json, the library "lib/x.so" with its one function
+/// among them. `manifest` replaces its component.json where it is not empty.
 struct CraftedComponent {
     std::string name = "sample";
+    std::string function = "twice";
     std::vector<CraftedEntry> files = {{"lib/x.so", "library"}, {"data/table.txt", "1 2 3"}};
     std::string manifest;
 

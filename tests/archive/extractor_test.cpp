@@ -1,6 +1,8 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
+#include "krt/component.h"
+#include "qx/arrayowner.h"
 #include "vrlkrt/extractedcomponent.h"
 #include "vrlkrt/vrlkrt.h"
 
@@ -28,6 +30,28 @@ TEST(KpaExtractor, OutlivesTheBytesOfItsArchive) {
     EXPECT_EQ(one()->libraryFile, root / "one/c/lib/x.so");
     EXPECT_EQ(two()->version, "1.2.3");
     EXPECT_EQ(filesBelow(root / "one/c"), filesBelow(root / "two"));
+}
+
+/// What `version` gives of a component with this library that is extracted to the folder.
+double versionIn(const std::string& folder, const char* library) {
+    CraftedComponent component;
+    component.function = "version";
+    component.files = {{"lib/x.so", readText(library)}};
+    void* handle = vrlInitializeComponentInstance(
+        {}, {},
+        vrlMakeDirectoryExtractedComponentFactory(vrlMakeKpaStreamExtractor(streamOver(component.zip())),
+                                                  Path(folder.c_str())));
+    qxArray* result = nullptr;
+    vrlLoomkitFeval(handle, "version", 1, &result, 0, nullptr);
+    vrlTerminateInstanceInternal(handle);
+    return krtScalar(qxArrayOwner(result).get());
+}
+
+TEST(Component, RunsTheVersionThatReplacedAnotherInItsFolder) {
+    const TestFolder root;
+    for (const double version : {1, 2, 2, 1, 2}) {
+        EXPECT_EQ(versionIn(root / "c", version == 1 ? VERSION_1 : VERSION_2), version);
+    }
 }
 
 TEST(KpaExtractor, FailsWithoutAnArchive) {

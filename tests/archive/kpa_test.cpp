@@ -2,6 +2,7 @@
 #include "craftedzip.h"
 
 #include "commandline.h"
+#include "componentrun.h"
 #include "packing.h"
 #include "values.h"
 
@@ -36,11 +37,11 @@ void redirect(int stream, const std::string& path) {
     }
 }
 
-/// Runs the tool with the component cache below `folder`.
-Outcome kpaIn(const TestFolder& folder, const std::vector<std::string>& words) {
+/// Runs the tool with the component cache below `folder`; `out` is where its output goes instead of the outcome.
+Outcome kpaIn(const TestFolder& folder, const std::vector<std::string>& words, const char* out = nullptr) {
     const pid_t child = fork();
     if (child == 0) {
-        redirect(STDOUT_FILENO, folder / "stdout");
+        redirect(STDOUT_FILENO, out == nullptr ? folder / "stdout" : out);
         redirect(STDERR_FILENO, folder / "stderr");
         setenv("XDG_CACHE_HOME", (folder / "cache").c_str(), 1);
         std::vector<char*> arguments{const_cast<char*>("kpa")};
@@ -57,8 +58,18 @@ Outcome kpaIn(const TestFolder& folder, const std::vector<std::string>& words) {
             readText(folder / "stderr")};
 }
 
+constexpr const char* showcase = SHOWCASE_ARCHIVE;
+
 constexpr const char* authorManifest =
     R"({"name": "sample", "version": "0.9", "functions": [{"name": "twice", "help": "doubles"}]})";
+
+/// An archive whose library is not the one of its manifest.
+std::string damagedArchive() {
+    CraftedComponent component;
+    component.manifest = component.defaultManifest();
+    component.files[0].content = "?";
+    return component.zip();
+}
 
 /// The folder of a component beside a library for this platform.
 void writeComponent(const TestFolder& folder) {
@@ -67,61 +78,63 @@ void writeComponent(const TestFolder& folder) {
     writeText(folder / "x.so", "library");
 }
 
-struct UsageCase {
-    std::vector<std::string> words;
-    int exitCode;
-    const char* err;
-};
-
 TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
     const TestFolder folder;
     writeComponent(folder);
     writeText(folder / "empty/readme.txt", "no component");
     writeText(folder / "text.kpa", "no archive");
+    writeText(folder / "damaged.kpa", damagedArchive());
     const std::string c = folder / "c";
-    const std::string out = folder / "o.kpa";
-    const UsageCase table[] = {
-        {{}, 2, "usage: kpa COMMAND"},
-        {{"unpack"}, 2, "kpa: there is no command 'unpack'\nTry 'kpa --help'.\n"},
-        {{"pack"}, 2, "kpa pack: the folder of the component is missing\nTry 'kpa pack --help'.\n"},
-        {{"pack", c}, 2, "kpa pack: the archive to write is missing: name it with -o FILE\n"},
-        {{"pack", c, "-o"}, 2, "kpa pack: the option --output needs a value\n"},
-        {{"pack", c, "-o", out, "-o", out}, 2, "kpa pack: the option --output is given twice\n"},
-        {{"pack", c, "d", "-o", out}, 2, "kpa pack: 'd' is one word too many\n"},
-        {{"pack", c, "--fast", "-o", out}, 2, "kpa pack: there is no option --fast"},
-        {{"pack", c, "-o", out, "--library", "x.so"}, 2, "kpa pack: --library takes PLATFORM=FILE, not 'x.so'\n"},
-        {{"pack", c, "-o", out, "--library=linux=x.so"}, 2, "kpa pack: the platform 'linux' must have the form"},
-        {{"list"}, 2, "kpa list: the archive is missing\n"},
-        {{"verify"}, 2, "kpa verify: the archive is missing\n"},
-        {{"call", "x.kpa"}, 2, "kpa call: the function is missing\n"},
-        {{"call", SHOWCASE_ARCHIVE, "same", "--nargout", "two"},
-         2,
-         "kpa call: --nargout takes a whole number from 0 to 1000"},
-        {{"call", "x.kpa", "f", "[1 2; 3]"},
-         2,
-         "kpa call: row 2 of the matrix [1 2; 3] has 1 elements, and row 1 has 2"},
-        {{"call", "x.kpa", "f", "[1 x]"}, 2, "kpa call: 'x' in the matrix [1 x] is not a number\n"},
-        {{"pack", c, "-o", out}, 1, "kpa pack: there is no library for any platform"},
-        {{"pack", folder / "no", "-o", out}, 1, "/no is not a folder\n"},
-        {{"pack", folder / "empty", "-o", out}, 1, "/empty has no component.json\n"},
-        {{"pack", c, "-o", out, "--library=linux-x86_64=" + (folder / "y.so")},
-         1,
-         "/y.so: No such file or directory\n"},
-        {{"pack", c, "-o", folder / "no/o.kpa", "--library=linux-x86_64=" + (folder / "x.so")},
-         1,
-         "kpa pack: can't write"},
-        {{"list", folder / "no.kpa"}, 1, "kpa list: can't read"},
-        {{"list", folder / "text.kpa"}, 1, "kpa list: The archive is not a zip file.\n"},
-        {{"verify", folder / "text.kpa"}, 1, "kpa verify: The archive is not a zip file.\n"},
-        {{"call", folder / "text.kpa", "f"}, 1, "kpa call: The archive is not a zip file.\n"},
+    const std::string o = folder / "o.kpa";
+    const std::string text = folder / "text.kpa";
+    const std::string library = "--library=linux-x86_64=" + (folder / "x.so");
+    const std::string absent = "--library=linux-x86_64=" + (folder / "y.so");
+    const struct {
+        int exitCode;
+        const char* err;
+        std::vector<std::string> words;
+    } table[] = {
+        {2, "usage: kpa COMMAND", {}},
+        {2, "kpa: there is no command 'unpack'\nTry 'kpa --help'.\n", {"unpack"}},
+        {2, "kpa: there is no command 'unpack'\n", {"help", "unpack"}},
+        {2, "kpa pack: the folder of the component is missing\nTry 'kpa pack --help'.\n", {"pack"}},
+        {2, "kpa pack: the archive to write is missing: name it with -o FILE\n", {"pack", c}},
+        {2, "kpa pack: the option --output needs a value\n", {"pack", c, "-o"}},
+        {2, "kpa pack: the option --output is given twice\n", {"pack", c, "-o", o, "-o", o}},
+        {2, "kpa pack: 'd' is one word too many\n", {"pack", c, "d", "-o", o}},
+        {2, "kpa pack: there is no option --fast", {"pack", c, "--fast", "-o", o}},
+        {2, "--library takes PLATFORM=FILE, not 'x.so'\n", {"pack", c, "-o", o, "--library", "x.so"}},
+        {2, "kpa pack: the platform 'linux' must have the form", {"pack", c, "-o", o, "--library=linux=x.so"}},
+        {2, "kpa pack: there are two libraries for linux-x86_64\n", {"pack", c, "-o", o, library, absent}},
+        {2, "kpa list: the archive is missing\n", {"list"}},
+        {2, "kpa verify: the archive is missing\n", {"verify"}},
+        {2, "kpa call: the function is missing\n", {"call", "x.kpa"}},
+        {2, "kpa call: --nargout takes a whole number from 0 to 1000", {"call", showcase, "same", "--nargout", "two"}},
+        {2, "row 2 of the matrix [1 2; 3] has 1 elements, and row 1 has 2", {"call", "x.kpa", "f", "[1 2; 3]"}},
+        {2, "kpa call: 'x' in the matrix [1 x] is not a number\n", {"call", "x.kpa", "f", "[1 x]"}},
+        {2, "kpa call: the matrix [1 2 has no ']' at its end", {"call", "x.kpa", "f", "[1 2"}},
+        {1, "kpa pack: there is no library for any platform", {"pack", c, "-o", o}},
+        {1, "/no is not a folder\n", {"pack", folder / "no", "-o", o}},
+        {1, "/empty has no component.json\n", {"pack", folder / "empty", "-o", o}},
+        {1, "/y.so: No such file or directory\n", {"pack", c, "-o", o, absent}},
+        {1, "kpa pack: can't write", {"pack", c, "-o", folder / "no/o.kpa", library}},
+        {1, "kpa list: can't read", {"list", folder / "no.kpa"}},
+        {1, "/empty: Is a directory\n", {"list", folder / "empty"}},
+        {1, "kpa list: The archive is not a zip file.\n", {"list", text}},
+        {1, "kpa verify: The archive is not a zip file.\n", {"verify", text}},
+        {1, "Archive entry 'lib/x.so': its content does not match its SHA-256", {"verify", folder / "damaged.kpa"}},
+        {1, "kpa call: The archive is not a zip file.\n", {"call", text, "f"}},
+        {1, "has no function \"shuot\"; did you mean shout\n", {"call", showcase, "shuot"}},
     };
-    for (const UsageCase& c2 : table) {
-        const Outcome outcome = kpaIn(folder, c2.words);
-        EXPECT_EQ(outcome.exitCode, c2.exitCode) << outcome.err;
-        EXPECT_NE(outcome.err.find(c2.err), std::string::npos) << "expected " << c2.err << "\ngot " << outcome.err;
+    for (const auto& wrong : table) {
+        const Outcome outcome = kpaIn(folder, wrong.words);
+        EXPECT_EQ(outcome.exitCode, wrong.exitCode) << outcome.err;
+        EXPECT_NE(outcome.err.find(wrong.err), std::string::npos) << wrong.err << "\nnot in " << outcome.err;
         EXPECT_EQ(outcome.out, "");
     }
-    EXPECT_FALSE(fs::exists(out));
+    EXPECT_FALSE(fs::exists(o));
+    EXPECT_EQ(kpaIn(folder, {"list", showcase}, "/dev/full").err, "kpa: can't write to the standard output\n");
+    EXPECT_EQ(kpaIn(folder, {"--help"}, "/dev/full").exitCode, 1);
 }
 
 TEST(KpaTool, HelpsForEachCommand) {
@@ -131,6 +144,7 @@ TEST(KpaTool, HelpsForEachCommand) {
     for (const char* command : {"pack", "list", "verify", "call"}) {
         EXPECT_NE(general.out.find(std::string("\n  ") + command), std::string::npos) << general.out;
         const Outcome outcome = kpaIn(folder, {command, "--help"});
+        EXPECT_EQ(kpaIn(folder, {"help", command}).out, outcome.out);
         EXPECT_EQ(outcome.exitCode, 0);
         EXPECT_EQ(outcome.out.rfind(std::string("usage: kpa ") + command, 0), 0U) << outcome.out;
         EXPECT_EQ(outcome.err, "");
@@ -150,19 +164,6 @@ TEST(KpaTool, PacksListsAndVerifies) {
                               vrlkrt::hostPlatform() + "/x.so\nfiles:\n           3  data/a.txt\n           7  lib/" +
                               vrlkrt::hostPlatform() + "/x.so\n");
     EXPECT_EQ(kpaIn(folder, {"verify", out}).out, out + ": whole (2 files, 10 bytes)\n");
-
-    writeText(folder / "damaged.kpa", CraftedComponent{"sample",
-                                                       {{"lib/x.so", "y"}},
-                                                       [] {
-                                                           CraftedComponent other;
-                                                           other.files.pop_back();
-                                                           return other.defaultManifest();
-                                                       }()}
-                                          .zip());
-    const Outcome damaged = kpaIn(folder, {"verify", folder / "damaged.kpa"});
-    EXPECT_EQ(damaged.exitCode, 1);
-    EXPECT_EQ(damaged.err,
-              "kpa verify: Archive entry 'lib/x.so': its content does not match its SHA-256 in component.json.\n");
 }
 
 TEST(KpaTool, PacksTheSameInputToTheSameBytes) {
@@ -209,74 +210,51 @@ TEST(Packing, GivesBackEveryFileThroughAnExtraction) {
 }
 
 TEST(Packing, RefusesWhatAnArchiveCannotHold) {
-    const auto failure = [](const TestFolder& folder) -> std::string {
+    const TestFolder folder;
+    const auto failure = [&]() -> std::string {
         try {
             return kpa::packFolder(folder / "c", {{"linux-x86_64", folder / "x.so"}}, "").substr(0, 2);
         } catch (const std::exception& error) {
             return error.what();
         }
     };
-    const TestFolder linked;
-    writeComponent(linked);
-    fs::create_symlink("/etc/passwd", linked / "c/link");
-    EXPECT_NE(failure(linked).find("c/link is a link"), std::string::npos);
-    const TestFolder named;
-    writeComponent(named);
-    writeText(named / "c/a\\b", "x");
-    EXPECT_NE(failure(named).find("its path has a backslash"), std::string::npos);
-    const TestFolder taken;
-    writeComponent(taken);
-    writeText(taken / "c/lib/linux-x86_64/x.so", "x");
-    EXPECT_NE(failure(taken).find("the folder has a file lib/linux-x86_64/x.so"), std::string::npos);
+    writeComponent(folder);
+    writeText(folder / "c/lib/linux-x86_64/x.so", "x");
+    EXPECT_NE(failure().find("the folder has a file lib/linux-x86_64/x.so"), std::string::npos);
+    writeText(folder / "c/a\\b", "x");
+    EXPECT_NE(failure().find("its path has a backslash"), std::string::npos);
+    fs::rename(folder / "c/a\\b", folder / "c/b");
+    fs::create_symlink("/etc/passwd", folder / "c/link");
+    EXPECT_NE(failure().find("c/link is a link"), std::string::npos);
 }
 
 TEST(CommandLineValues, AreArraysOfTheRightKind) {
-    struct Case {
-        const char* word;
-        qxClassID classId;
-        std::size_t rows;
-        std::size_t columns;
-        std::vector<double> real;
-        std::vector<double> imag;
+    const std::pair<const char*, const char*> table[] = {
+        {"3.5", "6: 3.5000"},
+        {"-1e3", "6: -1000"},
+        {"2-1.5i", "6: 2.0000 - 1.5000i"},
+        {"[1 2;3 4]", "6: 1  2\n3  4"},
+        {"[ 1, 2 ,3 ]", "6: 1  2  3"},
+        {"[1;2+1i]", "6: 1 + 0i\n2 + 1i"},
+        {"[]", "6: 0-by-0 empty double"},
+        {"true", "3: 1"},
+        {"hello", "4: hello"},
+        {"'3'", "4: 3"},
+        {"'[1'", "4: [1"},
+        {"info", "4: info"},
+        {"@norm", "16: @norm"},
     };
-    const Case table[] = {
-        {"3.5", qxDOUBLE_CLASS, 1, 1, {3.5}, {}},
-        {"-1e3", qxDOUBLE_CLASS, 1, 1, {-1000}, {}},
-        {"2-1.5i", qxDOUBLE_CLASS, 1, 1, {2}, {-1.5}},
-        {"[1 2;3 4]", qxDOUBLE_CLASS, 2, 2, {1, 3, 2, 4}, {}},
-        {"[ 1, 2 ,3 ]", qxDOUBLE_CLASS, 1, 3, {1, 2, 3}, {}},
-        {"[1;2+i]", qxCHAR_CLASS, 0, 0, {}, {}},
-        {"[1;2+1i]", qxDOUBLE_CLASS, 2, 1, {1, 2}, {0, 1}},
-        {"[]", qxDOUBLE_CLASS, 0, 0, {}, {}},
-        {"true", qxLOGICAL_CLASS, 1, 1, {}, {}},
-        {"hello", qxCHAR_CLASS, 1, 5, {}, {}},
-        {"'3'", qxCHAR_CLASS, 1, 1, {}, {}},
-        {"@norm", qxFUNCTION_CLASS, 1, 1, {}, {}},
-    };
-    for (const Case& c : table) {
-        SCOPED_TRACE(c.word);
-        if (c.classId == qxCHAR_CLASS && c.rows == 0) {
-            EXPECT_THROW(kpa::parseValue(c.word), kpa::UsageError);
-            continue;
-        }
-        const qxArrayOwner array = kpa::parseValue(c.word);
-        ASSERT_EQ(qxGetClassID(array.get()), c.classId);
-        EXPECT_EQ(qxGetM(array.get()), c.rows);
-        EXPECT_EQ(qxGetN(array.get()), c.columns);
-        EXPECT_EQ(qxIsComplex(array.get()), !c.imag.empty());
-        for (std::size_t i = 0; i < c.real.size(); ++i) {
-            EXPECT_EQ(static_cast<const double*>(array->realData())[i], c.real[i]);
-        }
-        for (std::size_t i = 0; i < c.imag.size(); ++i) {
-            EXPECT_EQ(static_cast<const double*>(array->imagData())[i], c.imag[i]);
-        }
+    for (const auto& [word, shown] : table) {
+        const qxArrayOwner array = kpa::parseValue(word);
+        EXPECT_EQ(std::to_string(qxGetClassID(array.get())) + ": " + shownText(array), shown) << word;
     }
+    EXPECT_THROW(kpa::parseValue("[1;2+i]"), kpa::UsageError);
 }
 
 TEST(KpaTool, CallsFunctionsAndTellsTheirFailures) {
     const TestFolder folder;
     const auto call = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), {"call", SHOWCASE_ARCHIVE});
+        words.insert(words.begin(), {"call", showcase});
         return kpaIn(folder, words);
     };
     EXPECT_EQ(call({"shout", "hello"}).out, "HELLO\n");

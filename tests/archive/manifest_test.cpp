@@ -71,6 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadMember{"/abi", "-1", "'abi' must be a whole number from 0 to 65535, not -1"},
         BadMember{"/abi", "1.5", "'abi' must be a whole number from 0 to 65535, not 1.5"},
         BadMember{"/abi", R"("1")", "'abi' must be a whole number"},
+        BadMember{"/abi", "[[1]]", "'abi' must be a whole number from 0 to 65535, not array"},
         BadMember{"/abi", "18446744073709551615", "'abi' must be a whole number"},
         BadMember{"/functions", "", "the member 'functions' is missing"},
         BadMember{"/functions", "{}", "the member 'functions' must be an array, not object"},
@@ -100,6 +101,14 @@ TEST(Manifest, TellsWhereJsonIsBad) {
     EXPECT_NE(failure.find("component.json: parse error at line 3, column 14"), std::string::npos) << failure;
     EXPECT_EQ(failureOf([] { EXPECT_EQ(vrlkrt::parseManifest("[1]").name, "not reached"); }),
               "component.json: the top must be an object, not array.");
+}
+
+TEST(Manifest, MayNestAsDeepAsItLikes) {
+    constexpr std::size_t depth = 400000;
+    const std::string deep = std::string(depth, '[') + std::string(depth, ']');
+    for (const char* before : {R"({"x": )", R"({"name": "x", "version": "1", "abi": )"}) {
+        EXPECT_NE(failureOf([&] { EXPECT_EQ(vrlkrt::parseManifest(before + deep + "}").name, "not reached"); }), "");
+    }
 }
 
 TEST(Manifest, OfAnAuthorRefusesAMemberThatIsNotKnown) {

@@ -126,34 +126,25 @@ TEST_F(JavaArray, IsLeftToAMachineThatIsGone) {
     EXPECT_EQ(machine.detachments, 0);
 }
 
-TEST_F(JavaArray, OfNullHoldsNone) {
+TEST_F(JavaArray, OfNullHoldsNoneAndIsNothingElse) {
     const qxArrayOwner array(jzi::makeJavaArray(nullptr));
     EXPECT_TRUE(ojIsJavaArray(array.get()));
     EXPECT_EQ(mJava2jObject(array.get()), nullptr);
-}
-
-TEST_F(JavaArray, IsNothingElse) {
-    EXPECT_FALSE(ojIsJavaArray(nullptr));
-    EXPECT_FALSE(ojIsJavaArray(qxArrayOwner(scalar(1)).get()));
-    EXPECT_FALSE(ojIsJavaArray(qxArrayOwner(qxCreateOpaque("other", nullptr, nullptr)).get()));
-    EXPECT_EQ(mJava2jObject(qxArrayOwner(scalar(1)).get()), nullptr);
-}
-
-TEST_F(JavaArray, IsMadeAndReadThroughTheInstance) {
-    const TestInstance instance;
-    krtInstance* object = vrlHandleToKrtInstancePtr(instance.handle());
-    qxArrayOwner array(object->javaObjectToQxArray(machine.newReference()));
-    machine.live.erase(object->qxArrayToJavaObject(array.get()));
-    EXPECT_EQ(machine.live.size(), 1U);
-    array.reset();
-    EXPECT_TRUE(machine.live.empty());
+    const qxArrayOwner others[] = {nullptr, qxArrayOwner(scalar(1)),
+                                   qxArrayOwner(qxCreateOpaque("other", nullptr, nullptr))};
+    for (const qxArrayOwner& other : others) {
+        EXPECT_FALSE(ojIsJavaArray(other.get()));
+        EXPECT_EQ(mJava2jObject(other.get()), nullptr);
+    }
 }
 
 TEST_F(JavaArray, ComesBackFromAFunctionOverTheSameObject) {
     TestInstance instance;
+    krtInstance* object = vrlHandleToKrtInstancePtr(instance.handle());
     jobject reference = machine.newReference();
-    qxArrayOwner result = instance.call1("identity", {jzi::makeJavaArray(reference)});
+    qxArrayOwner result = instance.call1("identity", {object->javaObjectToQxArray(reference)});
     EXPECT_EQ(jzi::heldJavaObject(result.get()), reference);
+    machine.live.erase(object->qxArrayToJavaObject(result.get()));
     EXPECT_EQ(machine.live.size(), 1U);
     result.reset();
     EXPECT_TRUE(machine.live.empty());

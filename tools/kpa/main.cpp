@@ -98,15 +98,15 @@ int runCommand(const Command& command, const std::vector<std::string>& words) {
     return exitFailure;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+int run(const std::vector<std::string>& words) {
     if (words.empty()) {
         showHelp(std::cerr);
         return exitUsage;
     }
-    if (words[0] == "-h" || words[0] == "--help") {
+    if (words[0] == "help" && words.size() > 1) {
+        return run({words[1], "--help"});
+    }
+    if (words[0] == "-h" || words[0] == "--help" || words[0] == "help") {
         showHelp(std::cout);
         return 0;
     }
@@ -116,4 +116,15 @@ int main(int argc, char** argv) {
         }
     }
     return usageFailure("there is no command '" + words[0] + "'", "");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int code = run({argv + std::min(argc, 1), argv + argc});
+    if (!std::cout.flush()) {
+        std::cerr << "kpa: can't write to the standard output\n";
+        return exitFailure;
+    }
+    return code;
 }

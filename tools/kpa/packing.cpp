@@ -10,11 +10,11 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
@@ -82,8 +82,12 @@ void addLibraries(Files& files, vrlkrt::Manifest& manifest, const std::map<std::
 
 std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad() || fs::is_directory(path)) {
+    std::array<char, 65536> block;
+    std::string bytes;
+    while (file.read(block.data(), block.size()) || file.gcount() > 0) {
+        bytes.append(block.data(), static_cast<std::size_t>(file.gcount()));
+    }
+    if (!file.is_open() || file.bad()) {
         throw std::runtime_error(systemError("can't read", path));
     }
     return bytes;

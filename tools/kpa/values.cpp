@@ -85,6 +85,9 @@ Row parseRow(const std::string& text, const std::string& whole) {
 }
 
 qxArrayOwner parseMatrix(const std::string& word) {
+    if (word.back() != ']') {
+        throw UsageError("the matrix " + word + " has no ']' at its end; text that starts with '[' goes in quotes");
+    }
     std::vector<Row> rows;
     const std::string inside = word.substr(1, word.size() - 2);
     std::size_t at = 0;
@@ -116,7 +119,7 @@ qxArrayOwner parseValue(const std::string& word) {
     if (word == "true" || word == "false") {
         return owned(qxCreateLogicalScalar(word == "true"));
     }
-    if (word.size() >= 2 && word.front() == '[' && word.back() == ']') {
+    if (!word.empty() && word.front() == '[') {
         return parseMatrix(word);
     }
     if (word.size() >= 2 && word.front() == '@') {

@@ -2,6 +2,7 @@
 
 #include "krt/component.hpp"
 
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -88,9 +89,11 @@ KRT_FUNCTION(read) {
     const std::string kind = in(0, "kind").text();
     const krt::Value value = in(1, "value");
     if (kind == "scalar") {
-        out.set(0, std::to_string(value.scalar()));
+        out.set(0, krt::numberText(value.scalar()));
     } else if (kind == "integer") {
         out.set(0, std::to_string(value.integer(0, 10)));
+    } else if (kind == "large") {
+        out.set(0, std::to_string(value.integer(0, std::numeric_limits<std::int64_t>::max())));
     } else if (kind == "logical") {
         out.set(0, value.logical() ? "yes" : "no");
     } else if (kind == "text") {
@@ -100,7 +103,7 @@ KRT_FUNCTION(read) {
         for (const double x : value.matrix()) {
             sum += x;
         }
-        out.set(0, std::to_string(sum));
+        out.set(0, krt::numberText(sum));
     } else if (kind == "length") {
         out.set(0, std::to_string(value.vector().size()));
     } else if (kind == "square") {
@@ -114,17 +117,19 @@ KRT_FUNCTION(read) {
         out.set(0, std::to_string(sparse.storedCount()) + " of " + std::to_string(sparse.columns()));
     } else if (kind == "complex") {
         const auto c = value.complexMatrix()(0, 0);
-        out.set(0, std::to_string(c.real()) + "+" + std::to_string(c.imag()) + "i");
+        out.set(0, krt::numberText(c.real()) + "+" + krt::numberText(c.imag()) + "i");
     } else if (kind == "cell") {
         out.set(0, value.cell()[1].text());
     } else if (kind == "field") {
-        out.set(0, std::to_string(value.structure()["tol"].scalarOr(0.5)));
+        out.set(0, krt::numberText(value.structure()["tol"].scalarOr(0.5)));
     } else if (kind == "function") {
         out.set(0, value.function().name());
     } else if (kind == "java") {
         value.javaObject();
     }
 }
+
+extern "C" KRT_EXPORT const int no_function = 1;
 
 /// An entry without the edge that KRT_FUNCTION makes.
 extern "C" KRT_EXPORT void raw_throw(krtCall*, int, qxArray**, int, qxArray* const*) {

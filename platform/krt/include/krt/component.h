@@ -28,11 +28,13 @@ extern "C" {
 typedef struct qxArray qxArray;
 #endif
 
+/* NOLINTBEGIN(modernize-use-using): the header is C as well. */
 typedef struct krtCall krtCall;
 typedef struct krtPrinter krtPrinter;
 typedef struct krtFailure krtFailure;
 
 typedef void (*krtEntry)(krtCall* call, int nlhs, qxArray** plhs, int nrhs, qxArray* const* prhs);
+/* NOLINTEND(modernize-use-using) */
 
 /* The call that runs on this thread; null on a thread of the component's own. */
 krtCall* krtCurrentCall(void);

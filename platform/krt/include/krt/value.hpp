@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <new>
 #include <optional>
@@ -68,6 +69,13 @@ inline std::string describe(const qxArray* array) {
     return text + className(qxGetClassID(array)) + " array";
 }
 
+/// A number as errors show it: 2.5, 1e+20, nan.
+inline std::string numberText(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.15g", value);
+    return text;
+}
+
 /// Passes a new array on, or ends the function when there is none.
 inline qxArray* checked(qxArray* array) {
     if (array == nullptr) {
@@ -110,10 +118,11 @@ public:
     std::int64_t integer(std::int64_t lowest = -(std::int64_t{1} << 53), std::int64_t highest = std::int64_t{1} << 53,
                          const Location& at = Location()) const {
         const double value = scalar(at);
+        // The highest bound of all rounds to 2^63, which is none of them.
         if (std::nearbyint(value) != value || value < static_cast<double>(lowest) ||
-            value > static_cast<double>(highest)) {
+            value > static_cast<double>(highest) || value >= 0x1p63) {
             error("krt:value",
-                  label_ + " is " + std::to_string(value) + ", expected a whole number from " + std::to_string(lowest) +
+                  label_ + " is " + numberText(value) + ", expected a whole number from " + std::to_string(lowest) +
                       " to " + std::to_string(highest),
                   at);
         }

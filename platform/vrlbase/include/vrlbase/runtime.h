@@ -15,6 +15,9 @@ std::string vrlGetCacheDirectory();
 void vrlSetPathMacro(const char* name, const char* path);
 /// The path with every known `$(name)` replaced, once; unknown ones stay.
 std::string vrlExpandPathMacros(const std::string& path);
+/// A path as the file system is to get it. Text of Java may write a character as a pair of surrogates of three bytes
+/// each; the result has the one of four bytes in its place.
+std::string vrlFileSystemPath(std::string path);
 
 /// Has `hook` called whenever the runtime stops, before the options go back to their defaults. Registering a hook
 /// again is without effect.
