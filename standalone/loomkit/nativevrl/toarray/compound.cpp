@@ -7,6 +7,7 @@
 #include "toarray/arrayinitializer.h"
 #include "toarray/jconvert.h"
 
+#include <algorithm>
 #include <string>
 
 namespace nativevrl::JConvert {
@@ -27,8 +28,9 @@ void fillFrom(JNIEnv* env, jobject object, qxArray* array) {
     }
     if (!Proxy::ClassProxy::instance(env)->isInstance(env, object)) {
         JStringProxy name = JObjectProxy(env, object).getClassName();
-        const std::string message =
-            std::string(name.getStringUTFChars()) + " cannot be cast to " + Proxy::ClassProxy::className();
+        std::string wanted = Proxy::ClassProxy::className();
+        std::replace(wanted.begin(), wanted.end(), '/', '.');
+        const std::string message = std::string(name.getStringUTFChars()) + " cannot be cast to " + wanted;
         raise(env, "java/lang/ClassCastException", message.c_str());
     }
     auto values = Proxy(env, object).getFlatArray();
@@ -54,6 +56,7 @@ void fillCompoundArray(JNIEnv* env, JObjectArrayProxy<JObjectProxy>& flatArray, 
     const jsize length = flatArray.length();
     JObjectProxy element(env, nullptr);
     for (jsize i = 0; i < length; ++i) {
+        element.reset();
         element.attach(tether::getObjectArrayElement(env, flatArray.array(), i));
         if (!element.isNull() && element.isInstanceOf<JNVBuiltinArrayClassProxy>()) {
             raise(env, "java/lang/RuntimeException",

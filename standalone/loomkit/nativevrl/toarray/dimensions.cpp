@@ -17,26 +17,26 @@ public:
     DimensionCollector(JNIEnv* env, std::vector<unsigned>& list, bool isChar)
         : env_(env), kindOf_(env), list_(list), isChar_(isChar) {}
 
-    void collect(jobject object, std::size_t level) {
-        const JavaKind kind = kindOf_(object);
-        switch (kind) {
-            case JavaKind::kNull:
-                return;
-            case JavaKind::kObjectArray:
-                collectElements(static_cast<jobjectArray>(object), level);
-                return;
-            case JavaKind::kOther:
-                collectOther(object, level);
-                return;
-            default:
-                raise(level, env_->GetArrayLength(static_cast<jarray>(object)));
-                if (isChar_ && kind != JavaKind::kCharArray) {
-                    collectTexts(object, kind, level + 1);
-                }
+    void collect(jobject object) { collect(object, kindOf_(object), 0); }
+
+private:
+    void collect(jobject object, JavaKind kind, std::size_t level) {
+        if (kind == JavaKind::kObjectArray) {
+            collectElements(static_cast<jobjectArray>(object), level);
+        } else if (isPrimitiveArray(kind)) {
+            raise(level, env_->GetArrayLength(static_cast<jarray>(object)));
+            if (isChar_ && kind != JavaKind::kCharArray) {
+                collectTexts(object, kind, level + 1);
+            }
+        } else if (isChar_ && kind == JavaKind::kString) {
+            raise(level, env_->GetStringLength(static_cast<jstring>(object)));
+        } else if (isChar_ && kind != JavaKind::kNull && kind != JavaKind::kCharacter) {
+            raise(level, JObjectProxy(env_, object).toString().length());
+        } else if (kind == JavaKind::kOther) {
+            collectCompound(object, level);
         }
     }
 
-private:
     void raise(std::size_t level, jint extent) {
         const auto size = static_cast<unsigned>(extent);
         if (level < list_.size()) {
@@ -49,10 +49,12 @@ private:
     void collectElements(jobjectArray array, std::size_t level) {
         const jsize length = env_->GetArrayLength(array);
         raise(level, length);
+        ElementKinds kinds(kindOf_, array);
         JObjectRef element(env_, nullptr);
         for (jsize i = 0; i < length; ++i) {
+            element.reset();
             element.attach(tether::getObjectArrayElement(env_, array, i));
-            collect(element.ref(), level + 1);
+            collect(element.ref(), kinds(element.ref()), level + 1);
         }
     }
 
@@ -65,14 +67,8 @@ private:
         });
     }
 
-    void collectOther(jobject object, std::size_t level) {
-        if (isChar_ && !JCharacterClassProxy::instance(env_)->isInstance(env_, object)) {
-            if (JStringClassProxy::instance(env_)->isInstance(env_, object)) {
-                raise(level, env_->GetStringLength(static_cast<jstring>(object)));
-            } else {
-                raise(level, JObjectProxy(env_, object).toString().length());
-            }
-        } else if (JNonKRTStructClassProxy::instance(env_)->isInstance(env_, object)) {
+    void collectCompound(jobject object, std::size_t level) {
+        if (JNonKRTStructClassProxy::instance(env_)->isInstance(env_, object)) {
             appendExtents(JNonKRTStructProxy(env_, object).getDimensions(), level);
         } else if (JNonKRTCellClassProxy::instance(env_)->isInstance(env_, object)) {
             appendExtents(JNonKRTCellProxy(env_, object).getDimensions(), level);
@@ -94,7 +90,7 @@ private:
 }  // namespace
 
 void collectDimensions(JNIEnv* env, std::vector<unsigned>& list, jobject object, bool isChar) {
-    DimensionCollector(env, list, isChar).collect(object, 0);
+    DimensionCollector(env, list, isChar).collect(object);
 }
 
 void mergeDimensions(std::vector<unsigned>& list, std::size_t start, const std::vector<unsigned>& other) {

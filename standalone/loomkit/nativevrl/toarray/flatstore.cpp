@@ -18,7 +18,7 @@ std::size_t common(std::size_t count, jsize length) { return std::min(count, sta
 template <typename Target>
 using Block = typename Target::Storage*;
 
-/// A primitive array of the kind, or a null, which is of every kind and can't be pinned.
+/// Whether the source is a primitive array, which is then copied.
 template <typename Target>
 bool storePrimitives(JNIEnv* env, jobject source, JavaKind kind, std::size_t count, Block<Target> block) {
     return visitPrimitive(kind, [&](auto zero) {
@@ -36,6 +36,7 @@ void storeObjects(JNIEnv* env, jobject source, std::size_t count, Block<Target> 
     const std::size_t stored = common(count, env->GetArrayLength(array));
     JObjectRef element(env, nullptr);
     for (std::size_t i = 0; i < stored; ++i) {
+        element.reset();
         element.attach(tether::getObjectArrayElement(env, array, static_cast<jsize>(i)));
         if (element.isNull()) {
             tether::throwNullPointer(env);
@@ -123,7 +124,7 @@ void setFlatData<CharElement>(JNIEnv* env, jobject source, std::size_t count, Bl
         storeObjects<JCharacterClassProxy, CharElement>(
             env, source, count, block,
             [&](jobject character, const auto& cls) { return env->CallCharMethod(character, cls.charValue); });
-    } else if (JStringClassProxy::instance(env)->isInstance(env, source)) {
+    } else if (kind == JavaKind::kString) {
         const PinnedText text(env, source);
         castRun<CharElement>(text.begin(), common(count, text.length()), block);
     }

@@ -1,22 +1,65 @@
 #include "toarray/javakind.h"
 
 #include "proxies/jarrayproxy.h"
+#include "proxies/jboxedproxies.h"
 #include "proxies/jobjectarrayproxy.h"
+
+#include <string>
 
 namespace nativevrl::JConvert {
 
 namespace {
 
-constexpr JavaKind kRowKinds[] = {JavaKind::kCharArray,   JavaKind::kBooleanArray, JavaKind::kByteArray,
-                                  JavaKind::kDoubleArray, JavaKind::kFloatArray,   JavaKind::kIntArray,
-                                  JavaKind::kLongArray,   JavaKind::kShortArray};
+/// Class of T[][].
+template <typename T>
+class RowsClassProxy : public JSingletonClassProxy<RowsClassProxy<T>> {
+public:
+    using JSingletonClassProxy<RowsClassProxy<T>>::JSingletonClassProxy;
+    static const char* className() {
+        static const std::string name = std::string("[") + JPrimitive<T>::arrayClass;
+        return name.c_str();
+    }
+};
 
-bool isRowOf(JNIEnv* env, jobject object, JavaKind kind) {
-    bool matches = false;
-    visitPrimitive(kind, [&](auto element) {
-        matches = JPrimitiveArrayClassProxy<decltype(element)>::instance(env)->isInstance(env, object);
-    });
-    return matches;
+template <typename ClassProxy>
+bool isA(JNIEnv* env, jobject object) {
+    return ClassProxy::instance(env)->isInstance(env, object);
+}
+
+/// A kind whose objects have no elements of their own to walk, and the class of arrays of them.
+struct LeafKind {
+    JavaKind kind;
+    bool (*isLeaf)(JNIEnv*, jobject);
+    bool (*isArrayOfLeaves)(JNIEnv*, jobject);
+};
+
+template <typename T>
+constexpr LeafKind rowOf(JavaKind kind) {
+    return {kind, isA<JPrimitiveArrayClassProxy<T>>, isA<RowsClassProxy<T>>};
+}
+
+template <typename Proxy>
+constexpr LeafKind objectOf(JavaKind kind) {
+    return {kind, isA<typename Proxy::ClassProxy>, isA<JObjectArrayClassProxy<Proxy>>};
+}
+
+constexpr LeafKind kLeafKinds[] = {
+    rowOf<jchar>(JavaKind::kCharArray),          rowOf<jboolean>(JavaKind::kBooleanArray),
+    rowOf<jbyte>(JavaKind::kByteArray),          rowOf<jdouble>(JavaKind::kDoubleArray),
+    rowOf<jfloat>(JavaKind::kFloatArray),        rowOf<jint>(JavaKind::kIntArray),
+    rowOf<jlong>(JavaKind::kLongArray),          rowOf<jshort>(JavaKind::kShortArray),
+    objectOf<JStringProxy>(JavaKind::kString),   objectOf<JNumberProxy>(JavaKind::kNumber),
+    objectOf<JBooleanProxy>(JavaKind::kBoolean), objectOf<JCharacterProxy>(JavaKind::kCharacter),
+};
+
+/// Null for a kind that is no leaf's.
+const LeafKind* leafKind(JavaKind kind) {
+    for (const LeafKind& leaf : kLeafKinds) {
+        if (leaf.kind == kind) {
+            return &leaf;
+        }
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -25,19 +68,24 @@ JavaKind JavaKindReader::operator()(jobject object) {
     if (object == nullptr) {
         return JavaKind::kNull;
     }
-    if (isRowOf(env_, object, lastRow_)) {
-        return lastRow_;
+    if (const LeafKind* last = leafKind(last_); last != nullptr && last->isLeaf(env_, object)) {
+        return last_;
     }
-    if (JObjectArrayClassProxy<JObjectProxy>::instance(env_)->isInstance(env_, object)) {
+    if (isA<JObjectArrayClassProxy<JObjectProxy>>(env_, object)) {
         return JavaKind::kObjectArray;
     }
-    for (const JavaKind kind : kRowKinds) {
-        if (isRowOf(env_, object, kind)) {
-            lastRow_ = kind;
-            return kind;
+    for (const LeafKind& leaf : kLeafKinds) {
+        if (leaf.isLeaf(env_, object)) {
+            last_ = leaf.kind;
+            return leaf.kind;
         }
     }
     return JavaKind::kOther;
+}
+
+bool JavaKindReader::holdsOnly(jobjectArray array, JavaKind kind) const {
+    const LeafKind* leaf = leafKind(kind);
+    return leaf != nullptr && leaf->isArrayOfLeaves(env_, array);
 }
 
 }  // namespace nativevrl::JConvert

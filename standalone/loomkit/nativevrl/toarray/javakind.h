@@ -16,21 +16,14 @@ enum class JavaKind {
     kIntArray,
     kLongArray,
     kShortArray,
+    kString,
+    kNumber,
+    kBoolean,
+    kCharacter,
     kOther
 };
 
-/// Tells kinds by their class. A primitive array is first compared with the kind of the primitive array before it:
-/// the rows of a nested array are mostly of one type, and no object is of two.
-class JavaKindReader {
-public:
-    explicit JavaKindReader(JNIEnv* env) : env_(env) {}
-
-    JavaKind operator()(jobject object);
-
-private:
-    JNIEnv* env_;
-    JavaKind lastRow_ = JavaKind::kOther;
-};
+constexpr bool isPrimitiveArray(JavaKind kind) { return kind >= JavaKind::kCharArray && kind <= JavaKind::kShortArray; }
 
 /// Calls `visitor` with a value of the element type of a primitive array's kind; whether the kind is one.
 template <typename Visitor>
@@ -64,5 +57,50 @@ bool visitPrimitive(JavaKind kind, Visitor&& visitor) {
             return false;
     }
 }
+
+/// Tells kinds by their class. An object is first compared with the kind of the last one that was no object array: the
+/// rows of a nested array, and the elements of a row, are mostly of one type, and no object is of two.
+class JavaKindReader {
+public:
+    explicit JavaKindReader(JNIEnv* env) : env_(env) {}
+
+    JavaKind operator()(jobject object);
+    /// Whether an object array can hold nothing but nulls and objects of a kind.
+    bool holdsOnly(jobjectArray array, JavaKind kind) const;
+
+private:
+    JNIEnv* env_;
+    JavaKind last_ = JavaKind::kOther;
+};
+
+/// Tells the kinds of the elements of one object array, which is borrowed as the reader is. An array of rows, or of
+/// strings or wrapper objects, answers for all of its elements at once.
+class ElementKinds {
+public:
+    ElementKinds(JavaKindReader& kindOf, jobjectArray array) : kindOf_(kindOf), array_(array) {}
+
+    JavaKind operator()(jobject element) {
+        if (element == nullptr) {
+            return JavaKind::kNull;
+        }
+        if (state_ == State::common) {
+            return common_;
+        }
+        const JavaKind kind = kindOf_(element);
+        if (state_ == State::unknown) {
+            state_ = kindOf_.holdsOnly(array_, kind) ? State::common : State::mixed;
+            common_ = kind;
+        }
+        return kind;
+    }
+
+private:
+    enum class State { unknown, common, mixed };
+
+    JavaKindReader& kindOf_;
+    jobjectArray array_;
+    State state_ = State::unknown;
+    JavaKind common_ = JavaKind::kOther;
+};
 
 }  // namespace nativevrl::JConvert

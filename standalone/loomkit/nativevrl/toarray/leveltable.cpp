@@ -7,14 +7,10 @@ namespace nativevrl {
 
 bool useJavaDimensionOrder = false;
 
-unsigned multiplyChecked(unsigned a, unsigned b) {
-    const unsigned product = a * b;
-    if (a != 0 && product / a != b) {
-        std::ostringstream text;
-        text << "multiplication overflow (type 'unsigned int'): " << a << " * " << b;
-        throw std::overflow_error(text.str());
-    }
-    return product;
+void refuseProduct(unsigned a, unsigned b) {
+    std::ostringstream text;
+    text << "multiplication overflow (type 'unsigned int'): " << a << " * " << b;
+    throw std::overflow_error(text.str());
 }
 
 LevelTable buildLevelTable(const std::vector<unsigned>& dimensions, const IMapFunction<unsigned, unsigned>& order) {

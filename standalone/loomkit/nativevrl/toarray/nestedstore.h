@@ -50,39 +50,46 @@ public:
     /// value, but its data is still read, and may still be refused.
     void store(Element* block, const LevelTable& levels, jobject source, bool hasRoom) {
         hasRoom_ = hasRoom;
-        walk({block, 0, levels.data(), levels.data() + levels.size(), true}, source);
+        walk({block, 0, levels.data(), levels.data() + levels.size(), true}, source, kindOf_(source));
     }
 
 private:
-    void walk(const Cursor& cursor, jobject object) {
-        const JavaKind kind = kindOf_(object);
-        switch (kind) {
-            case JavaKind::kNull:
-                clear(cursor);
-                return;
-            case JavaKind::kObjectArray:
-                storeElements(cursor, static_cast<jobjectArray>(object));
-                return;
-            case JavaKind::kOther:
-                storeOther(cursor, object);
-                return;
-            default:
-                visitPrimitive(kind, [&](auto zero) {
-                    const PinnedElements<decltype(zero)> row(env_, object);
-                    if (asText_ && kind != JavaKind::kCharArray) {
-                        storeTexts(cursor, row);
-                    } else {
-                        storeRun(cursor, row.begin(), static_cast<std::size_t>(row.length()));
-                    }
-                });
+    void walk(const Cursor& cursor, jobject object, JavaKind kind) {
+        if (kind == JavaKind::kNull) {
+            clear(cursor);
+        } else if (kind == JavaKind::kObjectArray) {
+            storeElements(cursor, static_cast<jobjectArray>(object));
+        } else if (isPrimitiveArray(kind)) {
+            storeRow(cursor, object, kind);
+        } else if (!asText_ || kind == JavaKind::kCharacter) {
+            put(cursor, cursor.at, Target::read(JObjectProxy(env_, object)));
+            clearBehindFirst(cursor);
+        } else if (kind == JavaKind::kString) {
+            storeText(cursor, object);
+        } else {
+            const JStringProxy text = JObjectProxy(env_, object).toString();
+            storeText(cursor, text.ref());
         }
+    }
+
+    void storeRow(const Cursor& cursor, jobject array, JavaKind kind) {
+        visitPrimitive(kind, [&](auto zero) {
+            const PinnedElements<decltype(zero)> row(env_, array);
+            if (asText_ && kind != JavaKind::kCharArray) {
+                storeTexts(cursor, row);
+            } else {
+                storeRun(cursor, row.begin(), static_cast<std::size_t>(row.length()));
+            }
+        });
     }
 
     void storeElements(const Cursor& cursor, jobjectArray array) {
         const auto length = static_cast<std::size_t>(env_->GetArrayLength(array));
         const std::size_t count = std::min(length, cursor.reach());
+        ElementKinds kinds(kindOf_, array);
         JObjectProxy element(env_, nullptr);
         const auto fetch = [&](std::size_t i) {
+            element.reset();
             element.attach(tether::getObjectArrayElement(env_, array, static_cast<jsize>(i)));
         };
         const TileShape shape = tileFor(cursor.level, cursor.levelsEnd, sizeof(Element), count);
@@ -91,7 +98,8 @@ private:
             const LevelTable& levels = tile.rowLevels();
             for (std::size_t i = 0; i < count; ++i) {
                 fetch(i);
-                walk({tile.nextRow(), 0, levels.data(), levels.data() + levels.size(), false}, element.ref());
+                walk({tile.nextRow(), 0, levels.data(), levels.data() + levels.size(), false}, element.ref(),
+                     kinds(element.ref()));
             }
             tile.flush();
         } else {
@@ -100,23 +108,11 @@ private:
                 if (cursor.isLeaf()) {
                     put(cursor, cursor.position(i), element.isNull() ? Element{} : Target::read(element));
                 } else {
-                    walk(cursor.below(cursor.position(i)), element.ref());
+                    walk(cursor.below(cursor.position(i)), element.ref(), kinds(element.ref()));
                 }
             }
         }
         clearFrom(cursor, count);
-    }
-
-    void storeOther(const Cursor& cursor, jobject object) {
-        if (!asText_ || JCharacterClassProxy::instance(env_)->isInstance(env_, object)) {
-            put(cursor, cursor.at, Target::read(JObjectProxy(env_, object)));
-            clearBehindFirst(cursor);
-        } else if (JStringClassProxy::instance(env_)->isInstance(env_, object)) {
-            storeText(cursor, object);
-        } else {
-            const JStringProxy text = JObjectProxy(env_, object).toString();
-            storeText(cursor, text.ref());
-        }
     }
 
     void storeText(const Cursor& cursor, jobject string) {

@@ -27,7 +27,7 @@ jobject createScalar(JNIEnv* env, S real, S imaginary, jint classId, jint comple
         }
         qxSetArrayScope(array, qxFREE_SCOPE);
         if (complexity == qxCOMPLEX) {
-            checkImaginaryAccess(env, array, false);
+            checkImaginaryAccess(env, array, false);  // its failure leaves the array to nobody
         }
         visitElementClass(classId, [&](auto target) {
             storeScalar<decltype(target)>(array, true, real);

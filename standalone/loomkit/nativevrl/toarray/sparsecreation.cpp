@@ -10,6 +10,7 @@
 
 #include <boost/numeric/conversion/cast.hpp>
 
+#include <new>
 #include <string>
 #include <variant>
 
@@ -142,11 +143,15 @@ qxArray* buildWith(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qx
     const AnyIndex rowSource = indexOver(rows);
     const AnyIndex columnSource = indexOver(columns);
     const AnyValue values = counts.values == 1 ? AnyValue(BroadcastValue()) : AnyValue(ValueList());
-    return std::visit(
-        [&](auto row, auto column, auto value, auto dimensions) {
-            return buildSparseFromTriplets<Entry>(counts.elements(), row, column, value, data, dimensions, room);
-        },
-        rowSource, columnSource, values, dimensionsOf(stated));
+    try {
+        return std::visit(
+            [&](auto row, auto column, auto value, auto dimensions) {
+                return buildSparseFromTriplets<Entry>(counts.elements(), row, column, value, data, dimensions, room);
+            },
+            rowSource, columnSource, values, dimensionsOf(stated));
+    } catch (const std::bad_alloc&) {
+        tether::throwOutOfMemory(env);
+    }
 }
 
 qxArray* convertInitialData(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,

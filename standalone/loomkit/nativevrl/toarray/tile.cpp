@@ -6,11 +6,12 @@ namespace nativevrl::JConvert {
 
 namespace {
 
-constexpr std::size_t kCacheLine = 64;
 /// Rows of fewer elements than this leave their cache lines in reach of the next rows.
 constexpr std::size_t kShortRow = 64;
-constexpr std::size_t kTileBytes = std::size_t{512} << 10U;
-constexpr std::size_t kMostRows = 64;
+constexpr std::size_t kTileBytes = std::size_t{1} << 20U;
+/// What a tile of very long rows may take: one line of the array still has its rows in it.
+constexpr std::size_t kMostBytes = std::size_t{4} << 20U;
+constexpr std::size_t kMostRows = 32;
 
 /// Neighbours of the first level are adjacent, and every level below spans whole multiples of the one above it.
 bool isColumnMajor(const LevelExtent* level, const LevelExtent* levelsEnd) {
@@ -39,12 +40,12 @@ TileShape tileFor(const LevelExtent* level, const LevelExtent* levelsEnd, std::s
     // An odd number of cache lines spreads the rows over all sets.
     const std::size_t lines = (width + lineElements - 1) / lineElements;
     const std::size_t pitch = (lines | 1U) * lineElements;
-    const std::size_t rows = std::min(kTileBytes / (pitch * elementBytes), kMostRows) / lineElements * lineElements;
+    const std::size_t rowBytes = pitch * elementBytes;
+    const std::size_t rows = std::min(kTileBytes / rowBytes, kMostRows) / lineElements * lineElements;
     if (rows != 0) {
         return {std::min(rows, count), pitch};
     }
-    // Very long rows fill whole lines of the array as well, as long as the tile stays small beside it.
-    return {count / lineElements < 8 ? 0 : lineElements, pitch};
+    return lineElements * rowBytes <= kMostBytes ? TileShape{lineElements, pitch} : TileShape{0, 0};
 }
 
 }  // namespace nativevrl::JConvert

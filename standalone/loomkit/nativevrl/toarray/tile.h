@@ -1,12 +1,16 @@
 #pragma once
 
 #include "toarray/leveltable.h"
+#include "toarray/transpose.h"
 
 #include <cstddef>
 #include <memory>
 #include <new>
 
 namespace nativevrl::JConvert {
+
+/// An array of this size leaves the caches near the processor before it is whole.
+constexpr std::size_t kFarBytes = std::size_t{4} << 20U;
 
 /// How many rows a tile holds, none for no tile, and how far apart they lie, in elements.
 struct TileShape {
@@ -41,6 +45,7 @@ public:
             below.span /= level->span;
         }
         width_ = rowLevels_.back().span;
+        isFar_ = std::size_t{levelsEnd[-1].span} * sizeof(Element) >= kFarBytes;
     }
 
     /// The levels of a row, whose block starts at nextRow().
@@ -56,13 +61,7 @@ public:
 
     /// Stores the rows that were handed out since the last time.
     void flush() {
-        for (std::size_t column = 0; column < width_; ++column) {
-            const Element* source = rows_.get() + column;
-            Element* target = target_ + column * columnStride_;
-            for (std::size_t row = 0; row < filled_; ++row) {
-                target[row] = source[row * shape_.pitch];
-            }
-        }
+        Transposition<Element>{rows_.get(), shape_.pitch, filled_, width_, target_, columnStride_, isFar_}.run();
         target_ += filled_;
         filled_ = 0;
     }
@@ -73,6 +72,7 @@ private:
     LevelTable rowLevels_;
     std::size_t width_ = 0;
     std::size_t columnStride_ = 0;
+    bool isFar_ = false;
     Element* target_ = nullptr;
     std::size_t filled_ = 0;
 };

@@ -6,7 +6,9 @@
 
 #include <jni.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 namespace nativevrl::JConvert {
 
@@ -94,8 +96,12 @@ bool visitElementClass(int classId, Visitor&& visitor) {
 /// Copies a run of Java elements into adjacent native ones.
 template <typename Target, typename S>
 void castRun(const S* source, std::size_t count, typename Target::Storage* target) {
-    for (std::size_t i = 0; i < count; ++i) {
-        target[i] = Target::cast(source[i]);
+    if constexpr (std::is_same_v<S, typename Target::Storage> && Target::classId != qxLOGICAL_CLASS) {
+        std::copy_n(source, count, target);
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            target[i] = Target::cast(source[i]);
+        }
     }
 }
 
