@@ -2,9 +2,12 @@
 
 #include "proxies/numericcast.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 /// Strided native elements as rows in a buffer. All strides are in elements.
 namespace nativevrl {
@@ -28,8 +31,13 @@ constexpr T asElement(S value) {
     }
 }
 
+/// Elements of a block: as many rows by as many columns as a vector of 16 bytes holds.
+template <typename S>
+constexpr std::size_t kBlock = 16 / sizeof(S);
+
 /// How many columns are read side by side: each row of the buffer then gets a run of stores.
-constexpr std::size_t kGatherWidth = 8;
+template <typename S>
+constexpr std::size_t kPanel = std::max<std::size_t>(8, kBlock<S>);
 
 /// One row after the other, for rows whose elements are next to one another.
 template <typename T, typename S>
@@ -53,40 +61,102 @@ void gatherPanel(const S* from, const GatherShape& shape, T* to, Width width) {
     }
 }
 
-/// kGatherWidth columns of adjacent rows, an even number of them, for elements of 8 bytes that keep their bits: two
-/// rows by two columns at a time in vectors of two, which halves the loads and stores of the plain loop.
-template <typename T>
-void gatherPairs(const T* from, const GatherShape& shape, T* to) {
-    using Pair = double __attribute__((vector_size(2 * sizeof(double))));
-    static_assert(sizeof(T) == sizeof(double));
-    for (std::size_t row = 0; row < shape.rows; row += 2) {
-        for (std::size_t column = 0; column < kGatherWidth; column += 2) {
-            Pair left;
-            Pair right;
-            std::memcpy(&left, from + column * shape.columnStride + row, sizeof left);
-            std::memcpy(&right, from + (column + 1) * shape.columnStride + row, sizeof right);
-            const Pair upper = __builtin_shufflevector(left, right, 0, 2);
-            const Pair lower = __builtin_shufflevector(left, right, 1, 3);
-            std::memcpy(to + row * shape.pitch + column, &upper, sizeof upper);
-            std::memcpy(to + (row + 1) * shape.pitch + column, &lower, sizeof lower);
+/// Vectors of 16 bytes, by the width of an element.
+template <std::size_t width>
+struct Lanes;
+template <>
+struct Lanes<1> {
+    using Vector = std::int8_t __attribute__((vector_size(16)));
+};
+template <>
+struct Lanes<2> {
+    using Vector = std::int16_t __attribute__((vector_size(16)));
+};
+template <>
+struct Lanes<4> {
+    using Vector = std::int32_t __attribute__((vector_size(16)));
+};
+template <>
+struct Lanes<8> {
+    using Vector = std::int64_t __attribute__((vector_size(16)));
+};
+
+/// A block of elements by their bits, as one vector for each column or row of it.
+template <typename S>
+struct Block {
+    using Vector = typename Lanes<sizeof(S)>::Vector;
+    static constexpr std::size_t size = kBlock<S>;
+
+    Vector vectors[size];
+
+    /// Turns columns into rows. Each round interleaves the first half of the vectors with the second.
+    void transpose() { transposeRounds(std::make_integer_sequence<int, size>{}); }
+
+private:
+    template <int... lane>
+    void transposeRounds(std::integer_sequence<int, lane...>) {
+        constexpr int half = size / 2;
+        for (std::size_t round = 1; round < size; round *= 2) {
+            Block old = *this;
+            for (std::size_t i = 0; i < half; ++i) {
+                const Vector first = old.vectors[i];
+                const Vector second = old.vectors[i + half];
+                vectors[2 * i] = __builtin_shufflevector(first, second, (lane / 2 + lane % 2 * 2 * half)...);
+                vectors[2 * i + 1] = __builtin_shufflevector(first, second, (half + lane / 2 + lane % 2 * 2 * half)...);
+            }
+        }
+    }
+};
+
+/// A whole block of adjacent rows.
+template <typename T, typename S>
+void gatherBlock(const S* from, const GatherShape& shape, T* to) {
+    Block<S> block;
+    for (std::size_t column = 0; column < kBlock<S>; ++column) {
+        std::memcpy(&block.vectors[column], from + column * shape.columnStride, sizeof block.vectors[column]);
+    }
+    block.transpose();
+    for (std::size_t row = 0; row < kBlock<S>; ++row) {
+        if constexpr (std::is_same_v<T, S>) {
+            std::memcpy(to + row * shape.pitch, &block.vectors[row], sizeof block.vectors[row]);
+        } else {
+            S elements[kBlock<S>];
+            std::memcpy(elements, &block.vectors[row], sizeof elements);
+            for (std::size_t column = 0; column < kBlock<S>; ++column) {
+                to[row * shape.pitch + column] = asElement<T>(elements[column]);
+            }
         }
     }
 }
 
-/// kGatherWidth columns.
+/// Casts to and from integers are faster element by element.
+template <typename T, typename S>
+constexpr bool gathersByBlocks = std::is_same_v<T, S> || (std::is_floating_point_v<T> && std::is_floating_point_v<S>);
+
+/// kPanel columns, by blocks where the rows are adjacent.
 template <typename T, typename S>
 void gatherFullPanel(const S* from, GatherShape shape, T* to) {
-    if constexpr (std::is_same_v<T, S> && sizeof(T) == sizeof(double)) {
-        if (shape.rowStride == 1) {
-            GatherShape even = shape;
-            even.rows -= shape.rows % 2;
-            gatherPairs(from, even, to);
-            from += even.rows;
-            to += even.rows * shape.pitch;
-            shape.rows -= even.rows;
+    if (gathersByBlocks<T, S> && shape.rowStride == 1) {
+        for (; shape.rows >= kBlock<S>; shape.rows -= kBlock<S>) {
+            for (std::size_t column = 0; column < kPanel<S>; column += kBlock<S>) {
+                gatherBlock(from + column * shape.columnStride, shape, to + column);
+            }
+            from += kBlock<S>;
+            to += kBlock<S> * shape.pitch;
         }
     }
-    gatherPanel(from, shape, to, std::integral_constant<std::size_t, kGatherWidth>{});
+    gatherPanel(from, shape, to, std::integral_constant<std::size_t, kPanel<S>>{});
+}
+
+/// Asks for the cache lines of up to kPanel columns of adjacent rows.
+template <typename S>
+void prefetchPanel(const S* from, const GatherShape& shape, std::size_t columns) {
+    constexpr std::size_t line = 64 / sizeof(S);
+    for (std::size_t column = 0; column < columns; ++column) {
+        for (std::size_t row = 0; row < shape.rows; row += line) {
+            __builtin_prefetch(from + column * shape.columnStride + row);
+        }
+    }
 }
 
 /// Copies the elements that `shape` tells of, each cast to T, into rows at `to`.
@@ -97,7 +167,11 @@ void gather(const S* from, const GatherShape& shape, T* to) {
         return;
     }
     std::size_t column = 0;
-    for (; column + kGatherWidth <= shape.columns; column += kGatherWidth) {
+    for (; column + kPanel<S> <= shape.columns; column += kPanel<S>) {
+        const std::size_t next = column + kPanel<S>;
+        if (shape.rowStride == 1) {
+            prefetchPanel(from + next * shape.columnStride, shape, std::min(kPanel<S>, shape.columns - next));
+        }
         gatherFullPanel(from + column * shape.columnStride, shape, to + column);
     }
     gatherPanel(from + column * shape.columnStride, shape, to + column, shape.columns - column);

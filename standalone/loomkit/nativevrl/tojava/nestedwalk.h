@@ -10,25 +10,31 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <memory>
-#include <new>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace nativevrl {
 
-/// A new array of `length` nulls whose elements are arrays of `depth` levels, rows of Leaf among them counted as one.
+/// Class of the elements of an array of `depth` levels above rows of Leaf.
+template <typename Leaf>
+std::string nestingClass(std::size_t depth) {
+    return std::string(depth - 1, '[') + Leaf::className();
+}
+
+/// A new array of `length` nulls, of `depth` levels above rows of Leaf.
 template <typename Leaf>
 NewJObjectArrayProxy<JObjectProxy> newNesting(JNIEnv* env, std::size_t depth, std::size_t length) {
-    const std::string elementClass = std::string(depth - 1, '[') + Leaf::className();
-    return {env, elementClass.c_str(), javaLength(env, length)};
+    return {env, nestingClass<Leaf>(depth).c_str(), javaLength(env, length)};
 }
 
 /// Builds the nested Java array of dense elements: one level of arrays for each entry of the level table, outermost
 /// first, and rows of Leaf at the innermost. Element [i][j]... is the one at i and j times their levels' strides.
 ///
-/// Rows whose elements lie apart are gathered through a tile, several at a time; a gathered row goes to Java in one
-/// call, as a contiguous one does. The source is borrowed and must not change.
+/// Rows whose elements lie apart are gathered through a tile, neighbours together, so that each cache line of the
+/// source is read once; a gathered row goes to Java in one call, as a contiguous one does. Neighbouring rows belong to
+/// arrays of the first levels next to one another, so some of these are filled at the same time. The source is borrowed
+/// and must not change.
 template <typename Leaf>
 class NestedWalk {
     using T = typename Leaf::Element;
@@ -39,175 +45,160 @@ public:
     /// The array of `count` levels, one at least, over the elements from `base` on. A local reference of the caller.
     jobject build(const void* base, const LevelExtent* levels, std::size_t count) {
         if (count < 2) {
-            return buildLine(base, *levels);
+            return buildRow(base, levels->stride, levels->size);
         }
-        auto outer = newNesting<Leaf>(env_, count - 1, levels->size);
-        if (count == 2) {
-            fillMatrix(outer, base, levels[0], levels[1]);
-        } else if (!fillCompacted(outer, base, levels, count)) {
-            JObjectRef element(env_, nullptr);
-            for (unsigned i = 0; i < levels->size; ++i) {
-                element.attach(build(elementAt(base, std::size_t{i} * levels->stride), levels + 1, count - 1));
-                outer.set(static_cast<jsize>(i), element.ref());
-            }
-        }
+        base_ = base;
+        planTile(levels[count - 1]);
+        Outer outer = newNesting<Leaf>(env_, count - 1, levels->size);
+        fill({&outer, 1}, 0, levels, count);
         return outer.detach();
     }
 
-    /// One row of `line.size` elements.
-    jobject buildLine(const void* base, const LevelExtent& line) { return buildRun(base, line.stride, line.size); }
-
     /// One row of `length` elements that lie `stride` apart.
-    jobject buildRun(const void* base, std::size_t stride, std::size_t length) {
+    jobject buildRow(const void* base, std::size_t stride, std::size_t length) {
         Leaf leaf(env_, length);
         if (isReady(stride) || length == 0) {
             leaf.write(0, static_cast<const T*>(base), length);
             return leaf.detach();
         }
+        base_ = base;
         for (std::size_t at = 0; at < length; at += Tile<T>::kSmallest) {
             const std::size_t count = std::min(Tile<T>::kSmallest, length - at);
-            reader_.gather(elementAt(base, at * stride), {1, count, 0, stride, count}, tile_.data());
+            reader_.gather(elementAt(at * stride), {1, count, 0, stride, count}, tile_.data());
             leaf.write(at, tile_.data(), count);
         }
         return leaf.detach();
     }
 
 private:
-    /// Rows that are held open while they are written piece by piece: few, since each holds a local reference.
-    static constexpr std::size_t kOpenRows = 16;
-    /// Fewer whole rows at a time than these don't pay: a cache line of the source would be read again and again.
-    static constexpr std::size_t kFewestRows = 8;
-    /// Below this many bytes the source stays in the cache by itself.
-    static constexpr std::size_t kCompactFrom = std::size_t{256} << 10U;
+    using Outer = NewJObjectArrayProxy<JObjectProxy>;
 
-    const void* elementAt(const void* base, std::size_t index) const {
-        return static_cast<const std::byte*>(base) + index * reader_.width;
+    /// How many rows are gathered together at most, which is how many arrays are filled at the same time.
+    static constexpr std::size_t kMostRows = 64;
+    /// Rows that are too long for the tile are held open while they are written piece by piece: few, since each holds a
+    /// local reference.
+    static constexpr std::size_t kOpenRows = 16;
+    /// As many rows share a cache line of the widest elements. Fewer don't pay: lines would be read again and again.
+    static constexpr std::size_t kFewestRows = 8;
+
+    /// Arrays of one level whose elements are neighbours in the source.
+    struct Siblings {
+        Outer* arrays;
+        std::size_t count;
+    };
+
+    /// What goes into some siblings from their element `first` on: all their first elements, then all their second ones
+    /// and so on. `count` in all.
+    struct Children {
+        Siblings parents;
+        std::size_t first;
+        std::size_t count;
+
+        void set(std::size_t child, jobject value) const {
+            parents.arrays[child % parents.count].set(static_cast<jsize>(first + child / parents.count), value);
+        }
+    };
+
+    const void* elementAt(std::size_t index) const {
+        return static_cast<const std::byte*>(base_) + index * reader_.width;
     }
 
     /// Elements this far apart go to Java as they lie.
     bool isReady(std::size_t stride) const { return stride == 1 && reader_.asStored; }
 
-    void fillMatrix(NewJObjectArrayProxy<JObjectProxy>& outer, const void* base, const LevelExtent& rows,
-                    const LevelExtent& line) {
+    /// Settles how many rows of `line` are gathered together; `line.stride` is how many neighbours there can be.
+    void planTile(const LevelExtent& line) {
+        pitch_ = Tile<T>::pitchFor(line.size);
+        const std::size_t rows = std::min<std::size_t>(kMostRows, line.stride);
+        const std::size_t room = tile_.makeRoom(rows * pitch_);
+        const std::size_t fitting = std::min(kMostRows, room / pitch_);
+        areLong_ = fitting < std::min(rows, kFewestRows);
+        band_ = areLong_ ? kOpenRows : std::max(fitting - fitting % kFewestRows, std::min(fitting, kFewestRows));
+    }
+
+    /// Fills siblings whose elements are the first of these levels. `index` is the first sibling's first element.
+    void fill(Siblings parents, std::size_t index, const LevelExtent* levels, std::size_t count) {
+        // Where the siblings are all there are side by side, their next elements follow as neighbours.
+        const bool areWhole = levels->stride == parents.count;
+        const std::size_t step = areWhole ? std::max<std::size_t>(band_ / parents.count, 1) : 1;
+        for (std::size_t first = 0; first < levels->size; first += step) {
+            const std::size_t steps = std::min<std::size_t>(step, levels->size - first);
+            const Children children = {parents, first, parents.count * steps};
+            const std::size_t childIndex = index + first * levels->stride;
+            if (count == 2) {
+                fillRows(children, childIndex, levels[1]);
+            } else {
+                fillArrays(children, childIndex, levels + 1, count - 1);
+            }
+        }
+    }
+
+    void fillArrays(const Children& children, std::size_t index, const LevelExtent* levels, std::size_t count) {
+        const std::string elementClass = nestingClass<Leaf>(count - 1);
+        std::vector<Outer> arrays;
+        arrays.reserve(children.count);
+        for (std::size_t i = 0; i < children.count; ++i) {
+            arrays.emplace_back(env_, elementClass.c_str(), javaLength(env_, levels->size));
+        }
+        fill({arrays.data(), children.count}, index, levels, count);
+        for (std::size_t i = 0; i < children.count; ++i) {
+            children.set(i, arrays[i].ref());
+        }
+    }
+
+    void fillRows(const Children& children, std::size_t index, const LevelExtent& line) {
         if (isReady(line.stride) || line.size == 0) {
             JObjectRef row(env_, nullptr);
-            for (unsigned i = 0; i < rows.size; ++i) {
-                row.attach(buildLine(elementAt(base, std::size_t{i} * rows.stride), line));
-                outer.set(static_cast<jsize>(i), row.ref());
+            for (std::size_t i = 0; i < children.count; ++i) {
+                row.attach(buildRow(line.size == 0 ? nullptr : elementAt(index + i), line.stride, line.size));
+                children.set(i, row.ref());
             }
-            return;
-        }
-        const std::size_t pitch = Tile<T>::pitchFor(line.size);
-        const std::size_t room = tile_.makeRoom(rows.size * pitch);
-        const std::size_t fitting = std::min<std::size_t>(rows.size, room / pitch);
-        if (fitting >= std::min<std::size_t>(rows.size, kFewestRows)) {
-            fillWholeRows(outer, base, rows, line, {fitting, line.size, rows.stride, line.stride, pitch});
+        } else if (areLong_) {
+            fillLongRows(children, index, line);
         } else {
-            fillLongRows(outer, base, rows, line, room);
+            fillWholeRows(children, index, line);
         }
     }
 
-    void fillWholeRows(NewJObjectArrayProxy<JObjectProxy>& outer, const void* base, const LevelExtent& rows,
-                       const LevelExtent& line, GatherShape shape) {
+    void fillWholeRows(const Children& children, std::size_t index, const LevelExtent& line) {
+        reader_.gather(elementAt(index), {children.count, line.size, 1, line.stride, pitch_}, tile_.data());
         JObjectRef row(env_, nullptr);
-        const std::size_t band = shape.rows;
-        for (std::size_t first = 0; first < rows.size; first += band) {
-            shape.rows = std::min(band, rows.size - first);
-            reader_.gather(elementAt(base, first * rows.stride), shape, tile_.data());
-            for (std::size_t i = 0; i < shape.rows; ++i) {
-                Leaf leaf(env_, line.size);
-                leaf.write(0, tile_.data() + i * shape.pitch, line.size);
-                row.attach(leaf.detach());
-                outer.set(static_cast<jsize>(first + i), row.ref());
-            }
+        for (std::size_t i = 0; i < children.count; ++i) {
+            Leaf leaf(env_, line.size);
+            leaf.write(0, tile_.data() + i * pitch_, line.size);
+            row.attach(leaf.detach());
+            children.set(i, row.ref());
         }
     }
 
-    /// Rows that are too long for the tile: some of them are made, and then written together, a piece of each at a
-    /// time.
-    void fillLongRows(NewJObjectArrayProxy<JObjectProxy>& outer, const void* base, const LevelExtent& rows,
-                      const LevelExtent& line, std::size_t room) {
+    /// The rows are made first, and then written together, a piece of each at a time.
+    void fillLongRows(const Children& children, std::size_t index, const LevelExtent& line) {
         std::array<std::optional<Leaf>, kOpenRows> open;
+        for (std::size_t i = 0; i < children.count; ++i) {
+            open[i].emplace(env_, line.size);
+        }
+        const std::size_t piece = Tile<T>::pitchWithin(tile_.capacity() / children.count);
+        for (std::size_t at = 0; at < line.size; at += piece) {
+            const std::size_t length = std::min<std::size_t>(piece, line.size - at);
+            reader_.gather(elementAt(index + at * line.stride), {children.count, length, 1, line.stride, piece},
+                           tile_.data());
+            for (std::size_t i = 0; i < children.count; ++i) {
+                open[i]->write(at, tile_.data() + i * piece, length);
+            }
+        }
         JObjectRef row(env_, nullptr);
-        for (std::size_t first = 0; first < rows.size; first += kOpenRows) {
-            const std::size_t band = std::min(kOpenRows, rows.size - first);
-            for (std::size_t i = 0; i < band; ++i) {
-                open[i].emplace(env_, line.size);
-            }
-            const std::size_t pitch = Tile<T>::pitchWithin(room / band);
-            for (std::size_t at = 0; at < line.size; at += pitch) {
-                const std::size_t count = std::min<std::size_t>(pitch, line.size - at);
-                reader_.gather(elementAt(base, first * rows.stride + at * line.stride),
-                               {band, count, rows.stride, line.stride, pitch}, tile_.data());
-                for (std::size_t i = 0; i < band; ++i) {
-                    open[i]->write(at, tile_.data() + i * pitch, count);
-                }
-            }
-            for (std::size_t i = 0; i < band; ++i) {
-                row.attach(open[i]->detach());
-                open[i].reset();
-                outer.set(static_cast<jsize>(first + i), row.ref());
-            }
+        for (std::size_t i = 0; i < children.count; ++i) {
+            row.attach(open[i]->detach());
+            children.set(i, row.ref());
         }
     }
-
-    /// Fills a level of three or more whose neighbours share cache lines: what lies under some of them is gathered into
-    /// a contiguous block each, and the walk goes on over these. False, and nothing done, where that doesn't pay.
-    bool fillCompacted(NewJObjectArrayProxy<JObjectProxy>& outer, const void* base, const LevelExtent* levels,
-                       std::size_t count) {
-        const std::size_t columns = elementsUnder(levels, count);
-        if (levels->stride != 1 || levels->size == 1 || columns * levels->size * reader_.width < kCompactFrom) {
-            return false;
-        }
-        const std::size_t pitch = Tile<T>::pitchFor(columns);
-        const std::unique_ptr<Compaction> compaction(new (std::nothrow) Compaction(env_));
-        const std::size_t fitting = compaction ? compaction->blocks.makeRoom(levels->size * pitch) / pitch : 0;
-        const std::size_t band = std::min<std::size_t>(levels->size, fitting);
-        if (band < std::min<std::size_t>(levels->size, kFewestRows)) {
-            return false;
-        }
-        const LevelTable under = compacted(levels, count);
-        T* const blocks = compaction->blocks.data();
-        JObjectRef element(env_, nullptr);
-        for (std::size_t first = 0; first < levels->size; first += band) {
-            const std::size_t rows = std::min(band, levels->size - first);
-            reader_.gather(elementAt(base, first), {rows, columns, 1, levels->span, pitch}, blocks);
-            for (std::size_t i = 0; i < rows; ++i) {
-                element.attach(compaction->walk.build(blocks + i * pitch, under.data(), under.size()));
-                outer.set(static_cast<jsize>(first + i), element.ref());
-            }
-        }
-        return true;
-    }
-
-    /// How many elements lie under each element of a level; 0 unless they follow one another at the level's span.
-    static std::size_t elementsUnder(const LevelExtent* levels, std::size_t count) {
-        for (std::size_t i = 1; i < count; ++i) {
-            if (levels[i].stride != levels[i - 1].span) {
-                return 0;
-            }
-        }
-        return levels->span == 0 ? 0 : levels[count - 1].span / levels->span;
-    }
-
-    /// The levels under the first one, over elements of which only every span-th was kept.
-    static LevelTable compacted(const LevelExtent* levels, std::size_t count) {
-        LevelTable under(levels + 1, levels + count);
-        for (LevelExtent& level : under) {
-            level.stride /= levels->span;
-            level.span /= levels->span;
-        }
-        return under;
-    }
-
-    struct Compaction {
-        explicit Compaction(JNIEnv* env) : walk(env, readerOf<T, T>()) {}
-        Tile<T> blocks;
-        NestedWalk walk;
-    };
 
     JNIEnv* env_;
     ElementReader<T> reader_;
+    const void* base_ = nullptr;
+    std::size_t pitch_ = 0;
+    std::size_t band_ = 1;
+    bool areLong_ = false;
     Tile<T> tile_;
 };
 

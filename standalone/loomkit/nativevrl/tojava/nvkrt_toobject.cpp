@@ -50,9 +50,9 @@ jobject buildViewOfSlots(JNIEnv* env, qxClassID classId, const qxArray* array, b
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArray2ObjectArray(JNIEnv* env, jclass, jobject handle,
                                                                             jboolean real) {
     return guarded<jobject>(nullptr, [&]() -> jobject {
-        const bool isReal = real == JNI_TRUE;
         const qxArray* array = openHandle(env, handle);
-        checkImaginaryAccess(env, array, isReal);
+        checkImaginaryAccess(env, array, real != JNI_FALSE);
+        const bool isReal = real == JNI_TRUE;
         if (array == nullptr) {
             return NewJObjectArrayProxy<JPrimitiveArrayProxy<jdouble>>(env, 0).detach();
         }

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "qx/qx.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <new>
 
 namespace nativevrl {
 
@@ -14,7 +13,7 @@ namespace nativevrl {
 template <typename T>
 class Tile {
 public:
-    static constexpr std::size_t kLargest = (std::size_t{2} << 20U) / sizeof(T);
+    static constexpr std::size_t kLargest = (std::size_t{512} << 10U) / sizeof(T);
     static constexpr std::size_t kSmallest = (std::size_t{16} << 10U) / sizeof(T);
 
     Tile() = default;
@@ -27,11 +26,13 @@ public:
         wanted = std::min(wanted, kLargest);
         if (wanted > capacity_) {
             large_.reset();
-            large_.reset(static_cast<T*>(qxMalloc(wanted * sizeof(T))));
+            large_.reset(static_cast<T*>(::operator new(wanted * sizeof(T), kAlignment, std::nothrow)));
             capacity_ = large_ ? wanted : kSmallest;
         }
         return capacity_;
     }
+
+    std::size_t capacity() const noexcept { return capacity_; }
 
     T* data() noexcept { return large_ ? large_.get() : small_; }
 
@@ -43,10 +44,13 @@ public:
     static constexpr std::size_t pitchWithin(std::size_t room) { return ((room / kLine - 1) | 1U) * kLine; }
 
 private:
-    static constexpr std::size_t kLine = 64 / sizeof(T);
+    static constexpr std::align_val_t kAlignment{64};
+    static constexpr std::size_t kLine = static_cast<std::size_t>(kAlignment) / sizeof(T);
 
+    /// The heap hands the same pages out call after call; the array library's large blocks are fresh ones, which cost
+    /// more to touch than the gathering.
     struct Free {
-        void operator()(T* block) const noexcept { qxFree(block); }
+        void operator()(T* block) const noexcept { ::operator delete(block, kAlignment); }
     };
 
     std::unique_ptr<T, Free> large_;

@@ -68,7 +68,7 @@ jobject flatRead(JNIEnv* env, jobject handle, jboolean real) {
                   "getData is not supported for TAVRIX arrays of this type.");
         }
         const void* data = requirePart(env, array, real != JNI_FALSE);
-        return NestedWalk<Leaf>(env, reader).buildRun(data, 1, storedElementCount(array));
+        return NestedWalk<Leaf>(env, reader).buildRow(data, 1, storedElementCount(array));
     });
 }
 
