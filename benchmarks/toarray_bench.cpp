@@ -69,20 +69,21 @@ void createFrom(JNIEnv* env, jobject real, jint classId) {
                                                                                            classId, qxREAL));
 }
 
-template <typename T>
+/// T is the Java element type, Target the native one.
+template <typename T, typename Target = T>
 void addNested(JNIEnv* env, const std::string& name, const std::vector<std::size_t>& extents, jint classId) {
     std::size_t count = 1;
     for (const std::size_t extent : extents) {
         count *= extent;
     }
-    const auto blocks = std::make_shared<Blocks<T>>(count);
+    const auto blocks = std::make_shared<Blocks<Target>>(count);
     const int depth = static_cast<int>(extents.size());
     jobject data = keep(env, nestedCube<T>(env, extents));
     jclass objects = classNamed(env, "[Ljava/lang/Object;");
     jclass rows = classNamed(env, JPrimitive<T>::arrayClass);
     addCase({"toarray/" + name, count, [=] { createFrom(env, data, classId); },
              [=] { copyRows<T>(env, data, depth, objects, rows, blocks->to.data()); },
-             [=] { std::memcpy(blocks->to.data(), blocks->from.data(), count * sizeof(T)); }});
+             [=] { std::memcpy(blocks->to.data(), blocks->from.data(), count * sizeof(Target)); }});
 }
 
 jobject randomObjects(JNIEnv* env, const char* elementClass, std::size_t count, jobject (*make)(JNIEnv*, std::size_t)) {
@@ -247,9 +248,9 @@ void addCases(JNIEnv* env) {
         addNested<jdouble>(env, "double" + square + square, {extent, extent}, qxUNKNOWN_CLASS);
     }
     addNested<jdouble>(env, "double[100][100][100]", {100, 100, 100}, qxUNKNOWN_CLASS);
-    addNested<jint>(env, "int[1000][1000] to double", {1000, 1000}, qxDOUBLE_CLASS);
-    addNested<jdouble>(env, "double[1000][1000] to single", {1000, 1000}, qxSINGLE_CLASS);
-    addNested<jdouble>(env, "double[1000][1000] to int32", {1000, 1000}, qxINT32_CLASS);
+    addNested<jint, jdouble>(env, "int[1000][1000] to double", {1000, 1000}, qxDOUBLE_CLASS);
+    addNested<jdouble, jfloat>(env, "double[1000][1000] to single", {1000, 1000}, qxSINGLE_CLASS);
+    addNested<jdouble, jint>(env, "double[1000][1000] to int32", {1000, 1000}, qxINT32_CLASS);
     addNested<jdouble>(env, "double[1000000]", {1000000}, qxUNKNOWN_CLASS);
     addBoxed(env);
     addStrings(env);

@@ -4,7 +4,9 @@
 
 #include <jni.h>
 
+#include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 /// What no conversion of nested arrays gets around: the JNI calls of a walk, made straight.
 namespace nativevrl::bench {
@@ -33,15 +35,19 @@ void eachRow(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows,
     }
 }
 
-/// Measures the array and then copies its rows, one behind another, to `target`.
-template <typename T>
-void copyRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows, T* target) {
+/// Measures the array and then copies its rows, one behind another, to `target`, with bare casts to its type.
+template <typename T, typename Target>
+void copyRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows, Target* target) {
     jsize longest = 0;
     eachRow<T>(env, array, depth, objects, rows,
                [&](auto, jsize length) { longest = length > longest ? length : longest; });
     eachRow<T>(env, array, depth, objects, rows, [&](auto row, jsize length) {
         T* elements = (env->*JPrimitive<T>::getElements)(row, nullptr);
-        std::memcpy(target, elements, sizeof(T) * static_cast<std::size_t>(length));
+        if constexpr (std::is_same_v<T, Target>) {
+            std::memcpy(target, elements, sizeof(T) * static_cast<std::size_t>(length));
+        } else {
+            std::transform(elements, elements + length, target, [](T value) { return static_cast<Target>(value); });
+        }
         (env->*JPrimitive<T>::releaseElements)(row, elements, 0);
         target += length;
     });

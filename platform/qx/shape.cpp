@@ -27,8 +27,15 @@ std::optional<std::size_t> denseElementCount(Shape shape) noexcept {
     if (std::any_of(shape.extents, end, [](std::uint32_t extent) { return extent > kMaxExtent; })) {
         return std::nullopt;
     }
-    const std::size_t product = extentProduct(shape, 0);
-    return product <= kMaxDenseElements ? std::optional(product) : std::nullopt;
+    // Readers multiply the extents up from the first one, so a zero behind too many elements doesn't help them.
+    std::size_t product = 1;
+    for (const auto* extent = shape.extents; extent < end && product != 0; ++extent) {
+        product *= *extent;
+        if (product > kMaxDenseElements) {
+            return std::nullopt;
+        }
+    }
+    return product;
 }
 
 std::size_t extentProduct(Shape shape, std::uint32_t first) noexcept {

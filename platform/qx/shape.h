@@ -30,7 +30,8 @@ private:
     Shape shape_ = {2, padded_};
 };
 
-/// Elements of a dense array of this shape; nothing when an extent or the product is too large for one.
+/// Elements of a dense array of this shape; nothing when an extent or the product is too large for one, also the
+/// product of the extents before a zero.
 std::optional<std::size_t> denseElementCount(Shape shape) noexcept;
 
 /// Product of the extents from `first` on, held at the largest size_t.

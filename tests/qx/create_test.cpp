@@ -84,6 +84,7 @@ TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     EXPECT_FALSE(doubles({kTooLong, 0}));
     EXPECT_FALSE(doubles({0, 1, kTooLong}));
     EXPECT_FALSE(doubles({65536, 65536}));
+    EXPECT_FALSE(doubles({65536, 65536, 0}));
     EXPECT_FALSE(doubles({0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF}));
     EXPECT_FALSE(qxCreateCellMatrix(65536, 65536));
     EXPECT_FALSE(qxCreateCellMatrix(kTooLong, 0));

@@ -6,188 +6,107 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <stdexcept>
-#include <utility>
 
 namespace nativevrl::test {
 
 namespace {
 
-struct ClassFacts {
-    unsigned bytes;
-    bool floating;
-    unsigned intermediateBits;  // of the truncation of a floating value
-};
+/// By class id.
+constexpr unsigned kBytes[] = {0, 0, 0, 1, 2, 0, 8, 4, 1, 1, 2, 2, 4, 4, 8, 8};
 
-ClassFacts factsOf(qxClassID classId) {
-    switch (classId) {
-        case qxDOUBLE_CLASS:
-            return {8, true, 0};
-        case qxSINGLE_CLASS:
-            return {4, true, 0};
-        case qxLOGICAL_CLASS:
-        case qxINT8_CLASS:
-        case qxUINT8_CLASS:
-            return {1, false, 32};
-        case qxCHAR_CLASS:
-        case qxINT16_CLASS:
-        case qxUINT16_CLASS:
-            return {2, false, 32};
-        case qxINT32_CLASS:
-            return {4, false, 32};
-        case qxUINT32_CLASS:
-            return {4, false, 64};
-        case qxINT64_CLASS:
-        case qxUINT64_CLASS:
-            return {8, false, 64};
-        default:
-            throw std::logic_error("no element class");
-    }
+std::int64_t lowest(unsigned bits) {
+    return bits == 32 ? std::numeric_limits<std::int32_t>::min() : std::numeric_limits<std::int64_t>::min();
 }
 
-bool isFloating(const JavaValue& value) { return value.type == 'F' || value.type == 'D'; }
-bool isZero(const JavaValue& value) { return isFloating(value) ? value.real == 0 : value.integer == 0; }
-
-std::uint64_t lowBits(std::int64_t value, unsigned bytes) {
-    const auto bits = static_cast<std::uint64_t>(value);
-    return bytes == 8 ? bits : bits & ((std::uint64_t{1} << (8 * bytes)) - 1);
+/// Toward zero. What does not fit is the lowest value, or, as Java casts, the nearest one and 0 for NaN.
+std::int64_t truncated(Value value, unsigned bits, bool asJava) {
+    const std::int64_t highest = -(lowest(bits) + 1);
+    const Value whole = std::trunc(value);
+    if (whole >= lowest(bits) && whole <= highest) {
+        return static_cast<std::int64_t>(whole);
+    }
+    return !asJava || whole < 0 ? lowest(bits) : std::isnan(value) ? 0 : highest;
 }
 
 template <typename T>
-std::uint64_t bitsOfReal(T value) {
+std::uint64_t bitsOf(T value) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &value, sizeof value);
     return bits;
 }
 
-std::uint64_t realBits(qxClassID classId, const JavaValue& value) {
-    if (classId == qxDOUBLE_CLASS) {
-        return bitsOfReal(isFloating(value) ? value.real : static_cast<double>(value.integer));
-    }
-    return bitsOfReal(isFloating(value) ? static_cast<float>(value.real) : static_cast<float>(value.integer));
+using Extents = std::vector<std::uint32_t>;
+
+/// Whether a char array takes the data as the texts of its values.
+bool isWord(const JavaData& data) {
+    return data.kind == JavaData::text ||
+           (data.type != 'C' && (data.kind == JavaData::row || data.kind == JavaData::boxed));
 }
 
-/// Toward zero; the lowest value for what does not fit.
-std::int64_t truncated(double value, unsigned bits) {
-    const double beyond = std::ldexp(1.0, static_cast<int>(bits) - 1);
-    const double whole = std::trunc(value);
-    if (std::isnan(value) || whole < -beyond || whole >= beyond) {
-        return bits == 32 ? std::numeric_limits<std::int32_t>::min() : std::numeric_limits<std::int64_t>::min();
+/// The text of one value, or of a text all of it.
+std::vector<Value> unitsOf(const JavaData& data, Value value) {
+    if (data.kind == JavaData::text) {
+        return data.values;
     }
-    return static_cast<std::int64_t>(whole);
-}
-
-/// As Java casts: not a number gives 0, what does not fit the nearest value.
-std::int64_t javaInteger(double value, unsigned bits) {
-    const double beyond = std::ldexp(1.0, static_cast<int>(bits) - 1);
-    if (std::isnan(value)) {
-        return 0;
-    }
-    if (value >= beyond) {
-        return bits == 32 ? std::numeric_limits<std::int32_t>::max() : std::numeric_limits<std::int64_t>::max();
-    }
-    return value < -beyond ? truncated(value, bits) : static_cast<std::int64_t>(std::trunc(value));
-}
-
-std::u16string javaText(const JavaValue& value) {
-    if (value.type == 'C') {
-        return {static_cast<char16_t>(value.integer)};
-    }
-    const std::string text =
-        value.type == 'Z' ? (value.integer != 0 ? "true" : "false") : std::to_string(value.integer);
+    const std::string number = std::to_string(static_cast<long long>(value));
+    const std::string text = data.type != 'Z' ? number : value != 0 ? "true" : "false";
     return {text.begin(), text.end()};
 }
 
-/// Extents by level, straight from their definition.
-std::vector<std::uint32_t> extentsOf(const JavaData& data, bool isChar) {
-    std::vector<std::uint32_t> extents;
-    const auto size = [](std::size_t n) { return static_cast<std::uint32_t>(n); };
-    switch (data.kind) {
-        case JavaData::null:
-        case JavaData::object:
-            break;
-        case JavaData::nested:
-            extents.push_back(size(data.elements.size()));
-            for (const JavaData& element : data.elements) {
-                const auto inner = extentsOf(element, isChar);
-                extents.resize(std::max(extents.size(), inner.size() + 1));
-                for (std::size_t i = 0; i < inner.size(); ++i) {
-                    extents[i + 1] = std::max(extents[i + 1], inner[i]);
-                }
-            }
-            break;
-        case JavaData::row:
-            extents.push_back(size(data.values.size()));
-            if (isChar && data.type != 'C') {
-                extents.push_back(0);
-                for (const JavaValue& value : data.values) {
-                    extents[1] = std::max(extents[1], size(javaText(value).size()));
-                }
-            }
-            break;
-        case JavaData::boxed:
-            if (isChar && data.type != 'C') {
-                extents.push_back(size(javaText(data.values[0]).size()));
-            }
-            break;
-        case JavaData::text:
-            if (isChar) {
-                extents.push_back(size(data.characters.size()));
-            }
-            break;
-    }
-    return extents;
+void raise(Extents& extents, std::size_t level, std::size_t size) {
+    extents.resize(std::max(extents.size(), level + 1));
+    extents[level] = std::max(extents[level], static_cast<std::uint32_t>(size));
 }
 
-/// Puts values at subscripts.
+void measure(const JavaData& data, bool isChar, std::size_t level, Extents& extents) {
+    const bool isNested = data.kind == JavaData::nested;
+    if (isNested || data.kind == JavaData::row) {
+        raise(extents, level, isNested ? data.elements.size() : data.values.size());
+    }
+    for (const JavaData& element : data.elements) {
+        measure(element, isChar, level + 1, extents);
+    }
+    if (isChar && data.kind == JavaData::text) {
+        raise(extents, level, data.values.size());
+    } else if (isChar && isWord(data)) {
+        const std::size_t below = data.kind == JavaData::row ? level + 1 : level;
+        raise(extents, below, 0);
+        for (const Value value : data.values) {
+            raise(extents, below, unitsOf(data, value).size());
+        }
+    }
+}
+
+/// Puts values at subscripts, one per level.
 class Placement {
 public:
-    Placement(qxClassID classId, const std::vector<std::uint32_t>& extents, std::vector<std::uint64_t>& part)
-        : classId_(classId), extents_(extents), part_(part), at_(extents.size(), 0) {}
+    Placement(qxClassID classId, const Extents& extents, std::vector<std::uint64_t>& part)
+        : classId_(classId), extents_(extents), part_(part), at_(extents.size()) {}
 
     void place(const JavaData& data, std::size_t level) {
-        const bool isChar = classId_ == qxCHAR_CLASS;
-        switch (data.kind) {
-            case JavaData::null:
-            case JavaData::object:
-                return;
-            case JavaData::nested:
-                placeElements(data, level);
-                return;
-            case JavaData::row:
-                if (isChar && data.type != 'C') {
-                    placeTexts(data, level);
-                } else {
-                    placeRow(data, level);
-                }
-                return;
-            case JavaData::boxed:
-                if (isChar && data.type != 'C') {
-                    placeText(javaText(data.values[0]), level);
-                } else {
-                    put(modelBitsOfBoxed(classId_, data.values[0]));
-                }
-                return;
-            case JavaData::text:
-                if (isChar) {
-                    placeText(data.characters, level);
-                }
-                return;
+        const auto bits = [&](Value value) {
+            return modelBits(classId_, data.type, value, data.kind == JavaData::boxed);
+        };
+        const auto isRow = data.kind == JavaData::row;
+        if (classId_ == qxCHAR_CLASS && isWord(data)) {
+            placeWords(data, level, isRow ? data.values.size() : 1);
+        } else if (isRow) {
+            along(level, data.values.size(), [&](std::size_t i) { put(bits(data.values[i])); });
+        } else if (data.kind == JavaData::boxed) {
+            put(bits(data.values[0]));
+        }
+        if (data.kind == JavaData::nested) {
+            along(level, data.elements.size(), [&](std::size_t i) { place(data.elements[i], level + 1); });
         }
     }
 
 private:
     void put(std::uint64_t bits) {
         std::size_t index = 0;
-        std::size_t stride = 1;
-        for (std::size_t i = 0; i < extents_.size(); ++i) {
-            if (at_[i] >= extents_[i]) {
-                return;
-            }
-            index += at_[i] * stride;
-            stride *= extents_[i];
+        for (std::size_t i = extents_.size(); i-- > 0;) {
+            index = index * extents_[i] + at_[i];
         }
-        if (stride != 0) {
+        if (!part_.empty()) {
             part_[index] = bits;
         }
     }
@@ -201,286 +120,175 @@ private:
         at_[level] = 0;
     }
 
-    void placeElements(const JavaData& data, std::size_t level) {
-        along(level, data.elements.size(), [&](std::size_t i) { place(data.elements[i], level + 1); });
-    }
-
-    void placeRow(const JavaData& data, std::size_t level) {
-        along(level, data.values.size(), [&](std::size_t i) { put(modelBits(classId_, data.values[i])); });
-    }
-
-    void placeText(const std::u16string& text, std::size_t level) {
-        along(level, extents_[level], [&](std::size_t i) { put(i < text.size() ? text[i] : 0); });
-    }
-
-    /// Text over text, all along the row's own level.
-    void placeTexts(const JavaData& data, std::size_t level) {
-        for (const JavaValue& value : data.values) {
-            placeText(javaText(value), level);
+    /// Text over text, all along the level itself, with zeros behind it, and behind as many as a row has texts.
+    void placeWords(const JavaData& data, std::size_t level, std::size_t words) {
+        for (std::size_t word = 0; word < words; ++word) {
+            const auto units = unitsOf(data, data.values.empty() ? 0 : data.values[word]);
+            along(level, extents_[level],
+                  [&](std::size_t i) { put(i < units.size() ? static_cast<std::uint64_t>(units[i]) : 0); });
         }
         along(level, extents_[level], [&](std::size_t i) {
-            if (i >= data.values.size()) {
+            if (data.kind == JavaData::row && i >= words) {
                 put(0);
             }
         });
     }
 
     qxClassID classId_;
-    const std::vector<std::uint32_t>& extents_;
+    const Extents& extents_;
     std::vector<std::uint64_t>& part_;
     std::vector<std::size_t> at_;
 };
 
-template <typename T>
-jobject primitiveRow(JNIEnv* env, const std::vector<JavaValue>& values) {
-    std::vector<T> converted;
-    for (const JavaValue& value : values) {
-        converted.push_back(isFloating(value) ? static_cast<T>(value.real) : static_cast<T>(value.integer));
-    }
-    return primitiveArray<T>(env, converted);
-}
-
-/// Calls `visitor` with a value of the JNI type of a letter.
-template <typename Visitor>
-jobject withType(char type, Visitor&& visitor) {
-    switch (type) {
-        case 'Z':
-            return visitor(jboolean{});
-        case 'B':
-            return visitor(jbyte{});
-        case 'C':
-            return visitor(jchar{});
-        case 'S':
-            return visitor(jshort{});
-        case 'I':
-            return visitor(jint{});
-        case 'J':
-            return visitor(jlong{});
-        case 'F':
-            return visitor(jfloat{});
-        default:
-            return visitor(jdouble{});
-    }
-}
-
-std::vector<std::uint64_t> partContent(const void* block, std::size_t count, unsigned bytes) {
-    std::vector<std::uint64_t> content(block == nullptr ? 0 : count);
-    for (std::size_t i = 0; i < content.size(); ++i) {
-        std::memcpy(&content[i], static_cast<const char*>(block) + i * bytes, bytes);
-    }
-    return content;
-}
-
 }  // namespace
 
-JavaData JavaData::arrayOf(std::vector<JavaData> elements) {
-    JavaData data;
-    data.kind = nested;
-    data.elements = std::move(elements);
-    return data;
-}
-
-JavaData JavaData::rowOf(char type, std::vector<JavaValue> values) {
-    JavaData data;
-    data.kind = row;
-    data.type = type;
-    data.values = std::move(values);
-    return data;
-}
-
-JavaData JavaData::box(JavaValue value) {
-    JavaData data = rowOf(value.type, {value});
-    data.kind = boxed;
-    return data;
-}
-
-JavaData JavaData::string(std::u16string characters) {
-    JavaData data;
-    data.kind = text;
-    data.characters = std::move(characters);
-    return data;
-}
-
-JavaData JavaData::plainObject() {
-    JavaData data;
-    data.kind = object;
-    return data;
-}
-
-jobject toJava(JNIEnv* env, const JavaData& data) {
-    switch (data.kind) {
-        case JavaData::nested: {
-            jobjectArray array =
-                objectArray(env, "java/lang/Object", std::vector<jobject>(data.elements.size(), nullptr));
-            for (std::size_t i = 0; i < data.elements.size(); ++i) {
-                jobject element = toJava(env, data.elements[i]);
-                env->SetObjectArrayElement(array, static_cast<jsize>(i), element);
-                env->DeleteLocalRef(element);
-            }
-            return array;
-        }
-        case JavaData::row:
-            return withType(data.type, [&](auto zero) { return primitiveRow<decltype(zero)>(env, data.values); });
-        case JavaData::boxed:
-            return withType(data.type, [&](auto zero) {
-                const JavaValue& value = data.values[0];
-                using T = decltype(zero);
-                return boxed<T>(env, isFloating(value) ? static_cast<T>(value.real) : static_cast<T>(value.integer));
-            });
-        case JavaData::text:
-            return javaString(env, data.characters);
-        case JavaData::object:
-            return newObject(env, "java/lang/Object", "()V");
-        default:
-            return nullptr;
+jobject toJava(JNIEnv* env, const JavaData& data, bool typed) {
+    if (data.kind == JavaData::null) {
+        return nullptr;
     }
+    if (data.kind == JavaData::object) {
+        return newObject(env, "java/lang/Object", "()V");
+    }
+    if (data.kind == JavaData::text) {
+        return javaString(env, std::u16string(data.values.begin(), data.values.end()));
+    }
+    if (data.kind == JavaData::nested) {
+        const bool ofRows = typed && !data.elements.empty() && data.elements[0].kind == JavaData::row;
+        const std::string elementClass = ofRows ? std::string("[") + data.elements[0].type : "java/lang/Object";
+        jobjectArray array = objectArray(env, elementClass, std::vector<jobject>(data.elements.size()));
+        for (std::size_t i = 0; i < data.elements.size(); ++i) {
+            jobject element = toJava(env, data.elements[i], typed);
+            env->SetObjectArrayElement(array, static_cast<jsize>(i), element);
+            env->DeleteLocalRef(element);
+        }
+        return array;
+    }
+    return withType(data.type, [&](auto zero) -> jobject {
+        using T = decltype(zero);
+        std::vector<T> values;
+        for (const Value value : data.values) {
+            values.push_back(static_cast<T>(value));
+        }
+        return data.kind == JavaData::boxed ? boxed<T>(env, values[0]) : primitiveArray<T>(env, values);
+    });
 }
 
 qxClassID modelClass(const JavaData& data) {
-    static const std::string letters = "ZBCSIJFD";
     constexpr qxClassID classes[] = {qxLOGICAL_CLASS, qxINT8_CLASS,  qxCHAR_CLASS,   qxINT16_CLASS,
                                      qxINT32_CLASS,   qxINT64_CLASS, qxSINGLE_CLASS, qxDOUBLE_CLASS};
-    switch (data.kind) {
-        case JavaData::nested:
-            return data.elements.empty() ? qxUNKNOWN_CLASS : modelClass(data.elements.front());
-        case JavaData::row:
-        case JavaData::boxed:
-            return classes[letters.find(data.type)];
-        case JavaData::object:
-            return qxUNKNOWN_CLASS;
-        default:
-            return qxCHAR_CLASS;
+    if (data.kind == JavaData::nested) {
+        return data.elements.empty() ? qxUNKNOWN_CLASS : modelClass(data.elements.front());
     }
+    return data.kind == JavaData::object ? qxUNKNOWN_CLASS
+                                         : classes[std::strchr(kPrimitiveTypes, data.type) - kPrimitiveTypes];
 }
 
 ModelArray modelOf(const JavaData& real, const JavaData& imaginary, qxClassID classId, bool isComplex) {
-    ModelArray model;
-    model.classId = classId == qxUNKNOWN_CLASS ? modelClass(real) : classId;
-    const bool isChar = model.classId == qxCHAR_CLASS;
-    std::vector<std::uint32_t> extents = extentsOf(real, isChar);
+    const bool isChar = classId == qxCHAR_CLASS;
+    Extents extents;
+    measure(real, isChar, 0, extents);
     if (isComplex) {
-        const auto other = extentsOf(imaginary, isChar);
-        extents.resize(std::max(extents.size(), other.size()));
-        for (std::size_t i = 0; i < other.size(); ++i) {
-            extents[i] = std::max(extents[i], other[i]);
-        }
+        measure(imaginary, isChar, 0, extents);
     }
-    if (extents.empty()) {
+    if (extents.empty() && (real.kind != JavaData::null || imaginary.kind != JavaData::null)) {
         extents = {1};
     }
-    std::size_t count = 1;
+    std::size_t count = extents.empty() ? 0 : 1;
     for (const std::uint32_t extent : extents) {
         count *= extent;
     }
-    const bool hasImaginary = isComplex && !isChar && model.classId != qxLOGICAL_CLASS;
-    model.real.resize(count);
-    Placement(model.classId, extents, model.real).place(real, 0);
-    if (hasImaginary) {
-        model.imaginary.resize(count);
-        Placement(model.classId, extents, model.imaginary).place(imaginary, 0);
+    std::vector<std::uint64_t> parts[2];
+    parts[0].resize(count);
+    Placement(classId, extents, parts[0]).place(real, 0);
+    if (isComplex && classId > qxCHAR_CLASS) {
+        parts[1].resize(count);
+        Placement(classId, extents, parts[1]).place(imaginary, 0);
     }
-    model.extents = extents.size() == 1 ? std::vector<std::uint32_t>{1, extents[0]} : extents;
-    return model;
+    if (extents.size() < 2) {
+        extents.insert(extents.begin(), 2 - extents.size(), extents.empty() ? 0 : 1);
+    }
+    return {classId, extents, parts[0], parts[1]};
 }
 
 ModelArray contentOf(const qxArray* array) {
-    ModelArray content;
-    content.classId = qxGetClassID(array);
-    content.extents.assign(array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions());
-    const unsigned bytes = factsOf(content.classId).bytes;
-    content.real = partContent(array->realData(), qxGetNumberOfElements(array), bytes);
-    content.imaginary = partContent(array->imagData(), qxGetNumberOfElements(array), bytes);
-    return content;
-}
-
-std::uint64_t modelBits(qxClassID classId, const JavaValue& value) {
-    const ClassFacts facts = factsOf(classId);
-    if (facts.floating) {
-        return realBits(classId, value);
-    }
-    if (classId == qxLOGICAL_CLASS) {
-        return isZero(value) ? 0 : 1;
-    }
-    return lowBits(isFloating(value) ? truncated(value.real, facts.intermediateBits) : value.integer, facts.bytes);
-}
-
-std::uint64_t modelBitsOfBoxed(qxClassID classId, const JavaValue& value) {
-    const ClassFacts facts = factsOf(classId);
-    if (facts.floating) {
-        return realBits(classId, value);
-    }
-    if (classId == qxLOGICAL_CLASS) {
-        return value.type == 'C' ? (value.integer & 0xff) != 0 : !isZero(value);
-    }
-    return lowBits(isFloating(value) ? javaInteger(value.real, facts.bytes == 8 ? 64 : 32) : value.integer,
-                   facts.bytes);
-}
-
-JavaValue randomValue(std::mt19937& random, char type) {
-    const auto pick = [&](auto lowest, auto highest) {
-        return std::uniform_int_distribution<std::int64_t>(lowest, highest)(random);
+    const auto partOf = [&](const void* block) {
+        std::vector<std::uint64_t> part(block == nullptr ? 0 : qxGetNumberOfElements(array));
+        const unsigned bytes = kBytes[qxGetClassID(array)];
+        for (std::size_t i = 0; i < part.size(); ++i) {
+            std::memcpy(&part[i], static_cast<const char*>(block) + i * bytes, bytes);
+        }
+        return part;
     };
-    if (type == 'F' || type == 'D') {
-        const double special[] = {0.0,  -0.0,          std::nan(""), HUGE_VAL, -HUGE_VAL,
-                                  1e20, -2147483648.5, 4294967295.0, -1.5,     0.25};
-        const double value =
-            pick(0, 2) == 0 ? special[pick(0, 9)]
-                            : std::ldexp(static_cast<double>(pick(-100000, 100000)), static_cast<int>(pick(-10, 50)));
-        return {type, 0, type == 'F' ? static_cast<double>(static_cast<float>(value)) : value};
+    return {qxGetClassID(array),
+            {array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions()},
+            partOf(array->realData()),
+            partOf(array->imagData())};
+}
+
+std::uint64_t modelBits(qxClassID classId, char type, Value value, bool isBoxed) {
+    if (classId == qxDOUBLE_CLASS) {
+        return bitsOf(static_cast<double>(value));
     }
-    switch (type) {
-        case 'Z':
-            return {type, pick(0, 1), 0};
-        case 'B':
-            return {type, pick(-128, 127), 0};
-        case 'C':
-            return {type, pick(0, 65535), 0};
-        case 'S':
-            return {type, pick(-32768, 32767), 0};
-        case 'I':
-            return {type, pick(std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()), 0};
-        default:
-            return {type, pick(std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()), 0};
+    if (classId == qxSINGLE_CLASS) {
+        return bitsOf(static_cast<float>(value));
     }
+    if (classId == qxLOGICAL_CLASS) {
+        return isBoxed && type == 'C' ? (static_cast<int>(value) & 0xff) != 0 : value != 0;
+    }
+    const unsigned bytes = kBytes[classId];
+    const bool wide = bytes == 8 || (classId == qxUINT32_CLASS && !isBoxed);
+    const bool isFloating = type == 'F' || type == 'D';
+    const auto whole = isFloating ? truncated(value, wide ? 64 : 32, isBoxed) : static_cast<std::int64_t>(value);
+    return static_cast<std::uint64_t>(whole) & (~std::uint64_t{0} >> (64 - 8 * bytes));
+}
+
+std::size_t randomBelow(std::mt19937& random, std::size_t limit) {
+    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
+}
+
+Value randomValue(std::mt19937& random, char type) {
+    const auto bits = (std::uint64_t{random()} << 32U) | random();
+    if (type != 'F' && type != 'D') {
+        return withType(type,
+                        [&](auto zero) -> Value { return static_cast<decltype(zero)>(type == 'Z' ? bits & 1 : bits); });
+    }
+    const double special[] = {0.0, -0.0, std::nan(""), HUGE_VAL, -HUGE_VAL, 1e20, -2147483648.5, 4294967295.0};
+    const double common =
+        std::ldexp(static_cast<double>(bits % 200000) - 100000, static_cast<int>(randomBelow(random, 60)) - 10);
+    const double value = randomBelow(random, 3) == 0 ? special[randomBelow(random, std::size(special))] : common;
+    return type == 'F' ? static_cast<float>(value) : value;
+}
+
+JavaData randomRow(std::mt19937& random, char type, std::size_t length) {
+    JavaData data{JavaData::row, type};
+    for (std::size_t i = 0; i < length; ++i) {
+        data.values.push_back(randomValue(random, type));
+    }
+    return data;
 }
 
 JavaData randomData(std::mt19937& random, int depth, std::size_t longest, bool texts) {
-    const auto pick = [&](std::size_t count) {
-        return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
-    };
-    // The texts of floating numbers are Java's own affair.
-    const auto type = [&] { return kPrimitiveTypes[pick(texts ? 6 : 8)]; };
-    const std::size_t chance = pick(10);
+    const char type = kPrimitiveTypes[randomBelow(random, texts ? 6 : 8)];
+    const std::size_t length = randomBelow(random, longest + 1);
+    const std::size_t chance = randomBelow(random, 10);
     if (chance == 0) {
-        return JavaData::nothing();
+        return {};
     }
     if (chance == 1) {
-        return JavaData::box(randomValue(random, type()));
+        return {JavaData::boxed, type, {randomValue(random, type)}};
     }
-    if (chance == 2 && texts) {
-        std::u16string characters;
-        for (std::size_t i = pick(longest + 1); i > 0; --i) {
-            characters.push_back(static_cast<char16_t>(randomValue(random, 'C').integer));
-        }
-        return JavaData::string(characters);
+    if (chance == 2) {
+        return texts ? JavaData{JavaData::text, 'C', randomRow(random, 'C', length).values}
+                     : JavaData{JavaData::object};
     }
-    if (chance == 3 && !texts) {
-        return JavaData::plainObject();
+    if (depth <= 1 || chance == 3) {
+        return randomRow(random, type, length);
     }
-    const std::size_t length = pick(longest + 1);
-    if (depth <= 1 || chance == 4) {
-        const char rowType = type();
-        std::vector<JavaValue> values;
-        for (std::size_t i = 0; i < length; ++i) {
-            values.push_back(randomValue(random, rowType));
-        }
-        return JavaData::rowOf(rowType, values);
-    }
-    std::vector<JavaData> elements;
+    JavaData data{JavaData::nested};
     for (std::size_t i = 0; i < length; ++i) {
-        elements.push_back(randomData(random, depth - 1, longest, texts));
+        data.elements.push_back(randomData(random, depth - 1, longest, texts));
     }
-    return JavaData::arrayOf(elements);
+    return data;
 }
 
 }  // namespace nativevrl::test

@@ -9,9 +9,6 @@
 
 namespace nativevrl::JConvert {
 
-/// An array of this size leaves the caches near the processor before it is whole.
-constexpr std::size_t kFarBytes = std::size_t{4} << 20U;
-
 /// How many rows a tile holds, none for no tile, and how far apart they lie, in elements.
 struct TileShape {
     std::size_t rows;

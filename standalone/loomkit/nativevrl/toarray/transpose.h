@@ -13,9 +13,12 @@ namespace nativevrl::JConvert {
 
 constexpr std::size_t kCacheLine = 64;
 
+/// A block of this size has left the caches before it is whole.
+constexpr std::size_t kFarBytes = std::size_t{16} << 20U;
+
 /// `rows` lines of `columns` elements, `pitch` elements apart, to column-major storage whose columns are `stride`
-/// elements apart. A target that is `far` is too large to stay in the caches until it is read: its lines are written
-/// past them where they can be written whole, and fetched ahead of the writes where not.
+/// elements apart. The lines of a `far` block are written past the caches where they can be written whole, and fetched
+/// ahead of the writes to them where not.
 template <typename Element>
 struct Transposition {
     const Element* source;

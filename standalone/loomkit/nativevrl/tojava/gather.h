@@ -148,17 +148,6 @@ void gatherFullPanel(const S* from, GatherShape shape, T* to) {
     gatherPanel(from, shape, to, std::integral_constant<std::size_t, kPanel<S>>{});
 }
 
-/// Asks for the cache lines of up to kPanel columns of adjacent rows.
-template <typename S>
-void prefetchPanel(const S* from, const GatherShape& shape, std::size_t columns) {
-    constexpr std::size_t line = 64 / sizeof(S);
-    for (std::size_t column = 0; column < columns; ++column) {
-        for (std::size_t row = 0; row < shape.rows; row += line) {
-            __builtin_prefetch(from + column * shape.columnStride + row);
-        }
-    }
-}
-
 /// Copies the elements that `shape` tells of, each cast to T, into rows at `to`.
 template <typename T, typename S>
 void gather(const S* from, const GatherShape& shape, T* to) {
@@ -168,10 +157,6 @@ void gather(const S* from, const GatherShape& shape, T* to) {
     }
     std::size_t column = 0;
     for (; column + kPanel<S> <= shape.columns; column += kPanel<S>) {
-        const std::size_t next = column + kPanel<S>;
-        if (shape.rowStride == 1) {
-            prefetchPanel(from + next * shape.columnStride, shape, std::min(kPanel<S>, shape.columns - next));
-        }
         gatherFullPanel(from + column * shape.columnStride, shape, to + column);
     }
     gatherPanel(from + column * shape.columnStride, shape, to + column, shape.columns - column);

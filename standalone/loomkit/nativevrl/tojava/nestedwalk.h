@@ -80,21 +80,23 @@ private:
     static constexpr std::size_t kOpenRows = 16;
     /// As many rows share a cache line of the widest elements. Fewer don't pay: lines would be read again and again.
     static constexpr std::size_t kFewestRows = 8;
+    /// From this many bytes on the source does not stay in the cache by itself, and is asked for ahead of time.
+    static constexpr std::size_t kPrefetchFrom = std::size_t{256} << 10U;
 
     /// Arrays of one level whose elements are neighbours in the source.
     struct Siblings {
         Outer* arrays;
-        std::size_t count;
+        unsigned count;
     };
 
     /// What goes into some siblings from their element `first` on: all their first elements, then all their second ones
     /// and so on. `count` in all.
     struct Children {
         Siblings parents;
-        std::size_t first;
-        std::size_t count;
+        unsigned first;
+        unsigned count;
 
-        void set(std::size_t child, jobject value) const {
+        void set(unsigned child, jobject value) const {
             parents.arrays[child % parents.count].set(static_cast<jsize>(first + child / parents.count), value);
         }
     };
@@ -113,20 +115,25 @@ private:
         const std::size_t room = tile_.makeRoom(rows * pitch_);
         const std::size_t fitting = std::min(kMostRows, room / pitch_);
         areLong_ = fitting < std::min(rows, kFewestRows);
-        band_ = areLong_ ? kOpenRows : std::max(fitting - fitting % kFewestRows, std::min(fitting, kFewestRows));
+        band_ = static_cast<unsigned>(areLong_                ? kOpenRows
+                                      : fitting > kFewestRows ? fitting - fitting % kFewestRows
+                                                              : fitting);
+        prefetches_ = std::size_t{line.span} * reader_.width >= kPrefetchFrom;
     }
 
     /// Fills siblings whose elements are the first of these levels. `index` is the first sibling's first element.
     void fill(Siblings parents, std::size_t index, const LevelExtent* levels, std::size_t count) {
         // Where the siblings are all there are side by side, their next elements follow as neighbours.
         const bool areWhole = levels->stride == parents.count;
-        const std::size_t step = areWhole ? std::max<std::size_t>(band_ / parents.count, 1) : 1;
-        for (std::size_t first = 0; first < levels->size; first += step) {
-            const std::size_t steps = std::min<std::size_t>(step, levels->size - first);
+        const unsigned step = areWhole ? std::max(band_ / parents.count, 1U) : 1;
+        for (unsigned first = 0; first < levels->size;) {
+            const unsigned steps = std::min(step, levels->size - first);
             const Children children = {parents, first, parents.count * steps};
-            const std::size_t childIndex = index + first * levels->stride;
+            const std::size_t childIndex = index + std::size_t{first} * levels->stride;
+            first += steps;
             if (count == 2) {
-                fillRows(children, childIndex, levels[1]);
+                const bool isLast = first == levels->size;
+                fillRows(children, childIndex, isLast ? 0 : index + std::size_t{first} * levels->stride, levels[1]);
             } else {
                 fillArrays(children, childIndex, levels + 1, count - 1);
             }
@@ -137,33 +144,37 @@ private:
         const std::string elementClass = nestingClass<Leaf>(count - 1);
         std::vector<Outer> arrays;
         arrays.reserve(children.count);
-        for (std::size_t i = 0; i < children.count; ++i) {
+        for (unsigned i = 0; i < children.count; ++i) {
             arrays.emplace_back(env_, elementClass.c_str(), javaLength(env_, levels->size));
         }
         fill({arrays.data(), children.count}, index, levels, count);
-        for (std::size_t i = 0; i < children.count; ++i) {
+        for (unsigned i = 0; i < children.count; ++i) {
             children.set(i, arrays[i].ref());
         }
     }
 
-    void fillRows(const Children& children, std::size_t index, const LevelExtent& line) {
+    /// `next` is the index of the rows that come after these; 0 for none.
+    void fillRows(const Children& children, std::size_t index, std::size_t next, const LevelExtent& line) {
         if (isReady(line.stride) || line.size == 0) {
             JObjectRef row(env_, nullptr);
-            for (std::size_t i = 0; i < children.count; ++i) {
+            for (unsigned i = 0; i < children.count; ++i) {
                 row.attach(buildRow(line.size == 0 ? nullptr : elementAt(index + i), line.stride, line.size));
                 children.set(i, row.ref());
             }
         } else if (areLong_) {
             fillLongRows(children, index, line);
         } else {
-            fillWholeRows(children, index, line);
+            fillWholeRows(children, index, next, line);
         }
     }
 
-    void fillWholeRows(const Children& children, std::size_t index, const LevelExtent& line) {
+    void fillWholeRows(const Children& children, std::size_t index, std::size_t next, const LevelExtent& line) {
         reader_.gather(elementAt(index), {children.count, line.size, 1, line.stride, pitch_}, tile_.data());
         JObjectRef row(env_, nullptr);
-        for (std::size_t i = 0; i < children.count; ++i) {
+        for (unsigned i = 0; i < children.count; ++i) {
+            if (prefetches_ && next != 0) {
+                prefetchShare(next, line, i, children.count);
+            }
             Leaf leaf(env_, line.size);
             leaf.write(0, tile_.data() + i * pitch_, line.size);
             row.attach(leaf.detach());
@@ -171,10 +182,23 @@ private:
         }
     }
 
+    /// Asks for some columns of the `rows` rows that come next, as the share of one of as many rows that are written in
+    /// the meantime: the memory is then waited for while Java copies.
+    void prefetchShare(std::size_t next, const LevelExtent& line, std::size_t share, std::size_t rows) const {
+        constexpr std::size_t cacheLine = 64;
+        const std::size_t end = (share + 1) * line.size / rows;
+        for (std::size_t column = share * line.size / rows; column < end; ++column) {
+            const auto* from = static_cast<const std::byte*>(elementAt(next + column * line.stride));
+            for (std::size_t at = 0; at < rows * reader_.width; at += cacheLine) {
+                __builtin_prefetch(from + at);
+            }
+        }
+    }
+
     /// The rows are made first, and then written together, a piece of each at a time.
     void fillLongRows(const Children& children, std::size_t index, const LevelExtent& line) {
         std::array<std::optional<Leaf>, kOpenRows> open;
-        for (std::size_t i = 0; i < children.count; ++i) {
+        for (unsigned i = 0; i < children.count; ++i) {
             open[i].emplace(env_, line.size);
         }
         const std::size_t piece = Tile<T>::pitchWithin(tile_.capacity() / children.count);
@@ -182,12 +206,12 @@ private:
             const std::size_t length = std::min<std::size_t>(piece, line.size - at);
             reader_.gather(elementAt(index + at * line.stride), {children.count, length, 1, line.stride, piece},
                            tile_.data());
-            for (std::size_t i = 0; i < children.count; ++i) {
+            for (unsigned i = 0; i < children.count; ++i) {
                 open[i]->write(at, tile_.data() + i * piece, length);
             }
         }
         JObjectRef row(env_, nullptr);
-        for (std::size_t i = 0; i < children.count; ++i) {
+        for (unsigned i = 0; i < children.count; ++i) {
             row.attach(open[i]->detach());
             children.set(i, row.ref());
         }
@@ -197,7 +221,8 @@ private:
     ElementReader<T> reader_;
     const void* base_ = nullptr;
     std::size_t pitch_ = 0;
-    std::size_t band_ = 1;
+    unsigned band_ = 1;
+    bool prefetches_ = false;
     bool areLong_ = false;
     Tile<T> tile_;
 };

@@ -13,7 +13,7 @@ namespace nativevrl {
 template <typename T>
 class Tile {
 public:
-    static constexpr std::size_t kLargest = (std::size_t{512} << 10U) / sizeof(T);
+    static constexpr std::size_t kLargest = (std::size_t{256} << 10U) / sizeof(T);
     static constexpr std::size_t kSmallest = (std::size_t{16} << 10U) / sizeof(T);
 
     Tile() = default;

@@ -1,0 +1,116 @@
+/// Arrays as text: displayed, by rows, and as one string in storage order.
+
+#include "tojava/reads.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace nativevrl::test {
+
+namespace {
+
+using Text = JvmTest;
+
+/// A matrix of a class whose elements are the units of a text in storage order.
+template <typename Case>
+qxArray* unitsAs(Case, const std::u16string& units, std::uint32_t rows) {
+    qxArray* array = qxCreateNumericMatrix(rows, static_cast<std::uint32_t>(units.size()) / rows, Case::id, qxREAL);
+    std::copy(units.begin(), units.end(), Case::part(array, true));
+    return array;
+}
+
+constexpr ClassCase<std::uint16_t, qxCHAR_CLASS> chars;
+constexpr ClassCase<std::uint16_t, qxUINT16_CLASS> uint16s;
+
+TEST_F(Text, OfARowKeepsZeroUnitsAndSurrogates) {
+    using namespace std::string_literals;
+    for (const std::u16string& units : {u"abc"s, u"a\0b"s, u"\0"s, u"\xD83D\xDE00!"s, u"\xDE00\xD83D"s, u"\xFFFF"s}) {
+        const Held row(env, unitsAs(chars, units, 1));
+        EXPECT_EQ(toUtf16(env, readText(env, row.handle)), units);
+        EXPECT_EQ(toUtf16(env, readString(env, row.handle, true)), units);
+        const Held numbers(env, unitsAs(uint16s, units, 1));
+        EXPECT_EQ(toUtf16(env, readString(env, numbers.handle, true)), units);
+        const jobject strings = readStrings(env, numbers.handle, true);
+        ASSERT_EQ(classNameOf(env, strings), "[Ljava/lang/String;");
+        ASSERT_EQ(lengthOf(env, strings), 1u);
+        EXPECT_EQ(toUtf16(env, elementAt(env, strings, 0)), units);
+    }
+    expectNoThrow(env);
+}
+
+TEST_F(Text, OfAnyOtherArrayIsWhatTheRuntimeDisplays) {
+    const std::uint32_t noColumns[] = {2, 0, 3};
+    const std::uint32_t pages[] = {1, 2, 2};
+    const Held empties[] = {{env, nullptr},
+                            {env, qxCreateNumericMatrix(1, 0, qxCHAR_CLASS, qxREAL)},
+                            {env, qxCreateCellArray(3, noColumns)}};
+    for (const Held& empty : empties) {
+        EXPECT_EQ(toUtf16(env, readText(env, empty.handle)), u"[]");
+    }
+    const Held others[] = {{env, unitsAs(chars, u"abcdef", 2)},
+                           {env, unitsAs(uint16s, u"abc", 1)},
+                           {env, qxCreateNumericArray(3, pages, qxCHAR_CLASS, qxREAL)},
+                           {env, qxCreateDoubleScalar(2.5)},
+                           {env, qxCreateCellMatrix(1, 2)},
+                           {env, qxCreateFunctionHandle("sin")}};
+    for (const Held& other : others) {
+        const std::string shown = qxToText(other.array.get());
+        ASSERT_FALSE(shown.empty());
+        EXPECT_EQ(toText(env, readText(env, other.handle)), shown);
+    }
+    expectNoThrow(env);
+}
+
+TEST_F(Text, ByRowsTakesTheRowsOfANumericMatrix) {
+    const struct {
+        std::uint32_t rows;
+        std::u16string units;
+        std::vector<std::u16string> strings;
+    } cases[] = {{2, u"ABCD", {u"AC", u"BD"}}, {3, u"xyz", {u"x", u"y", u"z"}}, {2, u"", {u"", u""}}};
+    for (const auto& one : cases) {
+        forEachClass([&](auto element) {
+            using Case = decltype(element);
+            if (Case::id < qxDOUBLE_CLASS) {
+                return;
+            }
+            const Held held(env, unitsAs(element, one.units, one.rows));
+            const jobject strings = readStrings(env, held.handle, true);
+            ASSERT_EQ(lengthOf(env, strings), one.strings.size());
+            for (std::size_t i = 0; i < one.strings.size(); ++i) {
+                EXPECT_EQ(toUtf16(env, elementAt(env, strings, i)), one.strings[i]) << Case::id;
+            }
+        });
+    }
+    const Held none(env, qxCreateNumericMatrix(0, 3, qxDOUBLE_CLASS, qxREAL));
+    EXPECT_EQ(lengthOf(env, readStrings(env, none.handle, true)), 0u);
+    expectNoThrow(env);
+}
+
+TEST_F(Text, InStorageOrderCastsEveryElementToAUnit) {
+    forEachClass([&](auto one) {
+        using Case = decltype(one);
+        const Held held(env, Case::row(Case::values(), qxCOMPLEX));
+        const bool real = held->imagData() == nullptr;
+        std::u16string expected;
+        for (const auto value : Case::values()) {
+            expected += static_cast<char16_t>(modelCast<jchar>(value));
+        }
+        EXPECT_EQ(toUtf16(env, readString(env, held.handle, real)), expected) << Case::id;
+    });
+    const Held columns(env, unitsAs(chars, u"abcdef", 2));
+    EXPECT_EQ(toUtf16(env, readString(env, columns.handle, true)), u"abcdef");
+    const Held empty(env, qxCreateNumericMatrix(0, 0, qxCHAR_CLASS, qxREAL));
+    EXPECT_EQ(toUtf16(env, readString(env, empty.handle, true)), u"");
+    expectNoThrow(env);
+}
+
+TEST_F(Text, ByRowsServesMatricesOnly) {
+    const std::uint32_t extents[] = {2, 2, 2};
+    const Held pages(env, qxCreateNumericArray(3, extents, qxDOUBLE_CLASS, qxREAL));
+    EXPECT_EQ(readStrings(env, pages.handle, true), nullptr);
+    expectThrownClass(env, "java/lang/NoClassDefFoundError");
+}
+
+}  // namespace
+
+}  // namespace nativevrl::test
