@@ -26,9 +26,6 @@ namespace vrlkrt {
 
 KpaExtractor::KpaExtractor() = default;
 KpaExtractor::KpaExtractor(boost::shared_ptr<KpaSource> source) : source_(std::move(source)) {}
-KpaExtractor::KpaExtractor(const KpaExtractor&) = default;
-KpaExtractor& KpaExtractor::operator=(const KpaExtractor&) = default;
-KpaExtractor::~KpaExtractor() = default;
 
 const boost::shared_ptr<KpaSource>& KpaExtractor::source() const { return source_; }
 

@@ -13,9 +13,6 @@ class KpaExtractor {
 public:
     KpaExtractor();
     explicit KpaExtractor(boost::shared_ptr<KpaSource> source);
-    KpaExtractor(const KpaExtractor&);
-    KpaExtractor& operator=(const KpaExtractor&);
-    ~KpaExtractor();
 
     const boost::shared_ptr<KpaSource>& source() const;
 

@@ -6,9 +6,9 @@
 #include "proxies/jnvarrayproxy.h"
 #include "qx/arrayowner.h"
 #include "toarray/compound.h"
+#include "toarray/nativeelement.h"
 #include "toarray/nestedstore.h"
 #include "toarray/plainextents.h"
-#include "toarray/visitclass.h"
 
 #include <string>
 
@@ -83,7 +83,7 @@ void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* 
         fillStructFromJava(initializer.env(), initializer.real(), array);
     } else if (classId == qxFUNCTION_CLASS) {
         fillParts<FunctionElement>(initializer, array);
-    } else if (!visitElementClass(classId, [&](auto target) { fillParts<decltype(target)>(initializer, array); })) {
+    } else if (!visitNativeElement(classId, [&](auto target) { fillParts<decltype(target)>(initializer, array); })) {
         raise(initializer.env(), "java/lang/RuntimeException", "Tried to create qxArray of unsupported type");
     }
 }
@@ -100,7 +100,7 @@ void checkMatches(JNVArrayInitializer& initializer, const qxArray* source) {
 }
 
 bool hasElementClass(qxClassID classId) {
-    return visitElementClass(classId, [](auto) {});
+    return visitNativeElement(classId, [](auto) {});
 }
 
 /// A handle of its own on a native array that a Java wrapper holds; of another class where one is stated.

@@ -4,8 +4,8 @@
 #include "entry/boundary.h"
 #include "proxies/jboxedproxies.h"
 #include "toarray/javakind.h"
+#include "toarray/nativeelement.h"
 #include "toarray/pinnedelements.h"
-#include "toarray/visitclass.h"
 
 #include <algorithm>
 
@@ -133,7 +133,7 @@ void setFlatData<CharElement>(JNIEnv* env, jobject source, std::size_t count, Bl
 }  // namespace
 
 void setPartData(JNIEnv* env, qxArray* array, const JObjectProxy& source, bool real) {
-    const bool hasElements = visitElementClass(classIdOf(array), [&](auto target) {
+    const bool hasElements = visitNativeElement(classIdOf(array), [&](auto target) {
         using Target = decltype(target);
         auto* block = static_cast<Block<Target>>(partOf(array, real));
         setFlatData<Target>(env, source.ref(), qxGetNumberOfElements(array), block);

@@ -5,7 +5,7 @@
 #include "toarray/leveltable.h"
 #include "toarray/pinnedelements.h"
 #include "toarray/tile.h"
-#include "toarray/visitclass.h"
+#include "toarray/nativeelement.h"
 
 #include <jni.h>
 

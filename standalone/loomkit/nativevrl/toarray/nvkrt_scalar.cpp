@@ -2,7 +2,7 @@
 
 #include "arrays/arrayhandle.h"
 #include "entry/boundary.h"
-#include "toarray/visitclass.h"
+#include "toarray/nativeelement.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
@@ -29,7 +29,7 @@ jobject createScalar(JNIEnv* env, S real, S imaginary, jint classId, jint comple
         if (complexity == qxCOMPLEX) {
             checkImaginaryAccess(env, array, false);  // its failure leaves the array to nobody
         }
-        visitElementClass(classId, [&](auto target) {
+        visitNativeElement(classId, [&](auto target) {
             storeScalar<decltype(target)>(array, true, real);
             if (complexity == qxCOMPLEX) {
                 storeScalar<decltype(target)>(array, false, imaginary);

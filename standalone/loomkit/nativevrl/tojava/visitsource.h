@@ -1,8 +1,6 @@
 #pragma once
 
-#include "qx/qx.h"
-
-#include <cstdint>
+#include "arrays/elementclass.h"
 
 /// From a class id to the C++ type in which its elements are stored, signed and unsigned apart: a cast to a wider or a
 /// floating type has to tell them apart.
@@ -20,42 +18,13 @@ constexpr bool isNumericClass(qxClassID id) { return id >= qxDOUBLE_CLASS && id 
 /// other.
 template <typename Visit>
 bool visitSource(qxClassID id, Visit&& visit) {
-    switch (id) {
-        case qxLOGICAL_CLASS:
-        case qxUINT8_CLASS:
-            visit(SourceElement<std::uint8_t>{});
+    return visitElementClass(
+        id,
+        [&](auto one) {
+            visit(SourceElement<typename decltype(one)::Stored>{});
             return true;
-        case qxCHAR_CLASS:
-        case qxUINT16_CLASS:
-            visit(SourceElement<std::uint16_t>{});
-            return true;
-        case qxDOUBLE_CLASS:
-            visit(SourceElement<double>{});
-            return true;
-        case qxSINGLE_CLASS:
-            visit(SourceElement<float>{});
-            return true;
-        case qxINT8_CLASS:
-            visit(SourceElement<std::int8_t>{});
-            return true;
-        case qxINT16_CLASS:
-            visit(SourceElement<std::int16_t>{});
-            return true;
-        case qxINT32_CLASS:
-            visit(SourceElement<std::int32_t>{});
-            return true;
-        case qxUINT32_CLASS:
-            visit(SourceElement<std::uint32_t>{});
-            return true;
-        case qxINT64_CLASS:
-            visit(SourceElement<std::int64_t>{});
-            return true;
-        case qxUINT64_CLASS:
-            visit(SourceElement<std::uint64_t>{});
-            return true;
-        default:
-            return false;
-    }
+        },
+        [] { return false; });
 }
 
 }  // namespace nativevrl
