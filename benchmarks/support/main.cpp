@@ -22,7 +22,7 @@ public:
         for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
                 nativevrl::bench::noteTime(run.run_name.function_name,
-                                           run.real_accumulated_time * 1e9 / static_cast<double>(run.iterations));
+                                           run.cpu_accumulated_time * 1e9 / static_cast<double>(run.iterations));
             }
         }
     }

@@ -1,14 +1,16 @@
 #pragma once
 
+#include "toarray/squareblock.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
 
-/// Rows that lie one behind another, written as columns. Elements are moved in square blocks that fit into a few
-/// registers where the processor is known to have them, and one by one elsewhere.
+/// Rows that lie one behind another, written as columns, in square blocks that fit into a few registers.
 namespace nativevrl::JConvert {
 
 constexpr std::size_t kCacheLine = 64;
@@ -30,20 +32,16 @@ struct Transposition {
     bool far;
 
     void run() const {
-#ifdef __SSE2__
         const std::size_t blockRows = rows / kSide * kSide;
         const std::size_t blockColumns = columns / kSide * kSide;
-        if (far && isLineAligned()) {
-            moveBlocks<true>(blockRows, blockColumns);
-            _mm_sfence();
+        if (kStreams && far && isLineAligned()) {
+            moveBlocks<kStreams>(blockRows, blockColumns);
+            finishStreams();
         } else {
             moveBlocks<false>(blockRows, blockColumns);
         }
         moveSingly(blockRows, rows, 0, blockColumns);
         moveSingly(0, rows, blockColumns, columns);
-#else
-        moveSingly(0, rows, 0, columns);
-#endif
     }
 
 private:
@@ -55,52 +53,12 @@ private:
         }
     }
 
-#ifdef __SSE2__
-    static constexpr std::size_t kSide = sizeof(__m128i) / sizeof(Element);
+    using Block = SquareBlock<Element>;
+    static constexpr std::size_t kSide = Block::size;
     static constexpr std::size_t kColumnsAhead = 8;
 
     bool isLineAligned() const {
         return reinterpret_cast<std::uintptr_t>(target) % kCacheLine == 0 && stride * sizeof(Element) % kCacheLine == 0;
-    }
-
-    static __m128i mixLow(__m128i a, __m128i b) {
-        switch (sizeof(Element)) {
-            case 1:
-                return _mm_unpacklo_epi8(a, b);
-            case 2:
-                return _mm_unpacklo_epi16(a, b);
-            case 4:
-                return _mm_unpacklo_epi32(a, b);
-            default:
-                return _mm_unpacklo_epi64(a, b);
-        }
-    }
-
-    static __m128i mixHigh(__m128i a, __m128i b) {
-        switch (sizeof(Element)) {
-            case 1:
-                return _mm_unpackhi_epi8(a, b);
-            case 2:
-                return _mm_unpackhi_epi16(a, b);
-            case 4:
-                return _mm_unpackhi_epi32(a, b);
-            default:
-                return _mm_unpackhi_epi64(a, b);
-        }
-    }
-
-    /// Rows to columns: each round interleaves the first half of the vectors with the second.
-    static void turn(__m128i (&block)[kSide]) {
-        for (std::size_t round = 1; round < kSide; round *= 2) {
-            __m128i mixed[kSide];
-            for (std::size_t i = 0; i < kSide / 2; ++i) {
-                mixed[2 * i] = mixLow(block[i], block[i + kSide / 2]);
-                mixed[2 * i + 1] = mixHigh(block[i], block[i + kSide / 2]);
-            }
-            for (std::size_t i = 0; i < kSide; ++i) {
-                block[i] = mixed[i];
-            }
-        }
     }
 
     template <bool streams>
@@ -110,22 +68,36 @@ private:
                 fetchAhead(column);
             }
             for (std::size_t row = 0; row < rowsEnd; row += kSide) {
-                __m128i block[kSide];
-                for (std::size_t i = 0; i < kSide; ++i) {
-                    block[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + (row + i) * pitch + column));
-                }
-                turn(block);
-                for (std::size_t i = 0; i < kSide; ++i) {
-                    auto* to = reinterpret_cast<__m128i*>(target + (column + i) * stride + row);
-                    if constexpr (streams) {
-                        _mm_stream_si128(to, block[i]);
-                    } else {
-                        _mm_storeu_si128(to, block[i]);
-                    }
+                Block block;
+                block.load(source + row * pitch + column, pitch);
+                block.transpose();
+                Element* to = target + column * stride + row;
+                if constexpr (streams) {
+                    streamBlock(block, to);
+                } else {
+                    block.store(to, stride);
                 }
             }
         }
     }
+
+#ifdef __SSE2__
+    static constexpr bool kStreams = true;
+
+    void streamBlock(const Block& block, Element* to) const {
+        for (std::size_t i = 0; i < kSide; ++i) {
+            __m128i line;
+            std::memcpy(&line, &block.lines[i], sizeof line);
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + i * stride), line);
+        }
+    }
+
+    static void finishStreams() { _mm_sfence(); }
+#else
+    static constexpr bool kStreams = false;
+
+    static void finishStreams() {}
+#endif
 
     void fetchAhead(std::size_t column) const {
         for (std::size_t ahead = column + kColumnsAhead; ahead < column + kColumnsAhead + kSide; ++ahead) {
@@ -134,7 +106,6 @@ private:
             }
         }
     }
-#endif
 };
 
 }  // namespace nativevrl::JConvert

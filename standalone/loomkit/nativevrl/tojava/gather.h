@@ -1,13 +1,11 @@
 #pragma once
 
 #include "proxies/numericcast.h"
+#include "toarray/squareblock.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <type_traits>
-#include <utility>
 
 /// Strided native elements as rows in a buffer. All strides are in elements.
 namespace nativevrl {
@@ -31,9 +29,8 @@ constexpr T asElement(S value) {
     }
 }
 
-/// Elements of a block: as many rows by as many columns as a vector of 16 bytes holds.
 template <typename S>
-constexpr std::size_t kBlock = 16 / sizeof(S);
+constexpr std::size_t kBlock = SquareBlock<S>::size;
 
 /// How many columns are read side by side: each row of the buffer then gets a run of stores.
 template <typename S>
@@ -61,69 +58,20 @@ void gatherPanel(const S* from, const GatherShape& shape, T* to, Width width) {
     }
 }
 
-/// Vectors of 16 bytes, by the width of an element.
-template <std::size_t width>
-struct Lanes;
-template <>
-struct Lanes<1> {
-    using Vector = std::int8_t __attribute__((vector_size(16)));
-};
-template <>
-struct Lanes<2> {
-    using Vector = std::int16_t __attribute__((vector_size(16)));
-};
-template <>
-struct Lanes<4> {
-    using Vector = std::int32_t __attribute__((vector_size(16)));
-};
-template <>
-struct Lanes<8> {
-    using Vector = std::int64_t __attribute__((vector_size(16)));
-};
-
-/// A block of elements by their bits, as one vector for each column or row of it.
-template <typename S>
-struct Block {
-    using Vector = typename Lanes<sizeof(S)>::Vector;
-    static constexpr std::size_t size = kBlock<S>;
-
-    Vector vectors[size];
-
-    /// Turns columns into rows. Each round interleaves the first half of the vectors with the second.
-    void transpose() { transposeRounds(std::make_integer_sequence<int, size>{}); }
-
-private:
-    template <int... lane>
-    void transposeRounds(std::integer_sequence<int, lane...>) {
-        constexpr int half = size / 2;
-        for (std::size_t round = 1; round < size; round *= 2) {
-            Block old = *this;
-            for (std::size_t i = 0; i < half; ++i) {
-                const Vector first = old.vectors[i];
-                const Vector second = old.vectors[i + half];
-                vectors[2 * i] = __builtin_shufflevector(first, second, (lane / 2 + lane % 2 * 2 * half)...);
-                vectors[2 * i + 1] = __builtin_shufflevector(first, second, (half + lane / 2 + lane % 2 * 2 * half)...);
-            }
-        }
-    }
-};
-
 /// A whole block of adjacent rows.
 template <typename T, typename S>
 void gatherBlock(const S* from, const GatherShape& shape, T* to) {
-    Block<S> block;
-    for (std::size_t column = 0; column < kBlock<S>; ++column) {
-        std::memcpy(&block.vectors[column], from + column * shape.columnStride, sizeof block.vectors[column]);
-    }
+    SquareBlock<S> block;
+    block.load(from, shape.columnStride);
     block.transpose();
-    for (std::size_t row = 0; row < kBlock<S>; ++row) {
-        if constexpr (std::is_same_v<T, S>) {
-            std::memcpy(to + row * shape.pitch, &block.vectors[row], sizeof block.vectors[row]);
-        } else {
-            S elements[kBlock<S>];
-            std::memcpy(elements, &block.vectors[row], sizeof elements);
+    if constexpr (std::is_same_v<T, S>) {
+        block.store(to, shape.pitch);
+    } else {
+        S elements[kBlock<S> * kBlock<S>];
+        block.store(elements, kBlock<S>);
+        for (std::size_t row = 0; row < kBlock<S>; ++row) {
             for (std::size_t column = 0; column < kBlock<S>; ++column) {
-                to[row * shape.pitch + column] = asElement<T>(elements[column]);
+                to[row * shape.pitch + column] = asElement<T>(elements[row * kBlock<S> + column]);
             }
         }
     }

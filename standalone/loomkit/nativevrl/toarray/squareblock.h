@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace nativevrl {
+
+/// Vectors of 16 bytes, by the width of an element.
+template <std::size_t width>
+struct Lanes;
+template <>
+struct Lanes<1> {
+    using Vector = std::int8_t __attribute__((vector_size(16)));
+};
+template <>
+struct Lanes<2> {
+    using Vector = std::int16_t __attribute__((vector_size(16)));
+};
+template <>
+struct Lanes<4> {
+    using Vector = std::int32_t __attribute__((vector_size(16)));
+};
+template <>
+struct Lanes<8> {
+    using Vector = std::int64_t __attribute__((vector_size(16)));
+};
+
+/// As many lines of elements as a vector has lanes, by their bits: a square that is turned in a few registers.
+template <typename Element>
+struct SquareBlock {
+    using Vector = typename Lanes<sizeof(Element)>::Vector;
+    static constexpr std::size_t size = sizeof(Vector) / sizeof(Element);
+
+    Vector lines[size];
+
+    /// Takes the block whose lines lie `pitch` elements apart.
+    void load(const Element* from, std::size_t pitch) {
+        for (std::size_t i = 0; i < size; ++i) {
+            std::memcpy(&lines[i], from + i * pitch, sizeof lines[i]);
+        }
+    }
+
+    void store(Element* to, std::size_t pitch) const {
+        for (std::size_t i = 0; i < size; ++i) {
+            std::memcpy(to + i * pitch, &lines[i], sizeof lines[i]);
+        }
+    }
+
+    /// Turns columns into rows. Each round interleaves the first half of the lines with the second.
+    void transpose() { transposeRounds(std::make_integer_sequence<int, size>{}); }
+
+private:
+    template <int... lane>
+    void transposeRounds(std::integer_sequence<int, lane...>) {
+        constexpr int half = size / 2;
+        for (std::size_t round = 1; round < size; round *= 2) {
+            const SquareBlock old = *this;
+            for (std::size_t i = 0; i < half; ++i) {
+                const Vector& first = old.lines[i];
+                const Vector& second = old.lines[i + half];
+                lines[2 * i] = __builtin_shufflevector(first, second, (lane / 2 + lane % 2 * 2 * half)...);
+                lines[2 * i + 1] = __builtin_shufflevector(first, second, (half + lane / 2 + lane % 2 * 2 * half)...);
+            }
+        }
+    }
+};
+
+}  // namespace nativevrl
