@@ -81,9 +81,13 @@ void addNested(JNIEnv* env, const std::string& name, const std::vector<std::size
     jobject data = keep(env, nestedCube<T>(env, extents));
     jclass objects = classNamed(env, "[Ljava/lang/Object;");
     jclass rows = classNamed(env, JPrimitive<T>::arrayClass);
-    addCase({"toarray/" + name, count, [=] { createFrom(env, data, classId); },
-             [=] { copyRows<T>(env, data, depth, objects, rows, blocks->to.data()); },
-             [=] { std::memcpy(blocks->to.data(), blocks->from.data(), count * sizeof(Target)); }});
+    Case one = {"toarray/" + name, count, [=] { createFrom(env, data, classId); },
+                [=] { copyRows<T>(env, data, depth, objects, rows, blocks->to.data()); },
+                [=] { std::memcpy(blocks->to.data(), blocks->from.data(), count * sizeof(Target)); }};
+    if (depth == 2) {
+        one.straight = [=] { scatterRows<T>(env, data, extents[0], objects, rows, blocks->to.data()); };
+    }
+    addCase(std::move(one));
 }
 
 jobject randomObjects(JNIEnv* env, const char* elementClass, std::size_t count, jobject (*make)(JNIEnv*, std::size_t)) {

@@ -12,6 +12,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nativevrl::bench {
@@ -93,20 +94,37 @@ std::function<void()> reading(JNIEnv* env, const std::shared_ptr<Source<T>>& sou
     };
 }
 
+/// Rows of T[m][n] out of column-major storage, each element by itself.
+template <typename T>
+jobject gatheredFrom(JNIEnv* env, const Extents& extents, const T* values) {
+    std::vector<T> line(extents[1]);
+    return nestedFrom(env, extents, 0, JPrimitive<T>::arrayClass, [&] {
+        for (std::uint32_t i = 0; i < extents[1]; ++i) {
+            line[i] = values[std::size_t{i} * extents[0]];
+        }
+        ++values;
+        return rowFrom(env, line.data(), extents[1]);
+    });
+}
+
 template <typename T>
 void addNested(JNIEnv* env, const std::string& name, const Extents& extents, qxClassID classId, Native native) {
     const std::size_t count = product(extents);
     const auto source = std::make_shared<Source<T>>(env, counting(extents, classId), count);
-    addCase({"tojava/" + name, count, reading(env, source, native), [=] {
-                 opened(env, *source, [&] {
-                     const T* values = source->block.data();
-                     return nestedFrom(env, extents, 0, JPrimitive<T>::arrayClass, [&] {
-                         jobject row = rowFrom(env, values, extents.back());
-                         values += extents.back();
-                         return row;
-                     });
-                 });
-             }});
+    Case one = {"tojava/" + name, count, reading(env, source, native), [=] {
+                    opened(env, *source, [&] {
+                        const T* values = source->block.data();
+                        return nestedFrom(env, extents, 0, JPrimitive<T>::arrayClass, [&] {
+                            jobject row = rowFrom(env, values, extents.back());
+                            values += extents.back();
+                            return row;
+                        });
+                    });
+                }};
+    if (extents.size() == 2) {
+        one.straight = [=] { opened(env, *source, [&] { return gatheredFrom(env, extents, source->block.data()); }); };
+    }
+    addCase(std::move(one));
 }
 
 void addFlat(JNIEnv* env, const std::string& name, std::uint32_t count, qxClassID classId) {

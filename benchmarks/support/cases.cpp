@@ -66,6 +66,7 @@ void addCase(Case one) {
     addBenchmark(one.name + "/ours", one.ours);
     addBenchmark(one.name + "/floor", one.floor);
     addBenchmark(one.name + "/copy", one.copy);
+    addBenchmark(one.name + "/straight", one.straight);
     cases().push_back(std::move(one));
 }
 
@@ -82,7 +83,8 @@ void noteTime(const std::string& benchmark, double nanoseconds) { times()[benchm
 void printRatios(std::ostream& out) {
     out << std::fixed << '\n'
         << std::left << std::setw(36) << "case" << std::right << std::setw(14) << "ours us" << std::setw(12)
-        << "ns/element" << std::setw(12) << "floor/ours" << std::setw(12) << "copy/ours" << '\n';
+        << "ns/element" << std::setw(12) << "floor/ours" << std::setw(12) << "copy/ours" << std::setw(15)
+        << "straight/ours" << '\n';
     for (const Case& one : cases()) {
         const double ours = medianOf(one.name + "/ours");
         if (ours == 0) {
@@ -92,6 +94,8 @@ void printRatios(std::ostream& out) {
             << ours / 1000 << std::setw(12) << std::setprecision(2) << ours / static_cast<double>(one.elements);
         printRatio(out, medianOf(one.name + "/floor"), ours);
         printRatio(out, medianOf(one.name + "/copy"), ours);
+        out << "   ";
+        printRatio(out, medianOf(one.name + "/straight"), ours);
         out << '\n';
     }
 }

@@ -19,9 +19,12 @@ struct Case {
     std::function<void()> floor;
     /// A plain copy of the same bytes; empty where there is no sense in it.
     std::function<void()> copy = {};
+    /// The calls of the floor, with each element moved by itself between its row and its place in the array; empty
+    /// where the rows of both lie alike.
+    std::function<void()> straight = {};
 };
 
-/// Adds a case; it runs as the benchmarks NAME/ours, NAME/floor and NAME/copy.
+/// Adds a case; it runs as the benchmarks NAME/ours, NAME/floor, NAME/copy and NAME/straight.
 void addCase(Case one);
 
 /// Adds the cases of a file once the virtual machine is there: `const CaseFile file(addMyCases);` at its end.
@@ -36,8 +39,8 @@ void addAllCases(JNIEnv* env);
 /// Notes one measured time, in nanoseconds, of a benchmark.
 void noteTime(const std::string& benchmark, double nanoseconds);
 
-/// Prints each case by the medians of what was noted: time in all and per element, and the floor's and the copy's
-/// time divided by ours.
+/// Prints each case by the medians of what was noted: time in all and per element, and the times of the others
+/// divided by ours.
 void printRatios(std::ostream& out);
 
 }  // namespace nativevrl::bench

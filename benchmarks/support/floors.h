@@ -35,21 +35,40 @@ void eachRow(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows,
     }
 }
 
-/// Measures the array and then copies its rows, one behind another, to `target`, with bare casts to its type.
-template <typename T, typename Target>
-void copyRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows, Target* target) {
+/// Measures the array and then pins its rows one after the other, for `copy` to take their elements.
+template <typename T, typename Copy>
+void takeRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows, Copy&& copy) {
     jsize longest = 0;
     eachRow<T>(env, array, depth, objects, rows,
                [&](auto, jsize length) { longest = length > longest ? length : longest; });
     eachRow<T>(env, array, depth, objects, rows, [&](auto row, jsize length) {
         T* elements = (env->*JPrimitive<T>::getElements)(row, nullptr);
+        copy(elements, static_cast<std::size_t>(length));
+        (env->*JPrimitive<T>::releaseElements)(row, elements, 0);
+    });
+}
+
+/// Takes the rows one behind another to `target`, with bare casts to its type.
+template <typename T, typename Target>
+void copyRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows, Target* target) {
+    takeRows<T>(env, array, depth, objects, rows, [&](const T* elements, std::size_t length) {
         if constexpr (std::is_same_v<T, Target>) {
-            std::memcpy(target, elements, sizeof(T) * static_cast<std::size_t>(length));
+            std::memcpy(target, elements, sizeof(T) * length);
         } else {
             std::transform(elements, elements + length, target, [](T value) { return static_cast<Target>(value); });
         }
-        (env->*JPrimitive<T>::releaseElements)(row, elements, 0);
         target += length;
+    });
+}
+
+/// Takes the rows of T[count][] to column-major storage at `target`, each element by itself.
+template <typename T, typename Target>
+void scatterRows(JNIEnv* env, jobject array, std::size_t count, jclass objects, jclass rows, Target* target) {
+    takeRows<T>(env, array, 2, objects, rows, [&](const T* elements, std::size_t length) {
+        for (std::size_t i = 0; i < length; ++i) {
+            target[i * count] = static_cast<Target>(elements[i]);
+        }
+        ++target;
     });
 }
 
