@@ -1,5 +1,7 @@
 #include "jzi/javaarray.h"
 
+#include "tether/jnicalls.h"
+
 #include <cstring>
 #include <memory>
 #include <new>
@@ -68,5 +70,12 @@ jobject mJava2jObject(const qxArray* array) {
         return nullptr;
     }
     const jzi::ThreadEnv env(held->vm);
-    return env.get() == nullptr ? nullptr : env.get()->NewGlobalRef(held->reference);
+    if (env.get() == nullptr) {
+        return nullptr;
+    }
+    jobject reference = env.get()->NewGlobalRef(held->reference);
+    if (reference == nullptr) {
+        tether::throwNamedException(env.get(), "java/lang/OutOfMemoryError");
+    }
+    return reference;
 }

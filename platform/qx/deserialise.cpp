@@ -7,7 +7,6 @@
 #include "serialform.h"
 #include "sparse.h"
 #include "storage.h"
-#include "unicode.h"
 
 namespace qx {
 
@@ -189,11 +188,11 @@ private:
                 return false;
             }
             std::string name(reinterpret_cast<const char*>(item.data), static_cast<std::size_t>(item.value));
-            const bool hasNul = name.find('\0') != std::string::npos;
-            if (name.empty() || hasNul || isUtf8(name) != (item.kind == CborItem::Kind::text)) {
+            const WrittenName given = {std::move(name), item.kind == CborItem::Kind::text};
+            if (given.bytes.empty() || !(given == writtenName(given.bytes))) {
                 return false;
             }
-            names.push_back(std::move(name));
+            names.push_back(given.bytes);
         }
         return areDistinct(names);
     }

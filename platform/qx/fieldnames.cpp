@@ -1,6 +1,7 @@
 #include "fieldnames.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "unicode.h"
 
@@ -37,6 +38,13 @@ int findName(const std::vector<std::string>& names, std::string_view name) {
     return positionOf(names, std::find_if(names.begin(), names.end(), [&](const std::string& candidate) {
                           return utf16FromUtf8(candidate) == units;
                       }));
+}
+
+WrittenName writtenName(std::string_view name) {
+    const std::u16string units = utf16FromUtf8(name);
+    std::string text = utf8FromUtf16(units);
+    const bool isText = text.find('\0') == std::string::npos && utf16FromUtf8(text) == units;
+    return {isText ? std::move(text) : modifiedUtf8FromUtf16(units), isText};
 }
 
 }  // namespace qx

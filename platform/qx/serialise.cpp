@@ -3,10 +3,10 @@
 #include <unordered_map>
 
 #include "cborwriter.h"
+#include "fieldnames.h"
 #include "serialform.h"
 #include "sparse.h"
 #include "storage.h"
-#include "unicode.h"
 
 namespace qx {
 
@@ -88,10 +88,11 @@ private:
     void writeFieldNames(const std::vector<std::string>& names) {
         writer_.writeArrayStart(names.size());
         for (const std::string& name : names) {
-            if (isUtf8(name)) {
-                writer_.writeText(name);
+            const WrittenName written = writtenName(name);
+            if (written.isText) {
+                writer_.writeText(written.bytes);
             } else {
-                writer_.writeBytes(name.data(), name.size());
+                writer_.writeBytes(written.bytes.data(), written.bytes.size());
             }
         }
     }

@@ -63,6 +63,10 @@ void qxSetCell(qxArray* array, std::size_t index, qxArray* value) {
     storage.slots()[index] = stored.release();
 }
 
+qxArray* qxWithoutCycle(const qxArray* array, qxArray* value) {
+    return qx::withoutCycle(qx::storageOf(array), qxArrayOwner(value)).release();
+}
+
 int qxAddField(qxArray* array, const char* name) try {
     qx::ArrayStorage& storage = qx::storageOf(array);
     if (!storage.fields || !qx::isFieldName(name)) {

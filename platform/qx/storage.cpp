@@ -66,6 +66,8 @@ void qxSetImagData(qxArray* array, void* imag) {
     qxArrayAccess::setFlag(array, qxCOMPLEX_FLAG, imag != nullptr);
 }
 
+void qxMoveImagData(qxArray* array, void* imag) { qx::storageOf(array).imag = imag; }
+
 void qxSetIr(qxArray* array, std::uint32_t* rowIndex) { qx::storageOf(array).rowIndex = rowIndex; }
 
 void qxSetJc(qxArray* array, std::uint32_t* columnStart) { qx::storageOf(array).columnStart = columnStart; }

@@ -109,15 +109,4 @@ std::string modifiedUtf8FromUtf16(std::u16string_view units) {
     return text;
 }
 
-bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const Sequence sequence = readSequence(text);
-        if (sequence.length == 0 || !isShortest(sequence) || isSurrogate(sequence.point)) {
-            return false;
-        }
-        text.remove_prefix(sequence.length);
-    }
-    return true;
-}
-
 }  // namespace qx

@@ -15,7 +15,4 @@ std::string utf8FromUtf16(std::u16string_view units);
 /// Modified UTF-8: every unit by itself, the unit 0 as two bytes.
 std::string modifiedUtf8FromUtf16(std::u16string_view units);
 
-/// Whether the text is well-formed UTF-8: shortest forms, no surrogates.
-bool isUtf8(std::string_view text);
-
 }  // namespace qx

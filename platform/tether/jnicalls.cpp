@@ -89,6 +89,7 @@ bool isExceptionThrown(JNIEnv* env, const char* className) {
 }
 
 jclass findClass(JNIEnv* env, const char* name) {
+    throwIfPending(env);
     jclass cls = env->FindClass(name);
     if (cls == nullptr) {
         throw FindClassException(name);
@@ -97,10 +98,12 @@ jclass findClass(JNIEnv* env, const char* name) {
 }
 
 jmethodID getMethodID(JNIEnv* env, jclass cls, const char* name, const char* signature) {
+    throwIfPending(env);
     return checked(env, env->GetMethodID(cls, name, signature));
 }
 
 jmethodID getStaticMethodID(JNIEnv* env, jclass cls, const char* name, const char* signature) {
+    throwIfPending(env);
     if (cls == nullptr) {
         throwNullPointer(env);
     }
@@ -177,11 +180,12 @@ jdouble callStaticMethodA<jdouble>(JNIEnv* env, jclass cls, jmethodID method, co
 }
 
 jobject newObjectA(JNIEnv* env, jclass cls, jmethodID constructor, const jvalue* arguments) {
-    jobject object = checked(env, env->NewObjectA(cls, constructor, arguments));
-    return object;
+    throwIfPending(env);
+    return checked(env, env->NewObjectA(cls, constructor, arguments));
 }
 
 jobjectArray newObjectArray(JNIEnv* env, jsize length, jclass elementClass) {
+    throwIfPending(env);
     return checked(env, env->NewObjectArray(length, elementClass, nullptr));
 }
 
@@ -200,10 +204,12 @@ void setObjectArrayElement(JNIEnv* env, jobjectArray array, int index, jobject v
 
 jstring newString(JNIEnv* env, const jchar* units, jsize length) {
     static constexpr jchar empty = 0;
+    throwIfPending(env);
     return checked(env, env->NewString(units == nullptr ? &empty : units, length));
 }
 
 jstring newStringUTF(JNIEnv* env, const char* text) {
+    throwIfPending(env);
     if (isModifiedUtf8(text)) {
         return checked(env, env->NewStringUTF(text));
     }

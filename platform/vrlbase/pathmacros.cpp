@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <new>
+#include <string>
 
 namespace {
 
@@ -23,9 +25,14 @@ void vrlSetPathMacro(const char* name, const char* path) {
     if (name == nullptr || path == nullptr || *name == '\0') {
         return;
     }
-    PathMacros& macros = pathMacros();
-    const std::lock_guard<std::mutex> lock(macros.mutex);
-    macros.paths[name] = path;
+    try {
+        std::string value(path);
+        PathMacros& macros = pathMacros();
+        const std::lock_guard<std::mutex> lock(macros.mutex);
+        macros.paths[name].swap(value);
+    } catch (const std::bad_alloc&) {
+        vrlWriteLog("A path macro was dropped: there is no memory for it\n");
+    }
 }
 
 std::string vrlExpandPathMacros(const std::string& path) {

@@ -13,6 +13,8 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <set>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -25,11 +27,14 @@ struct CloseFile {
 };
 using LogFile = std::unique_ptr<std::FILE, CloseFile>;
 
-/// The state of the runtime. The log has a lock of its own: it is written while others are held.
+/// The state of the runtime. While it doesn't run the options are the defaults and there is no log. The log has a lock
+/// of its own, taken last: it is written while others are held.
 struct Runtime {
     std::mutex mutex;
     bool running = false;
     vrlbase::Options options;
+    std::set<std::string> logFileNames;  ///< every one so far: callers hold pointers into them
+    const char* logFileName = "";
     std::vector<void (*)()> terminationHooks;
     boost::shared_ptr<jzi::JavaVMConfig> javaVMConfig;
 
@@ -54,13 +59,13 @@ LogFile openLog(const std::string& name) {
     return log;
 }
 
+/// Takes the options over, with the open log that they name, as one step. The old ones go after the locks.
 void adopt(Runtime& state, vrlbase::Options options, LogFile log, bool running) {
-    {
-        const std::lock_guard<std::mutex> lock(state.mutex);
-        std::swap(state.options, options);
-        state.running = running;
-    }
-    const std::lock_guard<std::mutex> lock(state.logMutex);
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.logFileName = options.logFile.empty() ? "" : state.logFileNames.insert(options.logFile).first->c_str();
+    std::swap(state.options, options);
+    state.running = running;
+    const std::lock_guard<std::mutex> logLock(state.logMutex);
     state.log.swap(log);
 }
 
@@ -71,12 +76,25 @@ T read(T Runtime::*member) {
     return state.*member;
 }
 
+template <typename T>
+T readOption(T vrlbase::Options::*member) {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return state.options.*member;
+}
+
 }  // namespace
 
 void vrlInitializeApplicationImpl(const char** options, unsigned count) {
     vrlbase::Options parsed = vrlbase::parseOptions(options, count);
     LogFile log = openLog(parsed.logFile);
     adopt(runtime(), std::move(parsed), std::move(log), true);
+}
+
+void vrlStartIfStopped() {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.running = true;
 }
 
 void vrlTerminateApplicationImpl() {
@@ -102,15 +120,11 @@ bool vrlIsKRTInitialized() { return read(&Runtime::running); }
 
 bool vrlIsKcc() { return false; }
 
-bool vrlIsJVMEnabled() { return !read(&Runtime::options).noJvm; }
+bool vrlIsJVMEnabled() { return !readOption(&vrlbase::Options::noJvm); }
 
-bool vrlIsNoDisplaySet() { return read(&Runtime::options).noDisplay; }
+bool vrlIsNoDisplaySet() { return readOption(&vrlbase::Options::noDisplay); }
 
-const char* vrlGetLogFileName() {
-    Runtime& state = runtime();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    return state.options.logFile.c_str();
-}
+const char* vrlGetLogFileName() { return read(&Runtime::logFileName); }
 
 bool vrlSetZvmState(int state, boost::shared_ptr<jzi::JavaVMConfig> config) {
     constexpr int insideRunningMachine = 4;
@@ -135,7 +149,7 @@ void vrlWriteLog(const char* text) {
 }
 
 std::string vrlGetCacheDirectory() {
-    const std::string chosen = read(&Runtime::options).cacheDirectory;
+    const std::string chosen = readOption(&vrlbase::Options::cacheDirectory);
     if (!chosen.empty()) {
         return vrlFileSystemPath(chosen);
     }

@@ -46,7 +46,7 @@ LoadedComponent::LoadedComponent(void* handle, boost::shared_ptr<vrlExtractedCom
     }
 }
 
-LoadedComponent::~LoadedComponent() { output_->replace({}); }
+LoadedComponent::~LoadedComponent() { output_->drop(); }
 
 const RunnableFunction& LoadedComponent::function(const std::string& name) const {
     const auto found = functions_.find(name);

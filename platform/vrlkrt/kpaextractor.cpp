@@ -138,7 +138,7 @@ vrlExtractedComponentFactory vrlMakeComponentCacheExtractedComponentFactory(vrlk
 }
 
 vrlExtractedComponentFactory vrlMakeDirectoryExtractedComponentFactory(vrlkrt::KpaExtractor extractor,
-                                                                       dsPathString_<dsMBCSSafeString> folder) {
+                                                                       const dsPathString_<dsMBCSSafeString>& folder) {
     return vrlkrt::makeFactory(std::move(extractor),
                                [path = vrlPlatformPath(folder)](const vrlkrt::ComponentArchive& archive) {
                                    return vrlkrt::placeInFolder(archive, path);

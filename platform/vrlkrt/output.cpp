@@ -5,7 +5,9 @@
 #include "jzi/javaarray.h"
 #include "vrlbase/runtime.h"
 
+#include <cstddef>
 #include <exception>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -41,11 +43,14 @@ bool handOver(const vrlPrintHandler& handler, const char* text) {
 
 Output::Output(PrintHandlers handlers) { replace(std::move(handlers)); }
 
-void Output::replace(PrintHandlers handlers) {
-    // Declared before the lock: the old handlers, which may print as they end, go after it.
-    auto next = std::make_shared<const PrintHandlers>(std::move(handlers));
+void Output::replace(PrintHandlers handlers) { exchange(std::make_shared<const PrintHandlers>(std::move(handlers))); }
+
+void Output::drop() { exchange(nullptr); }
+
+void Output::exchange(std::shared_ptr<const PrintHandlers> handlers) {
+    // The argument goes after the lock: the old handlers may print as they end.
     const std::lock_guard<std::mutex> lock(mutex_);
-    handlers_.swap(next);
+    handlers_.swap(handlers);
 }
 
 void Output::print(Channel channel, const char* text) const {
@@ -66,8 +71,9 @@ void Output::print(Channel channel, const char* text) const {
 }
 
 Output& defaultOutput() {
-    // Left to the process's end: the handlers hold references of a virtual machine that may be gone by then.
-    static Output& instance = *new Output;
+    // Never ended: the handlers hold references of a virtual machine that may be gone when static objects go.
+    alignas(Output) static std::byte storage[sizeof(Output)];
+    static Output& instance = *new (storage) Output;
     return instance;
 }
 
@@ -78,5 +84,9 @@ void printWarning(const Output& output, const char* message) {
 }  // namespace vrlkrt
 
 void vrlSetDefaultPrintHandlers(const vrlPrintHandler& first, const vrlPrintHandler& second) {
-    vrlkrt::defaultOutput().replace({first, second});
+    try {
+        vrlkrt::defaultOutput().replace({first, second});
+    } catch (const std::bad_alloc&) {
+        vrlkrt::defaultOutput().drop();
+    }
 }

@@ -24,6 +24,8 @@ public:
 
     /// Replaces the handlers. The old ones end when nobody prints through them any more.
     void replace(PrintHandlers handlers);
+    /// Gives up the handlers, needing no memory for it.
+    void drop();
 
     /// Prints a UTF-8 text (null is fine), converted to the local code page. It goes to the log when there is no
     /// handler or the handler fails. The handler runs outside of the call scope of arrays, and no Java exception is
@@ -31,6 +33,8 @@ public:
     void print(Channel channel, const char* text) const;
 
 private:
+    void exchange(std::shared_ptr<const PrintHandlers> handlers);
+
     mutable std::mutex mutex_;
     std::shared_ptr<const PrintHandlers> handlers_;
 };

@@ -20,15 +20,13 @@ void endAllInstances() { instances().endAll(); }
 /// An instance may be the first that is asked of the runtime.
 void startRuntime() {
     vrlOnTermination(endAllInstances);
-    if (!vrlIsKRTInitialized()) {
-        vrlInitializeApplicationImpl(nullptr, 0);
-    }
+    vrlStartIfStopped();
 }
 
 }  // namespace
 
 void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrintHandler& second,
-                                     vrlExtractedComponentFactory factory) try {
+                                     const vrlExtractedComponentFactory& factory) try {
     startRuntime();
     if (factory.empty()) {
         throw vrlBaseException("there is no way to the component");

@@ -68,7 +68,7 @@ TEST(KpaExtractor, FailsWithoutAnArchive) {
 TEST(KpaExtractor, RefusesABlockOfNegativeLength) {
     char byte = 0;
     EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(&byte, -1); }).find("-1"), std::string::npos);
-    EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(nullptr, 4); }).find("4"), std::string::npos);
+    EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(nullptr, 4); }).find('4'), std::string::npos);
     EXPECT_EQ(vrlGetKpaStreamFromArraySrc(nullptr, 0)->get(), std::istream::traits_type::eof());
 }
 

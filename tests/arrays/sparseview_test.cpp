@@ -229,6 +229,12 @@ TEST_F(SparseView, MovesAnImaginaryPartThatCameThroughAnotherHeader) {
     for (const jint index : {0, 1, 2, 3}) {
         EXPECT_EQ(getAt(JavaType<jdouble>{}, env, complex.handle, index, false), index == 2 ? 5 : 0) << index;
     }
+    EXPECT_EQ(real->capacity(), 4u);
+    EXPECT_FALSE(qxIsComplex(real.array.get())) << "the array that was written through stays real";
+    EXPECT_FALSE(real->hasComplexFlag());
+    EXPECT_EQ(real->imagData(), complex->imagData());
+    setAt(env, real.handle, jint{2}, jdouble{0}, true);
+    EXPECT_EQ(SparseArrayView(real.array.get()).count(), 3u) << "a real array knows no other part that is not zero";
 }
 
 TEST_F(SparseView, EndsAnArrayThatItOwns) {

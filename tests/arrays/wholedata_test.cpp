@@ -25,6 +25,12 @@ protected:
 
     qxArray* arrayOf(jobject wrapper) { return arrayIn(env, callObject(env, wrapper, "getValue", getValue)); }
 
+    jobject newCell(qxArray* array) {
+        return newObject(env, "com/norvane/toolbox/loomkit/NVCellArray",
+                         "(Lcom/norvane/toolbox/loomkit/internal/NativePtr;)V",
+                         {objectArgument(newHandle(env, array))});
+    }
+
     void close(jobject wrapper) { callVoid(env, wrapper, "close", "()V"); }
 };
 
@@ -124,6 +130,17 @@ TEST_F(WholeData, RefusesWhatHasNoSuchData) {
         << "a short source leaves the rest";
 }
 
+TEST_F(WholeData, GoesIntoASparseArrayUpToItsCapacity) {
+    const Held sparse(env, qxCreateSparse(40, 40, 2, qxREAL));
+    setAt(env, sparse.handle, jint{3}, jdouble{1}, true);
+    setAt(env, sparse.handle, jint{5}, jdouble{1}, true);
+    setData(sparse.handle, primitiveArray<jint>(env, std::vector<jint>(100000, 7)), true);
+    EXPECT_EQ(toVector<jdouble>(env, getData(sparse.handle, true)), (std::vector<jdouble>{7, 7}));
+    setData(sparse.handle, objectArray(env, "java/lang/Object", std::vector<jobject>(1000, boxed<jint>(env, 8))), true);
+    EXPECT_EQ(toVector<jdouble>(env, getData(sparse.handle, true)), (std::vector<jdouble>{8, 8}));
+    expectNoThrow(env);
+}
+
 TEST_F(WholeData, CellsAreReplacedAndReadAsSharedCopies) {
     const Held held(env, qxCreateCellMatrix(1, 2));
     const jobject gap = getCell(held.handle, 1);
@@ -146,16 +163,27 @@ TEST_F(WholeData, CellsAreReplacedAndReadAsSharedCopies) {
 TEST_F(WholeData, ACellThatIsPutIntoItselfHoldsACopy) {
     const Held held(env, qxCreateCellMatrix(1, 1));
     setCell(held.handle, 0, boxed<jint>(env, 7));
-    const jobject alias =
-        newObject(env, "com/norvane/toolbox/loomkit/NVCellArray", "(Lcom/norvane/toolbox/loomkit/internal/NativePtr;)V",
-                  {objectArgument(newHandle(env, qxCreateSharedDataCopy(held.array.get())))});
+    const jobject alias = newCell(qxCreateSharedDataCopy(held.array.get()));
     setCell(held.handle, 0, alias);
     expectNoThrow(env);
     const qxArray* inner = qxGetCell(held.array.get(), 0);
     ASSERT_NE(inner, nullptr);
     EXPECT_EQ(qxGetClassID(inner), qxCELL_CLASS);
     EXPECT_FALSE(qxSharesStorage(inner, held.array.get()));
+    EXPECT_EQ(qxGetClassID(qxGetCell(inner, 0)), qxINT32_CLASS) << "with what the cell held until then";
+    // Tables of so many elements fit no address space, so there is no room for another copy.
+    const Held huge(env, qxCreateCellMatrix(1, 8000));
+    for (std::size_t slot = 0; slot < 8000; ++slot) {
+        qxSetCell(huge.array.get(), slot, qxCreateSparse(1, 1, 0, qxREAL));
+        qxSetNzmax(qxGetCell(huge.array.get(), slot), 0xFFFFFFFF);
+    }
+    const jobject hugeAlias = newCell(qxCreateSharedDataCopy(huge.array.get()));
+    const qxArray* kept = qxGetCell(huge.array.get(), 7);
+    setCell(huge.handle, 7, hugeAlias);
+    expectThrown(env, "java/lang/OutOfMemoryError", nullptr);
+    EXPECT_EQ(qxGetCell(huge.array.get(), 7), kept);
     close(alias);
+    close(hugeAlias);
 }
 
 TEST_F(WholeData, SlotsOfStructsCountFields) {

@@ -1,7 +1,9 @@
 #include "tether/envinjector.h"
 #include "entry/librarystate.h"
 #include "support/jvmtest.h"
+#include "tether/globalref.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -103,6 +105,48 @@ TEST_F(EnvInjector, AttachesADetachedThreadOrSaysThatItCannot) {
     answers.attachResult = JNI_ERR;
     EXPECT_THROW(answers.injector(env).run(give), tether::AttachCurrentThreadError);
     EXPECT_EQ(answers.detached, 1) << "what was not attached is not detached";
+}
+
+/// A get-env function that counts its copies, and fails when told to.
+struct CountedGetEnv {
+    CountedGetEnv(JNIEnv* env, int& copies, const bool& fails) : env(env), copies(&copies), fails(&fails) {}
+    CountedGetEnv(const CountedGetEnv& other) : env(other.env), copies(other.copies), fails(other.fails) { ++*copies; }
+    CountedGetEnv& operator=(const CountedGetEnv&) = delete;
+    int operator()(JNIEnv** given) const {
+        if (*fails) {
+            throw std::runtime_error("no memory to attach");
+        }
+        *given = env;
+        return JNI_OK;
+    }
+
+    JNIEnv* env;
+    int* copies;
+    const bool* fails;
+};
+
+TEST_F(EnvInjector, AGlobalReferenceEndsThroughItsOwnInjectorAndLetsNothingOut) {
+    int copies = 0;
+    bool fails = false;
+    const JniCounter counter(env);
+    for (const int kept : {0, 1}) {
+        std::optional<tether::GlobalRef<jobject>> reference;
+        {
+            const CountedGetEnv getEnv(env, copies, fails);
+            const tether::JNIEnvInjector injector(getEnv, getEnv, [] { return JNI_OK; });
+            reference.emplace(injector, javaString(env, u"held"));
+        }
+        copies = 0;
+        fails = kept == 1;
+        EXPECT_EQ(counter.globalReferences(), 1);
+        jobject held = reference->get();
+        EXPECT_NO_THROW(reference.reset());
+        EXPECT_EQ(copies, 0);
+        EXPECT_EQ(counter.globalReferences(), kept);
+        if (kept == 1) {
+            env->DeleteGlobalRef(held);
+        }
+    }
 }
 
 TEST_F(EnvInjector, AnEmptyFunctionFailsOnceItIsNeeded) {

@@ -136,15 +136,15 @@ TEST_F(Feval, AnInputThatMakesNoArrayEndsTheCallBeforeItRuns) {
 }
 
 struct IteratorFailure {
-    bool ofInputs;
     const char* operation;
     int place;
+    bool ofInputs;
 };
 
 TEST_F(Feval, AnExceptionOfAnIteratorArrivesUnchanged) {
     const IteratorFailure failures[] = {
-        {true, "hasNext", 0}, {true, "next", 0},     {true, "hasNext", 1}, {true, "next", 1},
-        {true, "hasNext", 2}, {false, "hasNext", 0}, {false, "next", 0},
+        {"hasNext", 0, true}, {"next", 0, true},     {"hasNext", 1, true}, {"next", 1, true},
+        {"hasNext", 2, true}, {"hasNext", 0, false}, {"next", 0, false},
     };
     const std::size_t before = qxLiveArrayCount();
     for (const IteratorFailure& failure : failures) {
@@ -169,6 +169,16 @@ TEST_F(Feval, AFailedSetLeavesTheOtherResultsToTheCall) {
     run(places(env, objects({nullptr}), "set", 0), 1, u"same", places(env, objects({reference})), 1);
     expectThrown(env, "java/lang/IllegalStateException", "set fails at 0");
     EXPECT_EQ(counter.globalReferences(), 0);
+    const std::size_t before = qxLiveArrayCount();
+    for (int place = 0; place < 2; ++place) {
+        jobjectArray results = objects({nullptr, nullptr});
+        run(places(env, results, "set", place), 2, u"count", places(env, objects({})), 0);
+        expectThrown(env, "java/lang/IllegalStateException", ("set fails at " + std::to_string(place)).c_str());
+        EXPECT_EQ(qxLiveArrayCount() - before, static_cast<std::size_t>(place) + 1) << "what Java was given";
+        EXPECT_EQ(scalarOf(elementAt(env, results, static_cast<std::size_t>(place))), 2 * place);
+        closeAll(results);
+        EXPECT_EQ(qxLiveArrayCount(), before);
+    }
 }
 
 TEST_F(Feval, ResultsThatFoundNoPlaceAreEnded) {

@@ -104,6 +104,30 @@ TEST_F(VmConfig, AFailureCarriesTheTextOfTheJavaException) {
     expectThrown(env, "java/lang/IllegalStateException", "nothing to load");
 }
 
+TEST_F(VmConfig, AMachineThatIsOutOfReachOnceLeavesNoReference) {
+    constexpr int reachings = 3;
+    for (int missed = 1; missed <= reachings + 1; ++missed) {
+        const JniCounter counter(env);
+        {
+            int left = 0;
+            const auto getEnv = [&](JNIEnv** given) {
+                *given = --left == 0 ? nullptr : env;
+                return JNI_OK;
+            };
+            const tether::JNIEnvInjector injector(getEnv, getEnv, [] { return JNI_OK; });
+            JavaVMConfigLoomkit loader(javaVm(), {injector, findClass(env, standIn)});
+            left = missed;
+            try {
+                env->DeleteGlobalRef(loader.loadOJI("-Djava.class.path=x", "-Djava.library.path=y"));
+                EXPECT_GT(missed, reachings);
+            } catch (const JavaVMConfigException&) {
+                EXPECT_LE(missed, reachings);
+            }
+        }
+        EXPECT_EQ(counter.globalReferences(), 0) << "missed " << missed;
+    }
+}
+
 TEST_F(VmConfig, TheRuntimeIsConfiguredOnceByWhoeverComesFirst) {
     for (int round = 0; round < 20; ++round) {
         forgetStartup();

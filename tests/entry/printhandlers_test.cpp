@@ -69,9 +69,10 @@ TEST_F(PrintHandlers, EveryCopyOwnsAReference) {
     {
         const JavaPrintHandler first(*sharedEnvInjector, target);
         EXPECT_EQ(counter.globalReferences(), 1);
-        const JavaPrintHandler second(first);
-        const boost::function<int(const char*)> function = second;
+        const std::vector<JavaPrintHandler> copies(2, first);
         EXPECT_EQ(counter.globalReferences(), 3);
+        const boost::function<int(const char*)> function = copies[0];
+        EXPECT_EQ(counter.globalReferences(), 4);
         EXPECT_EQ(function("x"), 0);
     }
     EXPECT_EQ(counter.globalReferences(), 0);

@@ -35,7 +35,7 @@ struct Case {
     Expected expected;
 };
 
-Case text(const char* name, std::u16string value, const Expected& expected) {
+Case text(const char* name, const std::u16string& value, const Expected& expected) {
     return {name, [value](JNIEnv* env) { return javaString(env, value); }, expected};
 }
 
@@ -139,9 +139,9 @@ TEST_F(ObjectReads, TriesItsParsersInAFixedOrder) {
     const auto parserCalls = [&](const std::function<void()>& read) {
         const JniCounter counter(env);
         EXPECT_THROW(read(), JNumberFormatException);
-        const std::vector<int> calls = {counter.calls(&JNINativeInterface_::CallStaticIntMethodA),
-                                        counter.calls(&JNINativeInterface_::CallStaticDoubleMethodA),
-                                        counter.calls(&JNINativeInterface_::CallStaticLongMethodA)};
+        std::vector<int> calls = {counter.calls(&JNINativeInterface_::CallStaticIntMethodA),
+                                  counter.calls(&JNINativeInterface_::CallStaticDoubleMethodA),
+                                  counter.calls(&JNINativeInterface_::CallStaticLongMethodA)};
         expectThrownClass(env, "java/lang/NumberFormatException");
         return calls;
     };

@@ -1,6 +1,9 @@
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
-#include "tether/exceptions.h"
+#include "tether/jnicalls.h"
+
+#include <functional>
+#include <iterator>
 
 namespace nativevrl::test {
 
@@ -87,6 +90,30 @@ TEST_F(References, AFailedReferenceIsToldApartFromNull) {
     }
     expectThrownClass(env, "java/lang/OutOfMemoryError");
     EXPECT_TRUE(same(env, proxy.ref(), object)) << "a failed assignment changes nothing";
+}
+
+TEST_F(References, NothingIsMadeWhileAnExceptionIsPending) {
+    jclass cls = findClass(env, "java/lang/IllegalStateException");
+    jclass math = findClass(env, "java/lang/Math");
+    jmethodID constructor = tether::getMethodID(env, cls, "<init>", "()V");
+    const std::function<void()> makers[] = {
+        [&] { tether::findClass(env, "java/lang/Object"); },
+        [&] { tether::getMethodID(env, cls, "getMessage", "()Ljava/lang/String;"); },
+        [&] { tether::getStaticMethodID(env, math, "abs", "(I)I"); },
+        [&] { tether::newObjectA(env, cls, constructor, nullptr); },
+        [&] { tether::newObjectArray(env, 2, cls); },
+        [&] { tether::newString(env, nullptr, 0); },
+        [&] { tether::newStringUTF(env, "text"); },
+    };
+    for (std::size_t i = 0; i < std::size(makers); ++i) {
+        SCOPED_TRACE(i);
+        makers[i]();
+        env->ThrowNew(cls, "earlier");
+        const JniCounter counter(env);
+        EXPECT_THROW(makers[i](), tether::Exception);
+        EXPECT_EQ(counter.localReferences(), 0);
+        expectThrown(env, "java/lang/IllegalStateException", "earlier");
+    }
 }
 
 TEST_F(References, AClassReferenceLeavesTheLookedUpReferenceToTheNative) {

@@ -106,13 +106,17 @@ TEST_F(Wrappers, OfAnArrayWithoutAnObjectAreNullAndConsumeIt) {
 TEST_F(Wrappers, AJavaObjectThatCannotBeWrappedLeavesTheArrayToTheCaller) {
     const qxArrayOwner array(javaObjectArray(env, javaString(env, u"held")));
     const JniCounter counter(env);
-    {
-        const JniFaults faults(env, &JNINativeInterface_::NewObjectA, 1);
-        EXPECT_THROW(NewJNVArrayProxy(env, array.get()), tether::Exception);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    EXPECT_EQ(counter.globalReferences(), 0);
-    EXPECT_TRUE(ojIsJavaArray(array.get()));
+    const auto failing = [&](auto function) {
+        {
+            const JniFaults faults(env, function, 1);
+            EXPECT_THROW(NewJNVArrayProxy(env, array.get()), tether::Exception);
+        }
+        expectThrownClass(env, "java/lang/OutOfMemoryError");
+        EXPECT_EQ(counter.globalReferences(), 0);
+        EXPECT_TRUE(ojIsJavaArray(array.get()));
+    };
+    failing(&JNINativeInterface_::NewObjectA);
+    failing(&JNINativeInterface_::NewGlobalRef);
 }
 
 }  // namespace

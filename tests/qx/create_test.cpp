@@ -84,12 +84,16 @@ TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     EXPECT_FALSE(doubles({kTooLong, 0}));
     EXPECT_FALSE(doubles({0, 1, kTooLong}));
     EXPECT_FALSE(doubles({65536, 65536}));
-    EXPECT_FALSE(doubles({65536, 65536, 0}));
     EXPECT_FALSE(doubles({0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF}));
     EXPECT_FALSE(qxCreateCellMatrix(65536, 65536));
     EXPECT_FALSE(qxCreateCellMatrix(kTooLong, 0));
     const char* names[] = {"a"};
     EXPECT_FALSE(qxCreateStructMatrix(65536, 65536, 1, names));
+    const std::uint32_t zeroBehind[] = {65536, 65536, 0};
+    EXPECT_FALSE(qxCreateNumericArray(3, zeroBehind, qxDOUBLE_CLASS, qxREAL));
+    EXPECT_FALSE(qxCreateNumericArray(3, zeroBehind, qxUNKNOWN_CLASS, qxREAL));
+    EXPECT_FALSE(qxCreateCellArray(3, zeroBehind));
+    EXPECT_FALSE(qxCreateStructArray(3, zeroBehind, 1, names));
     EXPECT_FALSE(qxMalloc(std::size_t{1} << 50U));
     const qxArrayOwner hollow = doubles({0, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF});
     ASSERT_TRUE(hollow);

@@ -73,8 +73,8 @@ bool sameTables(const qxArray* first, const qxArray* second) {
 bool sameFields(const qxArray* first, const qxArray* second) {
     const std::uint32_t count = first->get_number_of_struct_fields();
     for (std::uint32_t field = 0; field < count; ++field) {
-        const char* name = second->get_struct_field_name_by_number(field);
-        if (name == nullptr || std::string(first->get_struct_field_name_by_number(field)) != name) {
+        const char* name = first->get_struct_field_name_by_number(field);
+        if (qxGetFieldNumber(second, name) != static_cast<int>(field)) {
             return false;
         }
     }

@@ -53,6 +53,31 @@ TEST_F(SerialForm, DoesNotDependOnHowAnArrayCameAbout) {
     EXPECT_EQ(formOf(plainTruth.get()), formOf(otherTruth.get()));
 }
 
+TEST_F(SerialForm, HoldsEqualFieldNamesInOneForm) {
+    // Plain and modified UTF-8, a damaged byte and what stands for it, a pair in either kind beside a lone surrogate.
+    const char* const same[][2] = {{"\xF0\x9D\x92\x9C", "\xED\xA0\xB5\xED\xB2\x9C"},
+                                   {"\xFF", "\xEF\xBF\xBD"},
+                                   {"\xED\xA0\x80\xF0\x9D\x92\x9C", "\xED\xA0\x80\xED\xA0\xB5\xED\xB2\x9C"}};
+    for (const auto& names : same) {
+        std::vector<unsigned char> forms[2];
+        for (int kind = 0; kind < 2; ++kind) {
+            const char* name = names[kind];
+            const qxArrayOwner array(qxCreateStructMatrix(1, 1, 1, &name));
+            forms[kind] = formOf(array.get());
+            const qxArrayOwner back = arrayOf(forms[kind]);
+            ASSERT_TRUE(back) << name;
+            EXPECT_EQ(qxGetFieldNumber(back.get(), name), 0) << name;
+            EXPECT_EQ(formOf(back.get()), forms[kind]) << name;
+        }
+        EXPECT_EQ(forms[0], forms[1]) << names[0];
+    }
+    const char* withNul = "a\xC0\x80";
+    const qxArrayOwner array(qxCreateStructMatrix(1, 1, 1, &withNul));
+    const qxArrayOwner back = arrayOf(formOf(array.get()));
+    ASSERT_TRUE(back);
+    EXPECT_STREQ(back->get_struct_field_name_by_number(0), withNul);
+}
+
 TEST_F(SerialForm, TellsUnlikeArraysApart) {
     const qxArrayOwner row = rowOf({1, 2});
     const qxArrayOwner column = matrixOf<double>(qxDOUBLE_CLASS, 2, 1, {1, 2});

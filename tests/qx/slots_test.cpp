@@ -47,6 +47,25 @@ TEST_F(Slots, NeverHoldTheArrayThatTheyBelongTo) {
     EXPECT_EQ(formOf(self.get()).size(), 15U);
 }
 
+TEST_F(Slots, TellWhatTheyWouldHoldBeforeAnythingEnds) {
+    const qxArrayOwner cell(qxCreateCellMatrix(1, 1));
+    qxSetCell(cell.get(), 0, qxCreateDoubleScalar(3));
+    qxArray* harmless = qxCreateDoubleScalar(1);
+    EXPECT_EQ(qxWithoutCycle(cell.get(), harmless), harmless);
+    qxDestroyArray(harmless);
+    const qxArrayOwner copy(qxWithoutCycle(cell.get(), qxCreateSharedDataCopy(cell.get())));
+    EXPECT_FALSE(qxSharesStorage(copy.get(), cell.get()));
+    EXPECT_EQ(numberIn(qxGetCell(copy.get(), 0)), 3);
+
+    // Each copy keeps its capacity: so many tables of 2^32 elements fit no address space.
+    const qxArrayOwner huge(qxCreateCellMatrix(1, 8000));
+    for (std::size_t slot = 0; slot < 8000; ++slot) {
+        qxSetCell(huge.get(), slot, qxCreateSparse(1, 1, 0, qxREAL));
+        qxSetNzmax(qxGetCell(huge.get(), slot), 0xFFFFFFFF);
+    }
+    EXPECT_EQ(qxWithoutCycle(huge.get(), qxCreateSharedDataCopy(huge.get())), nullptr);
+}
+
 TEST_F(Slots, OfAStructLieFieldByField) {
     const char* names[] = {"a", "b"};
     const qxArrayOwner array(qxCreateStructMatrix(1, 2, 2, names));

@@ -157,7 +157,7 @@ TEST_F(JavaArray, CallsFailWithAReasonAndLeaveNothingPending) {
     const auto failureOf = [](const qxArray* object) {
         qxArray* result = nullptr;
         krtFailure* failure = krtCallJava(nullptr, object, "apply", 0, nullptr, &result, "x.cpp", 1);
-        const std::string message = failure == nullptr ? "" : krtFailureMessage(failure);
+        std::string message = failure == nullptr ? "" : krtFailureMessage(failure);
         krtReleaseFailure(failure);
         return message;
     };

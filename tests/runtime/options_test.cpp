@@ -53,9 +53,10 @@ TEST_F(Options, AreAllReadAndGoWithTheEnd) {
     EXPECT_TRUE(vrlIsKRTInitialized());
     EXPECT_FALSE(vrlIsJVMEnabled());
     EXPECT_TRUE(vrlIsNoDisplaySet());
-    EXPECT_EQ(vrlGetLogFileName(), log);
+    const char* name = vrlGetLogFileName();
     EXPECT_EQ(vrlGetCacheDirectory(), folder_);
     vrlTerminateApplicationImpl();
+    EXPECT_EQ(name, log) << "the name stays";
     EXPECT_FALSE(vrlIsKRTInitialized());
     EXPECT_TRUE(vrlIsJVMEnabled());
     EXPECT_FALSE(vrlIsNoDisplaySet());
@@ -68,7 +69,6 @@ TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
     const std::string log = file("log");
     start({"-logfile", log.c_str()});
     const std::string unwritable = file("no/such/folder");
-    const std::string plainFile = log;
     const struct {
         std::vector<const char*> options;
         std::vector<const char*> named;
@@ -78,7 +78,7 @@ TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
                  {{"-cachedir", "-nojvm"}, {"-cachedir", "DIR"}},
                  {{"-cachedir", ""}, {"-cachedir", "DIR"}},
                  {{"-nodisplay", "-logfile", unwritable.c_str()}, {"-logfile", unwritable.c_str()}},
-                 {{"-nodisplay", "-cachedir", plainFile.c_str()}, {"-cachedir", plainFile.c_str()}}};
+                 {{"-nodisplay", "-cachedir", log.c_str()}, {"-cachedir", log.c_str()}}};
     for (const auto& wrong : cases) {
         const std::string message = failureOf(wrong.options);
         for (const char* named : wrong.named) {
@@ -97,6 +97,27 @@ TEST_F(Options, OfASecondStartReplaceTheFirst) {
     EXPECT_TRUE(vrlIsKRTInitialized());
     EXPECT_FALSE(vrlIsNoDisplaySet());
     EXPECT_FALSE(vrlIsJVMEnabled());
+}
+
+TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
+    for (int round = 0; round < 200; ++round) {
+        const std::string logs[] = {file("one"), file("two")};
+        std::vector<std::thread> starters;
+        for (const std::string& log : logs) {
+            starters.emplace_back([&log] { start({"-nodisplay", "-logfile", log.c_str()}); });
+            starters.emplace_back(vrlStartIfStopped);
+        }
+        for (std::thread& starter : starters) {
+            starter.join();
+        }
+        EXPECT_TRUE(vrlIsNoDisplaySet()) << "round " << round;
+        vrlWriteLog("x");
+        EXPECT_EQ(contentOf(vrlGetLogFileName()), "x") << "round " << round;
+        vrlTerminateApplicationImpl();
+        for (const std::string& log : logs) {
+            std::filesystem::remove(log);
+        }
+    }
 }
 
 TEST_F(Options, ExpandMacrosInPaths) {

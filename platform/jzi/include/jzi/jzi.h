@@ -37,5 +37,6 @@ public:
 /// Whether an array (null is fine) wraps a Java object.
 bool ojIsJavaArray(const qxArray* array);
 
-/// A new global reference to the Java object in an array, the caller's to delete; null when it holds none.
+/// A new global reference to the Java object in an array, the caller's to delete; null when it holds none. When there
+/// is no reference to be had, java.lang.OutOfMemoryError is raised, and the result is null or a tether::Exception.
 jobject mJava2jObject(const qxArray* array);

@@ -228,8 +228,13 @@ std::string qxGetString(const qxArray* array);
 qxArray* qxGetCell(const qxArray* array, std::size_t index);
 /// Stores `value` (null is fine) in a cell or struct slot and takes it over. The old element is the caller's to end,
 /// also before the call. A value that shares storage with `array`, or holds such a one at any depth, is stored as a
-/// deep copy, so that no array holds itself. Where there is no slot `index` the value is ended.
+/// deep copy, so that no array holds itself; the slot is left empty when memory for that runs out. Where there is no
+/// slot `index` the value is ended.
 void qxSetCell(qxArray* array, std::size_t index, qxArray* value);
+/// Takes a value and gives what qxSetCell would store for it in `array`: the value itself, or the deep copy, which is
+/// free-standing. Null, with the value ended, when memory for the copy runs out. Who calls this before the old element
+/// ends can't lose that one for nothing.
+qxArray* qxWithoutCycle(const qxArray* array, qxArray* value);
 /// Adds a field at the end, null in every element. Returns its number, also of a field that exists; -1 on failure: no
 /// struct array, no name or an empty one, no memory. Names that differ only in the kind of UTF-8 are the same.
 int qxAddField(qxArray* array, const char* name);
@@ -244,6 +249,9 @@ qxArray* qxGetField(const qxArray* array, std::size_t element, const char* name)
 void qxSetData(qxArray* array, void* real);
 /// Also sets or clears the complex flag of this header.
 void qxSetImagData(qxArray* array, void* imag);
+/// Leaves the complex flag of this header as it is: a real array may share storage with a complex one, whose imaginary
+/// block an edit through the real one moves.
+void qxMoveImagData(qxArray* array, void* imag);
 void qxSetIr(qxArray* array, std::uint32_t* rowIndex);
 void qxSetJc(qxArray* array, std::uint32_t* columnStart);
 void qxSetNzmax(qxArray* array, std::uint32_t capacity);

@@ -3,6 +3,7 @@
 #include "tether/envinjector.h"
 #include "tether/jnicalls.h"
 
+#include <exception>
 #include <utility>
 
 namespace tether {
@@ -47,9 +48,9 @@ public:
     /// A thread that can't be attached any more leaves the reference to the virtual machine's end.
     ~GlobalRef() {
         try {
-            reset();
-        } catch (const Exception&) {
-            reference_ = nullptr;
+            deleteThrough(injector_);
+        } catch (const std::exception&) {
+            return;
         }
     }
 
@@ -59,12 +60,12 @@ public:
     /// Gives the global reference to the caller.
     [[nodiscard]] T release() noexcept { return std::exchange(reference_, nullptr); }
 
-    /// Deletes the global reference, attaching the thread for it if need be.
+    /// Deletes the global reference, attaching the thread for it if need be. When it throws, the reference is still
+    /// there.
     void reset() {
         if (reference_ != nullptr) {
-            T reference = release();
             const JNIEnvInjector injector = injector_;
-            injector.run([reference](JNIEnv* env) { env->DeleteGlobalRef(reference); });
+            deleteThrough(injector);
         }
     }
 
@@ -76,6 +77,12 @@ private:
     };
 
     GlobalRef(const JNIEnvInjector& injector, T local, const LocalEnd&) : GlobalRef(injector, local) {}
+
+    void deleteThrough(const JNIEnvInjector& injector) {
+        if (reference_ != nullptr) {
+            injector.run([this](JNIEnv* env) { env->DeleteGlobalRef(release()); });
+        }
+    }
 
     void swap(GlobalRef& other) noexcept {
         std::swap(injector_, other.injector_);

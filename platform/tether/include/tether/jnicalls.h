@@ -1,9 +1,10 @@
 #pragma once
 
 /// The JNI calls that can fail, with failure as an exception: each throws a tether::Exception, or one of its
-/// subclasses, when a Java exception is pending after the call or the call gave nothing, and never returns with
-/// a Java exception pending. A pending exception is never cleared, wrapped or replaced. Returned references are
-/// local references of the caller.
+/// subclasses, when a Java exception is pending or the call gave nothing. A pending exception is never cleared, wrapped
+/// or replaced. Calls that make something look for one first, so that none returns with an exception pending. Reads,
+/// which run once for each element of large arrays, look when they gave nothing: they may be called with nothing
+/// pending only. Returned references are local references of the caller.
 
 #include "tether/exceptions.h"
 
@@ -44,12 +45,14 @@ jobject newObjectA(JNIEnv* env, jclass cls, jmethodID constructor, const jvalue*
 
 /// An array with null elements.
 jobjectArray newObjectArray(JNIEnv* env, jsize length, jclass elementClass);
+/// A read.
 jobject getObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index);
 void setObjectArrayElement(JNIEnv* env, jobjectArray array, int index, jobject value);
 
 jstring newString(JNIEnv* env, const jchar* units, jsize length);
 /// From modified UTF-8; plain UTF-8 is read as well, and bytes that are neither become U+FFFD.
 jstring newStringUTF(JNIEnv* env, const char* text);
+/// Reads.
 const jchar* getStringChars(JNIEnv* env, jstring string);
 const char* getStringUTFChars(JNIEnv* env, jstring string);
 

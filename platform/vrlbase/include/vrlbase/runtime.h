@@ -11,13 +11,16 @@ void vrlWriteLog(const char* text);
 std::string vrlGetCacheDirectory();
 
 /// Gives `$(name)` in a path a meaning, in place of an earlier one. Without effect when either is null or the name
-/// empty.
+/// empty, and when there is no memory for it: the log tells so then.
 void vrlSetPathMacro(const char* name, const char* path);
 /// The path with every known `$(name)` replaced, once; unknown ones stay.
 std::string vrlExpandPathMacros(const std::string& path);
 /// A path as the file system is to get it. Text of Java may write a character as a pair of surrogates of three bytes
 /// each; the result has the one of four bytes in its place.
 std::string vrlFileSystemPath(std::string path);
+
+/// Starts the runtime with its defaults unless it runs. Never throws.
+void vrlStartIfStopped();
 
 /// Has `hook` called whenever the runtime stops, before the options go back to their defaults. Registering a hook
 /// again is without effect.

@@ -32,7 +32,8 @@ bool vrlIsKcc();
 bool vrlIsJVMEnabled();
 bool vrlIsNoDisplaySet();
 
-/// Name of the log file, "" when there is none. Owned by the runtime, valid until the next start or stop.
+/// Name of the log file, "" when there is none. Owned by the runtime, which keeps it to the
+/// process's end.
 const char* vrlGetLogFileName();
 
 /// Tells the runtime which virtual machine it lives with. State 4: inside one that runs already. False for any

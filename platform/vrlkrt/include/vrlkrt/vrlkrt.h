@@ -35,13 +35,13 @@ boost::shared_ptr<std::istream> vrlGetKpaStreamFromArraySrc(char* bytes, int len
 vrlExtractedComponentFactory vrlMakeComponentCacheExtractedComponentFactory(vrlkrt::KpaExtractor extractor);
 /// `folder` comes with backslashes for separators; on a platform of slashes each becomes a slash.
 vrlExtractedComponentFactory vrlMakeDirectoryExtractedComponentFactory(vrlkrt::KpaExtractor extractor,
-                                                                       dsPathString_<dsMBCSSafeString> folder);
+                                                                       const dsPathString_<dsMBCSSafeString>& folder);
 
 // ---- Instances. A handle is checked: 0, a foreign or a stale one is a vrlBaseException.
 
 /// Creates an instance and returns its handle. The first handler gets errors and warnings, the second ordinary output.
 void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrintHandler& second,
-                                     vrlExtractedComponentFactory factory);
+                                     const vrlExtractedComponentFactory& factory);
 /// Ends an instance. Waits for nobody: an evaluation under way keeps the component's code until it returns.
 void vrlTerminateInstanceInternal(void* handle);
 bool vrlWaitForFiguresToDieInternal(void* handle, bool force);
@@ -56,7 +56,8 @@ void vrlLoomkitFeval(void* handle, const char* name, int nlhs, qxArray** plhs, i
 
 // ---- Printing outside of an evaluation
 
-/// Stores copies; the first gets errors and warnings, the second ordinary output.
+/// Stores copies; the first gets errors and warnings, the second ordinary output. When there is no memory for them
+/// there are no handlers any more: text goes to the log.
 void vrlSetDefaultPrintHandlers(const vrlPrintHandler& first, const vrlPrintHandler& second);
 
 // ---- Text and hashes

@@ -26,8 +26,7 @@ E elementFrom(V value) {
 template <typename E>
 E elementFrom(const JObjectProxy& value) {
     if (value.isNull()) {
-        raise<tether::NullPointerException>(value.env(), "java/lang/NullPointerException",
-                                            "qxSetAt failed: NULL value");
+        tether::throwNullPointer(value.env());
     }
     return elementFrom<E>(value.as<E>());
 }

@@ -23,10 +23,15 @@ qxArrayOwner elementFromJava(JNIEnv* env, jobject value) {
     return element;
 }
 
-/// The old element ends only once the new one is there.
-void replaceSlot(qxArray* array, std::size_t slot, qxArrayOwner element) {
+/// The old element ends only once the new one is there. One that holds the array itself is stored as a copy, which
+/// raises java.lang.OutOfMemoryError when it can't be made.
+void replaceSlot(JNIEnv* env, qxArray* array, std::size_t slot, qxArrayOwner element) {
+    qxArrayOwner storable(qxWithoutCycle(array, element.release()));
+    if (!storable) {
+        tether::throwOutOfMemory(env);
+    }
     qxDestroyArray(qxGetCell(array, slot));
-    qxSetCell(array, slot, element.release());
+    qxSetCell(array, slot, storable.release());
 }
 
 }  // namespace
@@ -44,6 +49,6 @@ void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetCell(JNIEnv* env, jcla
     guarded([&] {
         qxArray* array = openHandle(env, handle);
         checkSlot(env, array, index);
-        replaceSlot(array, static_cast<std::size_t>(index), elementFromJava(env, value));
+        replaceSlot(env, array, static_cast<std::size_t>(index), elementFromJava(env, value));
     });
 }

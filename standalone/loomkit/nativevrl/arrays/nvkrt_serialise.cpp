@@ -2,6 +2,7 @@
 
 #include "arrays/arrayhandle.h"
 #include "entry/boundary.h"
+#include "proxies/invariant.h"
 #include "proxies/jarrayproxy.h"
 #include "qx/arrayowner.h"
 #include "vrlkrt/vrlkrt.h"
@@ -31,6 +32,7 @@ jbyteArray serialise(JNIEnv* env, const qxArray* array) {
     if (serialised == nullptr) {
         return static_cast<jbyteArray>(NewJPrimitiveArrayProxy<jbyte>(env, 0).detach());
     }
+    stateInvariant(serialised != nullptr, "NULL != px", __FILE__, __LINE__);
     return toByteArray(env, serialised);
 }
 

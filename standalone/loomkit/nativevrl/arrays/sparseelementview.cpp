@@ -61,7 +61,9 @@ void SparseArrayView::attach(qxArray* array, bool owned) {
     owned_ = owned;
     rows_ = array->get_dimensions()[0];
     columns_ = static_cast<std::uint32_t>(qxGetN(array));
-    saved_ = {array->capacity(), array->rowIndexTable(), array->realData(), array->imagData()};
+    const bool isComplex = array->hasComplexFlag() && array->imagData() != nullptr;
+    saved_ = {array->capacity(), array->rowIndexTable(), array->realData(), array->imagData(), isComplex};
+    isComplex_ = isComplex;
     capacity_ = saved_.capacity;
     rowIndex_ = saved_.rowIndex;
     real_ = saved_.real;
@@ -92,10 +94,11 @@ void SparseArrayView::flush() {
     if (real_ != saved_.real) {
         qxSetData(array_, real_);
     }
-    if (imag_ != saved_.imag) {
-        qxSetImagData(array_, imag_);
+    if (isComplex_ != saved_.isComplex || imag_ != saved_.imag) {
+        const auto setImag = isComplex_ ? qxSetImagData : qxMoveImagData;
+        setImag(array_, imag_);
     }
-    saved_ = {capacity_, rowIndex_, real_, imag_};
+    saved_ = {capacity_, rowIndex_, real_, imag_, isComplex_};
 }
 
 SparsePosition SparseArrayView::positionOf(std::size_t index) const noexcept {
@@ -114,8 +117,9 @@ void* SparseArrayView::elementAt(void* block, std::uint32_t stored) const noexce
 
 void* SparseArrayView::findElement(SparsePosition at, bool real) const noexcept {
     void* block = real ? real_ : imag_;
+    const bool isPart = block != nullptr && (real || isComplex_);
     const Range range = findRange(at);
-    return block != nullptr && range.isStored() ? elementAt(block, range.first) : nullptr;
+    return isPart && range.isStored() ? elementAt(block, range.first) : nullptr;
 }
 
 bool SparseArrayView::insertOrAssign(SparsePosition at, const void* value, bool real) {
@@ -134,7 +138,8 @@ bool SparseArrayView::providePart(bool real) {
     if (!real && imag_ == nullptr) {
         imag_ = qxCalloc(capacity_, elementSize_);
     }
-    return real || imag_ != nullptr;
+    isComplex_ = isComplex_ || (!real && imag_ != nullptr);
+    return real || isComplex_;
 }
 
 void SparseArrayView::moveTail(std::uint32_t from, std::uint32_t to) {

@@ -75,12 +75,13 @@ public:
     void flush();
 
 private:
-    /// What the array's storage holds for the view, apart from the column starts, which are edited in place.
+    /// What the array and its storage hold for the view, apart from the column starts, which are edited in place.
     struct Tables {
         std::uint32_t capacity = 0;
         std::uint32_t* rowIndex = nullptr;
         void* real = nullptr;
         void* imag = nullptr;
+        bool isComplex = false;
     };
 
     void end();
@@ -99,7 +100,8 @@ private:
     std::uint32_t* rowIndex_ = nullptr;
     std::uint32_t* columnStart_ = nullptr;  // the end of column c is columnStart_[c + 1]
     void* real_ = nullptr;
-    void* imag_ = nullptr;  // null unless some header over the storage is complex: it moves with the rest
+    void* imag_ = nullptr;    // null unless some header over the storage is complex: it moves with the rest
+    bool isComplex_ = false;  // whether this array is complex: to a real one `imag_` is no part of an element
     std::size_t elementSize_ = 0;
     Tables saved_;
 };

@@ -61,6 +61,33 @@ Result runtimeFacing(JNIEnv* env, const char* prefix, Result neutral, Body&& bod
     });
 }
 
+/// The shape of the native that runs functions: a failure with a stack goes to `report`, the other becomes an
+/// NVException with a message prefix.
+template <typename Body, typename Report>
+void evaluating(JNIEnv* env, const char* prefix, Body&& body, Report&& report) {
+    guarded([&] {
+        try {
+            std::forward<Body>(body)();
+        } catch (const Norvane::vrl::vrlBaseException& failure) {
+            std::forward<Report>(report)(failure);
+        } catch (const Norvane::vrl::vrlInternalException& failure) {
+            std::string message(prefix);
+            throwRuntimeFailure(env, message, failure);
+        }
+    });
+}
+
+/// The shape of the native that reports nothing of its own: a Java exception that is pending stays, any other failure
+/// is dropped.
+template <typename Body>
+void unreported(Body&& body) {
+    try {
+        std::forward<Body>(body)();
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
 /// The shape of natives that compute with subscripts, without a clause for casts of sizes.
 template <typename Result, typename Body>
 Result overflowGuarded(JNIEnv* env, Result neutral, Body&& body) {

@@ -48,7 +48,6 @@ int JavaPrintHandler::print(JNIEnv* env, const char* text) const {
     if (wide == nullptr) {
         return -1;
     }
-    tether::throwIfPending(env);
     JObjectRef string(env, nullptr);
     string.attach(tether::newString(env, reinterpret_cast<const jchar*>(wide.get()),
                                     static_cast<jsize>(utf16_strlen(wide.get()))));

@@ -43,9 +43,9 @@ std::string JavaVMConfigLoomkit::getJVMLocation() { return jvmLocation_; }
 jclass JavaVMConfigLoomkit::loadOJI(const std::string& classPathOption, const std::string& libraryPathOption) {
     const tether::JNIEnvInjector injector = hackClass_.injector();
     try {
-        jclass loaded = callLoadOJI(injector, classPathOption, libraryPathOption);
+        tether::GlobalRef<jclass> loaded = callLoadOJI(injector, classPathOption, libraryPathOption);
         hackClass_.reset();
-        return loaded;
+        return loaded.release();
     } catch (const tether::Exception& failure) {
         std::string text = failure.what();
         if (injector.run([](JNIEnv* env) { return env->ExceptionCheck(); }) != JNI_FALSE) {
@@ -56,8 +56,9 @@ jclass JavaVMConfigLoomkit::loadOJI(const std::string& classPathOption, const st
     }
 }
 
-jclass JavaVMConfigLoomkit::callLoadOJI(const tether::JNIEnvInjector& injector, const std::string& classPathOption,
-                                        const std::string& libraryPathOption) const {
+tether::GlobalRef<jclass> JavaVMConfigLoomkit::callLoadOJI(const tether::JNIEnvInjector& injector,
+                                                           const std::string& classPathOption,
+                                                           const std::string& libraryPathOption) const {
     return injector.run([&](JNIEnv* env) {
         const std::string classPath = textAfter(classPathOption, "-Djava.class.path=");
         const std::string libraryPath = textAfter(libraryPathOption, "-Djava.library.path=");
@@ -70,7 +71,7 @@ jclass JavaVMConfigLoomkit::callLoadOJI(const tether::JNIEnvInjector& injector, 
         arguments[1].l = libraryPathString.ref();
         jobject result = env->CallStaticObjectMethodA(hackClass_.get(), method, arguments);
         tether::throwIfPending(env);
-        return tether::GlobalRef<jclass>(injector, env, static_cast<jclass>(result)).release();
+        return tether::GlobalRef<jclass>(injector, env, static_cast<jclass>(result));
     });
 }
 

@@ -30,8 +30,8 @@ public:
     std::string getJVMLocation() override;
 
 private:
-    jclass callLoadOJI(const tether::JNIEnvInjector& injector, const std::string& classPathOption,
-                       const std::string& libraryPathOption) const;
+    tether::GlobalRef<jclass> callLoadOJI(const tether::JNIEnvInjector& injector, const std::string& classPathOption,
+                                          const std::string& libraryPathOption) const;
 
     JavaVM* javaVM_;
     tether::GlobalRef<jclass> hackClass_;

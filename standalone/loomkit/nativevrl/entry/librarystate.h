@@ -6,11 +6,12 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/once.hpp>
 
-/// What outlives a call, besides the class proxies. Written at load, emptied at unload, only read in between.
+/// What outlives a call, besides the class proxies. Written at load, emptied at unload, only read in between. None of
+/// it ends with the process: threads of the virtual machine may still run natives while static objects go.
 namespace nativevrl {
 
 /// Empty while the library is not loaded.
-extern boost::shared_ptr<tether::JNIEnvInjector> sharedEnvInjector;
+extern boost::shared_ptr<tether::JNIEnvInjector>& sharedEnvInjector;
 extern JavaVM* sharedJavaVM;
 /// Lets the first configuration of the runtime finish once.
 extern boost::once_flag krtStartupOnce;

@@ -1,5 +1,6 @@
 /// The native that runs a function of a component.
 
+#include "arrays/arrayhandle.h"
 #include "entry/boundary.h"
 #include "entry/localqxarraylist.h"
 #include "jzi/jzi.h"
@@ -57,7 +58,7 @@ jobject objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result) {
     if (result != nullptr && ojIsJavaArray(result)) {
         return NewJNVJavaObjectRefProxy(env, result, &instance).detach();
     }
-    return NewJNVArrayProxy(env, result).detach();
+    return NewJNVArrayProxy(env, freeForJava(result)).detach();
 }
 
 /// Hands the results over, one to each place of the iterator. An array stays in its slot until its object is made
@@ -117,14 +118,10 @@ void throwWithStack(JNIEnv* env, const Norvane::vrl::vrlBaseException& failure) 
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(JNIEnv* env, jclass, jobject instance, jstring function,
                                                               jint nlhs, jobject outputs, jint nrhs, jobject inputs) {
-    guarded([&] {
-        try {
+    evaluating(
+        env, "An unknown internal error has occurred while trying to run the TAVRIX function.\n",
+        [&] {
             evaluate(env, {instance, function, nlhs, outputs, nrhs, inputs});
-        } catch (const Norvane::vrl::vrlBaseException& failure) {
-            throwWithStack(env, failure);
-        } catch (const Norvane::vrl::vrlInternalException& failure) {
-            std::string message = "An unknown internal error has occurred while trying to run the TAVRIX function.\n";
-            throwRuntimeFailure(env, message, failure);
-        }
-    });
+        },
+        [&](const Norvane::vrl::vrlBaseException& failure) { throwWithStack(env, failure); });
 }

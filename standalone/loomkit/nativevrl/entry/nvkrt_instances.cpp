@@ -16,6 +16,8 @@
 #include <exception>
 #include <istream>
 #include <memory>
+#include <optional>
+#include <utility>
 
 using namespace nativevrl;
 
@@ -32,18 +34,35 @@ struct InstanceRequest {
     jobject first;
 };
 
-/// Reports a request that can't be met. The failure leaves by an ordinary return, so what was built so far ends in
-/// the usual order.
-std::nullptr_t refuse(JNIEnv* env, const char* message) {
+/// Reports a request that can't be met: always false. The failure leaves by an ordinary return, so what was built so
+/// far ends in the usual order.
+bool refuse(JNIEnv* env, const char* message) {
     tether::throwNamedException(env, nvExceptionClass, message);
-    return nullptr;
+    return false;
 }
 
-/// The archive's bytes, read from the Java stream to their announced length; null when the stream held fewer.
-std::unique_ptr<char[]> readArchive(JNIEnv* env, jobject inputStream, jint length) {
-    JInputStreamProxy stream(env, inputStream);
-    boost::iostreams::stream_buffer<JInputStreamProxySource> buffer(JInputStreamProxySource(&stream), -1, -1);
-    std::istream input(&buffer);
+/// A Java stream as the source of a native one.
+struct ArchiveStream {
+    ArchiveStream(JNIEnv* env, jobject inputStream)
+        : stream(env, inputStream), source(&stream), buffer(source, -1, -1) {}
+
+    JInputStreamProxy stream;
+    JInputStreamProxySource source;
+    boost::iostreams::stream_buffer<JInputStreamProxySource> buffer;
+};
+
+/// What one creation builds. It goes from the last member to the first, so nothing outlives what it was made over.
+struct Creation {
+    std::optional<ArchiveStream> stream;  ///< none without an archive
+    vrlkrt::KpaExtractor extractor;
+    boost::shared_ptr<std::istream> archive;  ///< the runtime's stream over the bytes
+    std::unique_ptr<char[]> bytes;
+    vrlExtractedComponentFactory factory;
+};
+
+/// The archive's bytes, read to their announced length; null when the stream held fewer.
+std::unique_ptr<char[]> readArchive(ArchiveStream& stream, jint length) {
+    std::istream input(&stream.buffer);
     // A negative length is asked for as the huge size that it is when taken as unsigned.
     std::unique_ptr<char[]> bytes(new char[static_cast<std::size_t>(length)]);
     if (!input.eof()) {
@@ -55,21 +74,39 @@ std::unique_ptr<char[]> readArchive(JNIEnv* env, jobject inputStream, jint lengt
     return bytes;
 }
 
-/// The folder that Java named, in normal form, or no folder: then a failure is reported.
-vrlExtractedComponentFactory directoryFactory(JNIEnv* env, const vrlkrt::KpaExtractor& extractor, jstring extractTo) {
-    JStringProxy location(env, extractTo);
-    const char* text = location.getStringUTFChars();
-    if (text == nullptr) {
-        refuse(env, "No valid extract location specified");
-        return {};
+/// Chooses the way to the archive. False when the request can't be met: then a failure is reported.
+bool chooseExtractor(JNIEnv* env, const InstanceRequest& request, Creation& creation) {
+    if (request.archive == nullptr && request.length != -1) {
+        return refuse(env, "KPA InputStream is null");
     }
-    return vrlMakeDirectoryExtractedComponentFactory(extractor, dsPathString_<dsMBCSSafeString>(text));
+    if (request.archive == nullptr) {
+        creation.extractor = vrlMakeAlwaysFailExtractor(JStringProxy(env, request.componentText).getStringUTFChars());
+        return true;
+    }
+    creation.stream.emplace(env, request.archive);
+    creation.bytes = readArchive(*creation.stream, request.length);
+    if (creation.bytes == nullptr) {
+        return refuse(env, "KPA InputStream is not valid");
+    }
+    creation.archive = vrlGetKpaStreamFromArraySrc(creation.bytes.get(), request.length);
+    creation.extractor = vrlMakeKpaStreamExtractor(creation.archive);
+    return true;
 }
 
-vrlExtractedComponentFactory makeFactory(JNIEnv* env, const vrlkrt::KpaExtractor& extractor,
-                                         const InstanceRequest& request) {
-    return request.useCache == JNI_TRUE ? vrlMakeComponentCacheExtractedComponentFactory(extractor)
-                                        : directoryFactory(env, extractor, request.extractTo);
+/// Chooses where the component's files are to lie: in the cache, or in the folder that Java named. False likewise.
+bool chooseFactory(JNIEnv* env, const InstanceRequest& request, Creation& creation) {
+    if (request.useCache == JNI_TRUE) {
+        creation.factory = vrlMakeComponentCacheExtractedComponentFactory(creation.extractor);
+        return true;
+    }
+    JStringProxy location(env, request.extractTo);
+    const char* text = location.getStringUTFChars();
+    if (text == nullptr) {
+        return refuse(env, "No valid extract location specified");
+    }
+    creation.factory =
+        vrlMakeDirectoryExtractedComponentFactory(creation.extractor, dsPathString_<dsMBCSSafeString>(text));
+    return true;
 }
 
 /// The new instance, with handlers around the two callables. The runtime takes them in the opposite of Java's order.
@@ -98,25 +135,13 @@ jobject handleOf(JNIEnv* env, std::unique_ptr<void, InstanceEnd> instance) {
 }
 
 jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
-    vrlkrt::KpaExtractor extractor;
-    std::unique_ptr<char[]> bytes;
-    if (request.archive == nullptr && request.length != -1) {
-        return refuse(env, "KPA InputStream is null");
-    }
-    if (request.archive == nullptr) {
-        extractor = vrlMakeAlwaysFailExtractor(JStringProxy(env, request.componentText).getStringUTFChars());
-    } else {
-        bytes = readArchive(env, request.archive, request.length);
-        if (bytes == nullptr) {
-            return refuse(env, "KPA InputStream is not valid");
-        }
-        extractor = vrlMakeKpaStreamExtractor(vrlGetKpaStreamFromArraySrc(bytes.get(), request.length));
-    }
-    const vrlExtractedComponentFactory factory = makeFactory(env, extractor, request);
-    if (factory.empty()) {
+    Creation creation;
+    if (!chooseExtractor(env, request, creation) || !chooseFactory(env, request, creation)) {
         return nullptr;
     }
-    return handleOf(env, std::unique_ptr<void, InstanceEnd>(createInstance(request, factory)));
+    std::unique_ptr<void, InstanceEnd> instance(createInstance(request, creation.factory));
+    creation.factory.clear();
+    return handleOf(env, std::move(instance));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@ std::string signatureOf(const std::string& parameters, const std::string& result
     return "(" + parameters + ")" + result;
 }
 
-const std::string stringType = "Ljava/lang/String;";
+constexpr const char* stringType = "Ljava/lang/String;";
 
 template <typename T>
 std::string letterOf() {

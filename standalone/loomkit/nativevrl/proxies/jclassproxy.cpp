@@ -11,9 +11,10 @@ namespace {
 
 using Registry = std::vector<std::atomic<JTetherDisposable*>*>;
 
-/// The filled slots in the order in which their proxies came to be; guarded by JTetherLock.
+/// The filled slots in the order in which their proxies came to be; guarded by JTetherLock. Left to the process's end:
+/// threads of the virtual machine may still run natives while static objects go.
 Registry& registry() {
-    static Registry slots;
+    static Registry& slots = *new Registry;
     return slots;
 }
 
@@ -72,12 +73,15 @@ JTetherDisposable* JClassProxy::build(JNIEnv* env, Slot& slot, const char* class
     if (cls.isNull()) {
         throw tether::FindClassException(className);
     }
+    // Room first, so that a proxy that is in use can't fail to be registered.
+    registry().reserve(registry().size() + 1);
     JTetherDisposable* proxy = make(env, static_cast<jclass>(cls.ref()));
+    slot.store(proxy, std::memory_order_release);
+    cls.reset();
     if (proxy == nullptr) {
         tether::throwOutOfMemory(env);
     }
     registry().push_back(&slot);
-    slot.store(proxy, std::memory_order_release);
     return proxy;
 }
 

@@ -27,12 +27,14 @@ NewJNativePtrProxy::NewJNativePtrProxy(JNIEnv* env, void* address) : JNativePtrP
 NewJNativePtrProxy::~NewJNativePtrProxy() = default;
 
 const char* nativePtrConstructorSignature() {
-    static const std::string signature = std::string("(L") + JNativePtrClassProxy::className() + ";)V";
+    static const std::string& signature =
+        *new std::string(std::string("(L") + JNativePtrClassProxy::className() + ";)V");
     return signature.c_str();
 }
 
 const char* nativePtrGetterSignature() {
-    static const std::string signature = std::string("()L") + JNativePtrClassProxy::className() + ";";
+    static const std::string& signature =
+        *new std::string(std::string("()L") + JNativePtrClassProxy::className() + ";");
     return signature.c_str();
 }
 

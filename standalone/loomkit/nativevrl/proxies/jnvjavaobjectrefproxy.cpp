@@ -64,7 +64,10 @@ NewJNVJavaObjectRefProxy::~NewJNVJavaObjectRefProxy() = default;
 
 void NewJNVJavaObjectRefProxy::wrapAndConsume(qxArray* array, jobject object) {
     const GlobalReferenceEnd end(tether::make_local_env_injector(env()), object);
-    if (object != nullptr) {
+    if (object == nullptr) {
+        // An object that could not be had is not the same as none: the array stays the caller's.
+        tether::throwIfPending(env());
+    } else {
         jvalue argument;
         argument.l = object;
         attach(

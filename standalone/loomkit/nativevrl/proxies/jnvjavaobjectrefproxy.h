@@ -37,7 +37,8 @@ private:
 };
 
 /// A new wrapper around the Java object in an array. The array is consumed: it is destroyed once the wrapper is
-/// made. An array without an object gives a proxy of null, and goes all the same.
+/// made. An array without an object gives a proxy of null, and goes all the same. When it throws the array is still the
+/// caller's.
 class NewJNVJavaObjectRefProxy : public JNVJavaObjectRefProxy {
 public:
     NewJNVJavaObjectRefProxy(JNIEnv* env, qxArray* array);

@@ -16,7 +16,7 @@ public:
 
 private:
     static const char* composedName() {
-        static const std::string name = std::string("[L") + E::ClassProxy::className() + ";";
+        static const std::string& name = *new std::string(std::string("[L") + E::ClassProxy::className() + ";");
         return name.c_str();
     }
 };

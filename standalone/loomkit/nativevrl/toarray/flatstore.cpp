@@ -15,25 +15,59 @@ namespace {
 
 std::size_t common(std::size_t count, jsize length) { return std::min(count, static_cast<std::size_t>(length)); }
 
+/// The part that is filled. The block is asked for anew at every store: an accessor of an element is code of the
+/// caller's, which can edit a sparse array, and an edit moves the block and changes its size.
 template <typename Target>
-using Block = typename Target::Storage*;
+class TargetPart {
+    using Storage = typename Target::Storage;
+
+public:
+    TargetPart(const qxArray* array, bool real) : array_(array), real_(real) {}
+
+    /// How many elements the block takes: all of a dense array, of a sparse one as many as its tables have room for.
+    std::size_t room() const {
+        const std::size_t elements = qxGetNumberOfElements(array_);
+        return array_->isSparse() ? std::min<std::size_t>(elements, array_->capacity()) : elements;
+    }
+
+    Storage* block() const { return static_cast<Storage*>(partOf(array_, real_)); }
+
+    /// Copies as many elements of a run as the block takes.
+    template <typename S>
+    void storeRun(const S* source, jsize length) const {
+        castRun<Target>(source, common(room(), length), block());
+    }
+
+    /// Whether the block still has the element, which is then stored.
+    bool store(std::size_t index, Storage value) const {
+        const bool isRoom = index < room();
+        if (isRoom) {
+            block()[index] = value;
+        }
+        return isRoom;
+    }
+
+private:
+    const qxArray* array_;
+    bool real_;
+};
 
 /// Whether the source is a primitive array, which is then copied.
 template <typename Target>
-bool storePrimitives(JNIEnv* env, jobject source, JavaKind kind, std::size_t count, Block<Target> block) {
+bool storePrimitives(JNIEnv* env, jobject source, JavaKind kind, TargetPart<Target> part) {
     return visitPrimitive(kind, [&](auto zero) {
         const PinnedElements<decltype(zero)> elements(env, source);
-        castRun<Target>(elements.begin(), common(count, elements.length()), block);
+        part.storeRun(elements.begin(), elements.length());
     });
 }
 
 /// Elements of an object array through an accessor of the class that all of them should be of. A call on null is what
 /// it would be in Java; an object of another class stores 0, since the accessor means nothing to it.
 template <typename ClassProxy, typename Target, typename Read>
-void storeObjects(JNIEnv* env, jobject source, std::size_t count, Block<Target> block, Read&& read) {
+void storeObjects(JNIEnv* env, jobject source, TargetPart<Target> part, Read&& read) {
     auto* array = static_cast<jobjectArray>(source);
     auto* cls = ClassProxy::instance(env);
-    const std::size_t stored = common(count, env->GetArrayLength(array));
+    const std::size_t stored = common(part.room(), env->GetArrayLength(array));
     JObjectRef element(env, nullptr);
     for (std::size_t i = 0; i < stored; ++i) {
         element.reset();
@@ -41,11 +75,13 @@ void storeObjects(JNIEnv* env, jobject source, std::size_t count, Block<Target> 
         if (element.isNull()) {
             tether::throwNullPointer(env);
         }
+        typename Target::Storage value{};
         if (cls->isInstance(env, element.ref())) {
-            block[i] = Target::cast(read(element.ref(), *cls));
+            value = Target::cast(read(element.ref(), *cls));
             tether::throwIfPending(env);
-        } else {
-            block[i] = {};
+        }
+        if (!part.store(i, value)) {
+            return;
         }
     }
 }
@@ -83,50 +119,50 @@ void checkNumbers(JNIEnv* env, jobject source) {
 }
 
 template <typename Target>
-void setFlatData(JNIEnv* env, jobject source, std::size_t count, Block<Target> block) {
+void setFlatData(JNIEnv* env, jobject source, TargetPart<Target> part) {
     const JavaKind kind = JavaKindReader(env)(source);
     if (kind == JavaKind::kNull) {
         tether::throwNullPointer(env);
     }
     if (kind == JavaKind::kObjectArray) {
         checkNumbers(env, source);
-        storeObjects<JNumberClassProxy, Target>(env, source, count, block, [&](jobject number, const auto& cls) {
+        storeObjects<JNumberClassProxy, Target>(env, source, part, [&](jobject number, const auto& cls) {
             return readNumber<typename Target::Java>(env, number, cls);
         });
         return;
     }
     const bool isNumeric = kind != JavaKind::kBooleanArray && kind != JavaKind::kCharArray;
-    if (!isNumeric || !storePrimitives<Target>(env, source, kind, count, block)) {
+    if (!isNumeric || !storePrimitives<Target>(env, source, kind, part)) {
         raise(env, "java/lang/IllegalArgumentException", "Can not convert data from Java type");
     }
 }
 
 template <>
-void setFlatData<LogicalElement>(JNIEnv* env, jobject source, std::size_t count, Block<LogicalElement> block) {
+void setFlatData<LogicalElement>(JNIEnv* env, jobject source, TargetPart<LogicalElement> part) {
     const JavaKind kind = JavaKindReader(env)(source);
     if (kind == JavaKind::kNull || kind == JavaKind::kBooleanArray) {
         const PinnedElements<jboolean> elements(env, source);
-        castRun<LogicalElement>(elements.begin(), common(count, elements.length()), block);
+        part.storeRun(elements.begin(), elements.length());
     } else if (kind == JavaKind::kObjectArray) {
-        storeObjects<JBooleanClassProxy, LogicalElement>(
-            env, source, count, block,
-            [&](jobject boolean, const auto& cls) { return env->CallBooleanMethod(boolean, cls.booleanValue); });
+        storeObjects<JBooleanClassProxy, LogicalElement>(env, source, part, [&](jobject boolean, const auto& cls) {
+            return env->CallBooleanMethod(boolean, cls.booleanValue);
+        });
     }
 }
 
 template <>
-void setFlatData<CharElement>(JNIEnv* env, jobject source, std::size_t count, Block<CharElement> block) {
+void setFlatData<CharElement>(JNIEnv* env, jobject source, TargetPart<CharElement> part) {
     const JavaKind kind = JavaKindReader(env)(source);
     if (kind == JavaKind::kNull || kind == JavaKind::kCharArray) {
         const PinnedElements<jchar> elements(env, source);
-        castRun<CharElement>(elements.begin(), common(count, elements.length()), block);
+        part.storeRun(elements.begin(), elements.length());
     } else if (kind == JavaKind::kObjectArray) {
-        storeObjects<JCharacterClassProxy, CharElement>(
-            env, source, count, block,
-            [&](jobject character, const auto& cls) { return env->CallCharMethod(character, cls.charValue); });
+        storeObjects<JCharacterClassProxy, CharElement>(env, source, part, [&](jobject character, const auto& cls) {
+            return env->CallCharMethod(character, cls.charValue);
+        });
     } else if (kind == JavaKind::kString) {
         const PinnedText text(env, source);
-        castRun<CharElement>(text.begin(), common(count, text.length()), block);
+        part.storeRun(text.begin(), text.length());
     }
 }
 
@@ -135,8 +171,7 @@ void setFlatData<CharElement>(JNIEnv* env, jobject source, std::size_t count, Bl
 void setPartData(JNIEnv* env, qxArray* array, const JObjectProxy& source, bool real) {
     const bool hasElements = visitNativeElement(classIdOf(array), [&](auto target) {
         using Target = decltype(target);
-        auto* block = static_cast<Block<Target>>(partOf(array, real));
-        setFlatData<Target>(env, source.ref(), qxGetNumberOfElements(array), block);
+        setFlatData<Target>(env, source.ref(), TargetPart<Target>(array, real));
     });
     if (!hasElements) {
         raise(env, "java/lang/UnsupportedOperationException",

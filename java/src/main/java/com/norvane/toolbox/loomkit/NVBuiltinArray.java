@@ -326,9 +326,13 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * {@link com.norvane.extern.java.NVStructArray} with such elements as its values.
      *
      * @return a new nested array, or a new struct value
-     * @throws UnsupportedOperationException for a class without a Java type
+     * @throws UnsupportedOperationException for a class without a Java type, or more dimensions than a Java array has
      */
     public Object toObject() {
+        int count = numberOfDimensions();
+        if (count > Dimensions.MAX_COUNT) {
+            throw new UnsupportedOperationException("no Java array has " + count + " dimensions");
+        }
         return read(
                 pointer -> {
                     Object nested = NVKRT.qxArray2ObjectArray(pointer, true);
@@ -422,12 +426,19 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * Orders arrays by their serialised form, first by its length: an order to sort and search by, without numeric
      * meaning. It agrees with {@link #equals}.
      *
+     * <p>An array without such a form, see {@link #serialize}, is equal to itself alone and less than every array that
+     * has one. Two of them have no order: each is less than the other.
+     *
      * @param other an array
      * @return -1, 0 or 1
      */
     @Override
     public final int compareTo(NVBuiltinArray other) {
-        return bothRead(Objects.requireNonNull(other, "other"), NVKRT::qxCompareArray);
+        if (this == Objects.requireNonNull(other, "other")) {
+            checkOpen();
+            return 0;
+        }
+        return bothRead(other, NVKRT::qxCompareArray);
     }
 
     private interface BinaryRead<R> {

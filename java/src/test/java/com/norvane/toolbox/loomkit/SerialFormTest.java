@@ -1,5 +1,6 @@
 package com.norvane.toolbox.loomkit;
 
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNotEquals;
 import static org.junit.jupiter.api.Assertions.assertSame;
@@ -11,6 +12,7 @@ import java.io.IOException;
 import java.io.InvalidObjectException;
 import java.io.ObjectInputStream;
 import java.io.ObjectOutputStream;
+import java.nio.ByteBuffer;
 import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
@@ -114,5 +116,35 @@ class SerialFormTest {
         assertThrows(
                 InvalidObjectException.class, () -> read(written(new SerializedArray(new byte[] {1, 2, 3}))));
         assertThrows(InvalidObjectException.class, () -> read(written(new SerializedArray(null))));
+    }
+
+    /** Its memory is never touched. */
+    @Test
+    void anArrayTooLargeForAFormEqualsItself() {
+        try (NVNumericArray large = NVNumericArray.zeros(1 << 28, 1);
+                NVNumericArray small = NVNumericArray.zeros(1, 1)) {
+            assertThrows(UnsupportedOperationException.class, large::serialize);
+            assertEquals(large, large);
+            assertEquals(0, large.compareTo(large));
+            assertEquals(-1, large.compareTo(small));
+            assertEquals(1, small.compareTo(large));
+        }
+    }
+
+    /** A scalar with any number of extents is a good form, though no Java array is nested that deeply. */
+    @Test
+    void anArrayOfTooManyDimensionsHasNoJavaType() {
+        ByteBuffer form = ByteBuffer.allocate(70_020);
+        form.put(new byte[] {(byte) 0x82, 1, (byte) 0x83, 6, (byte) 0x9A}).putInt(70_000);
+        for (int i = 0; i < 70_000; i++) {
+            form.put((byte) 1);
+        }
+        form.put(new byte[] {(byte) 0xD8, 86, 0x48}).putLong(0);
+        byte[] bytes = Arrays.copyOf(form.array(), form.position());
+        try (NVBuiltinArray array = NVBuiltinArray.deserialize(bytes)) {
+            assertEquals(70_000, array.numberOfDimensions());
+            assertThrows(UnsupportedOperationException.class, array::toObject);
+            assertArrayEquals(bytes, array.serialize());
+        }
     }
 }

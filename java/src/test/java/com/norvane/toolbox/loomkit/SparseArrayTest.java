@@ -5,7 +5,9 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.util.Arrays;
 import java.util.Random;
+import java.util.stream.IntStream;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -135,6 +137,94 @@ class SparseArrayTest {
             assertEquals(1, array.getDouble(100_000, 100_000));
             assertEquals(1, array.numberOfNonZeros());
             assertThrows(IndexOutOfBoundsException.class, array::numberOfElements);
+        }
+    }
+
+    /** A number that does something when it is asked for its value. */
+    private static Number doing(Runnable deed, double value) {
+        return new Number() {
+            private static final long serialVersionUID = 1L;
+
+            @Override
+            public double doubleValue() {
+                deed.run();
+                return value;
+            }
+
+            @Override
+            public float floatValue() {
+                return (float) doubleValue();
+            }
+
+            @Override
+            public long longValue() {
+                return (long) doubleValue();
+            }
+
+            @Override
+            public int intValue() {
+                return (int) doubleValue();
+            }
+        };
+    }
+
+    private static int[] upTo(int count) {
+        return IntStream.rangeClosed(1, count).toArray();
+    }
+
+    private static Object[] numbers(Number first, int count) {
+        Object[] data = new Object[count];
+        Arrays.fill(data, 2.5);
+        data[0] = first;
+        return data;
+    }
+
+    /** The deed runs in the middle of the store: the tables have moved when the next element comes. */
+    @Test
+    void takesDataWhoseNumbersMakeItGrow() {
+        double[] ones = new double[10];
+        Arrays.fill(ones, 1);
+        try (NVNumericArray array = NVNumericArray.sparse(upTo(10), upTo(10), ones, 1000, 1000)) {
+            Runnable growing =
+                    () -> IntStream.range(0, 20_000).forEach(k -> array.set(9.0, 1 + k % 1000, 500 + k / 1000));
+            array.setData(numbers(doing(growing, 7), 10));
+            assertEquals(20_010, array.numberOfNonZeros());
+            for (int i = 1; i <= 10; i++) {
+                assertEquals(i == 1 ? 7 : 2.5, array.getDouble(i, i), "stored before and after the tables moved");
+            }
+        }
+    }
+
+    @Test
+    void takesDataWhoseNumbersMakeItShrinkOrCloseIt() {
+        int count = 100_000;
+        double[] ones = new double[count];
+        Arrays.fill(ones, 1);
+        int[] firstColumn = new int[count];
+        Arrays.fill(firstColumn, 1);
+        NVNumericArray array = NVNumericArray.sparse(upTo(count), firstColumn, ones, count, 1);
+        Runnable shrinking = () -> IntStream.range(10, count).forEach(k -> array.setAt(count + 9 - k, 0.0));
+        array.setData(numbers(doing(shrinking, 7), count));
+        assertArrayEquals(new double[] {7, 2.5, 2.5, 2.5, 2.5, 2.5, 2.5, 2.5, 2.5, 2.5}, array.toFlatDoubleArray());
+        array.setData(numbers(doing(array::close, 8), 10));
+        assertTrue(array.isClosed());
+        assertThrows(IllegalStateException.class, array::numberOfNonZeros);
+    }
+
+    @Test
+    void takesNoMoreDataThanIsStored() {
+        double[] values = {1, 2};
+        try (NVNumericArray array = NVNumericArray.sparse(upTo(2), upTo(2), values, 50, 50);
+                NVNumericArray complex = NVNumericArray.sparse(upTo(2), upTo(2), values, values, 50, 50);
+                NVLogicalArray logical = NVLogicalArray.sparse(new boolean[][] {{true, false}})) {
+            array.set(3.0, 3, 3);
+            assertTrue(array.allocatedNonZeros() > array.numberOfNonZeros());
+            for (Object data : new Object[] {new double[4], new int[2500], new float[2], numbers(1, 2500)}) {
+                assertThrows(IllegalArgumentException.class, () -> array.setData(data));
+            }
+            assertThrows(IllegalArgumentException.class, () -> complex.setImaginaryData(new double[3]));
+            assertThrows(IllegalArgumentException.class, () -> logical.setData(new boolean[2]));
+            assertArrayEquals(new double[] {1, 2, 3}, array.toFlatDoubleArray());
         }
     }
 }

@@ -9,7 +9,7 @@ public final class Places implements ListIterator<Object> {
     private final int failsAt;
     private int index;
 
-    /** The operation of this name ("hasNext", "next", "set") fails at the zero-based place; "" for none. */
+    /** The operation of this name ("hasNext", "next", "set") fails at the zero-based place; "" for none. What a failing "set" was given is there all the same. */
     public Places(Object[] values, String failing, int failsAt) {
         this.values = values;
         this.failing = failing;
@@ -36,8 +36,8 @@ public final class Places implements ListIterator<Object> {
 
     @Override
     public void set(Object value) {
-        enter("set", index - 1);
         values[index - 1] = value;
+        enter("set", index - 1);
     }
 
     @Override
