@@ -5,8 +5,18 @@ if(NOT LOOMKIT_JUNIT_JAR)
     message(FATAL_ERROR "The Java tests need junit-platform-console-standalone.jar (Debian package junit5)")
 endif()
 
-set(LOOMKIT_JAVA_ENVIRONMENT "" CACHE STRING
-    "VAR=value entries for programs that run Java: what a sanitizer needs to be loaded before the virtual machine")
+# What a sanitizer needs: to be loaded before the virtual machine, together with the library whose exceptions it
+# watches; to leave the machine its own use of signals; and not to count what the machine never frees.
+set(java_environment "")
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=address")
+    foreach(library IN ITEMS libasan.so libstdc++.so)
+        execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${library}
+            OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+        list(APPEND preloaded "${path}")
+    endforeach()
+    list(JOIN preloaded " " preloaded)
+    set(java_environment "LD_PRELOAD=${preloaded}" "ASAN_OPTIONS=handle_segv=0:detect_leaks=0")
+endif()
 
 set(package src/test/java/com/norvane)
 add_jar(loomkit_java_tests
@@ -45,11 +55,11 @@ add_test(NAME java_tests
         --scan-classpath "${loomkit_java_tests_jar}" --fail-if-no-tests --disable-banner --details=tree)
 # What the check of JNI calls has to say is a failure, except for its word on the number of local references.
 set_tests_properties(java_tests PROPERTIES
-    ENVIRONMENT "${LOOMKIT_JAVA_ENVIRONMENT}"
+    ENVIRONMENT "${java_environment}"
     FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
 
 # From the jar alone, as users have it.
 add_test(NAME jar_test
     COMMAND "${CMAKE_COMMAND}" "-Djava=${Java_JAVA_EXECUTABLE}" "-Djar=${loomkit_jar_file}"
         "-Dhome=${CMAKE_CURRENT_BINARY_DIR}/home" -P "${CMAKE_CURRENT_SOURCE_DIR}/jartest.cmake")
-set_tests_properties(jar_test PROPERTIES ENVIRONMENT "${LOOMKIT_JAVA_ENVIRONMENT}")
+set_tests_properties(jar_test PROPERTIES ENVIRONMENT "${java_environment}")

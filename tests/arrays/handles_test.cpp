@@ -28,7 +28,8 @@ protected:
     /// Addresses one after the other, and then some bytes.
     jbyteArray pack(const std::vector<qxArray*>& arrays, std::size_t rest) {
         std::vector<jbyte> bytes(arrays.size() * sizeof(qxArray*) + rest, 1);
-        std::memcpy(bytes.data(), arrays.data(), arrays.size() * sizeof(qxArray*));
+        const auto* words = reinterpret_cast<const jbyte*>(arrays.data());
+        std::copy_n(words, arrays.size() * sizeof(qxArray*), bytes.begin());
         return primitiveArray<jbyte>(env, bytes);
     }
 };

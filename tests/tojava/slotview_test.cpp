@@ -64,6 +64,9 @@ TEST_F(SlotView, OfAStructSeesAsManySlotsAsItHasElements) {
     expectSlots(pairs, {1, 2}, {"NVNumericArray", "NVCharArray"});
     const Held handle(env, qxCreateFunctionHandle("sin"));
     expectSlots(handle, {1, 1}, {"NVCharArray"});
+    const Held bare(env, qxCreateStructMatrix(1000, 1000, 0, nullptr));
+    EXPECT_EQ(readView(env, bare.handle, true), nullptr);
+    expectThrown(env, "java/lang/NullPointerException", "qxArray data is NULL");
 }
 
 }  // namespace

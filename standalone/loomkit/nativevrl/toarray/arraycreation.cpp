@@ -2,7 +2,6 @@
 
 #include "arrays/arrayhandle.h"
 #include "entry/boundary.h"
-#include "proxies/invariant.h"
 #include "proxies/jnvarrayproxy.h"
 #include "qx/arrayowner.h"
 #include "toarray/compound.h"
@@ -154,7 +153,9 @@ qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initialize
         refuseType(env, initializer.imaginary() != nullptr ? initializer.imaginary() : real);
     }
     qxArrayOwner array(createArrayFromProperties(env, initializer));
-    stateInvariant(array != nullptr, "NULL != qx", __FILE__, __LINE__);
+    if (!array) {
+        raise(env, nvExceptionClass, "TAVRIX array creation failed");
+    }
     fillFromJava(initializer, classId, array.get());
     return array.release();
 }

@@ -6,6 +6,7 @@
 
 #include <boost/regex.hpp>
 
+#include <array>
 #include <string>
 
 namespace nativevrl::JConvert {
@@ -65,7 +66,8 @@ struct NamedClass {
 
 /// By the name of an array class: for the empty arrays of arrays, whose depth no class proxy covers.
 qxClassID classOfArrayName(const std::string& name) {
-    static const NamedClass patterns[] = {
+    // Kept when the process ends, since daemon threads may be here as long.
+    static const auto& patterns = *new std::array<NamedClass, 8>{{
         {boost::regex("\\[+(Z|Ljava.lang.Boolean;)"), qxLOGICAL_CLASS},
         {boost::regex("\\[+(C|Ljava.lang.(Character|String);)"), qxCHAR_CLASS},
         {boost::regex("\\[+(B|Ljava.lang.Byte;)"), qxINT8_CLASS},
@@ -74,7 +76,7 @@ qxClassID classOfArrayName(const std::string& name) {
         {boost::regex("\\[+(J|Ljava.lang.Long;)"), qxINT64_CLASS},
         {boost::regex("\\[+(F|Ljava.lang.Float;)"), qxSINGLE_CLASS},
         {boost::regex("\\[+(D|Ljava.lang.Double;)"), qxDOUBLE_CLASS},
-    };
+    }};
     for (const NamedClass& named : patterns) {
         if (boost::regex_match(name, named.pattern)) {
             return named.classId;

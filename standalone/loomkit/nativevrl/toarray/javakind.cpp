@@ -16,7 +16,7 @@ class RowsClassProxy : public JSingletonClassProxy<RowsClassProxy<T>> {
 public:
     using JSingletonClassProxy<RowsClassProxy<T>>::JSingletonClassProxy;
     static const char* className() {
-        static const std::string name = std::string("[") + JPrimitive<T>::arrayClass;
+        static const auto& name = *new std::string(std::string("[") + JPrimitive<T>::arrayClass);
         return name.c_str();
     }
 };

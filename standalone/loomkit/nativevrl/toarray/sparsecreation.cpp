@@ -99,12 +99,13 @@ std::uint32_t checkTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex,
     if (hasData) {
         checkData(env, data);
     }
-    counts = {lengthOf(env, rowIndex), lengthOf(env, colIndex),
-              hasData && !qxIsEmpty(data) ? data->get_dimensions()[1] : std::size_t{0}};
+    counts = {lengthOf(env, rowIndex), lengthOf(env, colIndex), hasData ? data->get_dimensions()[1] : std::size_t{0}};
+    // A 0-by-n array counts n values and has none.
+    const bool hasValues = counts.values == 0 || !qxIsEmpty(data);
     const std::size_t elements = counts.elements();
     const auto limit =
         stated.room >= 0 ? boost::numeric_cast<std::uint32_t>(stated.room) : static_cast<std::uint32_t>(elements);
-    require(env, counts.fits(counts.rows) && counts.fits(counts.columns) && counts.fits(counts.values),
+    require(env, hasValues && counts.fits(counts.rows) && counts.fits(counts.columns) && counts.fits(counts.values),
             "While creating sparse matrix: all three initial data vectors (i, j, and value) must either be length 1 "
             "or the same as the maximum of the three (nz)");
     require(env, elements <= limit,

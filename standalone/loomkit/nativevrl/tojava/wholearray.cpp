@@ -2,9 +2,18 @@
 
 namespace nativevrl {
 
+namespace {
+
+/// A struct array without fields has elements and no slot for any of them.
+bool hasNoSlots(const qxArray* array) {
+    return classIdOf(array) == qxSTRUCT_CLASS && array->get_number_of_struct_fields() == 0;
+}
+
+}  // namespace
+
 const void* requirePart(JNIEnv* env, const qxArray* array, bool real) {
     const void* data = partOf(array, real);
-    if (data == nullptr && storedElementCount(array) != 0) {
+    if ((data == nullptr || hasNoSlots(array)) && storedElementCount(array) != 0) {
         raise<tether::NullPointerException>(env, "java/lang/NullPointerException", "qxArray data is NULL");
     }
     return data;
