@@ -116,6 +116,7 @@ TEST_F(Refusals, OfSparseData) {
             matrix +
                 "all three initial data vectors (i, j, and value) must either be length 1 or the same as the "
                 "maximum of the three (nz)");
+    ++arrays;
     const NewJNVBuiltinArrayProxy hollow(env, qxCreateDoubleMatrix(0, 5, qxREAL), true);
     for (const std::vector<jint>& indices : {std::vector<jint>{}, std::vector<jint>{1, 1, 1, 1, 1}}) {
         refused(triplets(indices, indices, hollow.ref()), illegal,
@@ -124,6 +125,7 @@ TEST_F(Refusals, OfSparseData) {
                     "maximum of the three (nz)");
     }
     callVoid(env, hollow.ref(), "close", "()V");
+    --arrays;
     refused(triplets({1, 2}, {1, 2}, row({1, 2}), 2, 2, 1), illegal,
             matrix + "initial non-zero elements greater than maximum non-zero");
     refused(triplets({1}, {1}, one, -1, 3), illegal, matrix + "rows and columns must BOTH be specified or NEITHER");

@@ -3,9 +3,9 @@
 #include "proxies/jboxedproxies.h"
 #include "toarray/javakind.h"
 #include "toarray/leveltable.h"
+#include "toarray/nativeelement.h"
 #include "toarray/pinnedelements.h"
 #include "toarray/tile.h"
-#include "toarray/nativeelement.h"
 
 #include <jni.h>
 
