@@ -85,6 +85,7 @@ void addNested(JNIEnv* env, const std::string& name, const std::vector<std::size
                 [=] { copyRows<T>(env, data, depth, objects, rows, blocks->to.data()); },
                 [=] { std::memcpy(blocks->to.data(), blocks->from.data(), count * sizeof(Target)); }};
     if (depth == 2) {
+        one.tiled = [=] { scatterTiles<T>(env, data, extents[0], extents[1], objects, rows, blocks->to.data()); };
         one.straight = [=] { scatterRows<T>(env, data, extents[0], objects, rows, blocks->to.data()); };
     }
     addCase(std::move(one));

@@ -7,6 +7,7 @@
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -107,6 +108,23 @@ jobject gatheredFrom(JNIEnv* env, const Extents& extents, const T* values) {
     });
 }
 
+/// The same by way of a tile.
+template <typename T>
+jobject gatheredByTiles(JNIEnv* env, const Extents& extents, const T* values) {
+    using Tile = PlainTile<T>;
+    const std::size_t count = extents[0];
+    Tile tile(extents[1]);
+    std::size_t row = 0;
+    return nestedFrom(env, extents, 0, JPrimitive<T>::arrayClass, [&] {
+        if (row % Tile::kRows == 0) {
+            const std::size_t rows = std::min(Tile::kRows, count - row);
+            Tile::eachElement(rows, extents[1],
+                              [&](std::size_t i, std::size_t j) { tile.row(i)[j] = values[j * count + row + i]; });
+        }
+        return rowFrom(env, tile.row(row++ % Tile::kRows), extents[1]);
+    });
+}
+
 template <typename T>
 void addNested(JNIEnv* env, const std::string& name, const Extents& extents, qxClassID classId, Native native) {
     const std::size_t count = product(extents);
@@ -122,6 +140,7 @@ void addNested(JNIEnv* env, const std::string& name, const Extents& extents, qxC
                     });
                 }};
     if (extents.size() == 2) {
+        one.tiled = [=] { opened(env, *source, [&] { return gatheredByTiles(env, extents, source->block.data()); }); };
         one.straight = [=] { opened(env, *source, [&] { return gatheredFrom(env, extents, source->block.data()); }); };
     }
     addCase(std::move(one));

@@ -12,6 +12,8 @@ namespace nativevrl::bench {
 
 namespace {
 
+constexpr int kRatioWidth = 15;
+
 using Files = std::vector<void (*)(JNIEnv*)>;
 
 Files& files() {
@@ -54,9 +56,9 @@ double medianOf(const std::string& benchmark) {
 
 void printRatio(std::ostream& out, double time, double ours) {
     if (time == 0 || ours == 0) {
-        out << std::setw(12) << '-';
+        out << std::setw(kRatioWidth) << '-';
     } else {
-        out << std::setw(12) << std::setprecision(2) << time / ours;
+        out << std::setw(kRatioWidth) << std::setprecision(2) << time / ours;
     }
 }
 
@@ -66,6 +68,7 @@ void addCase(Case one) {
     addBenchmark(one.name + "/ours", one.ours);
     addBenchmark(one.name + "/floor", one.floor);
     addBenchmark(one.name + "/copy", one.copy);
+    addBenchmark(one.name + "/tiled", one.tiled);
     addBenchmark(one.name + "/straight", one.straight);
     cases().push_back(std::move(one));
 }
@@ -81,10 +84,14 @@ void addAllCases(JNIEnv* env) {
 void noteTime(const std::string& benchmark, double nanoseconds) { times()[benchmark].push_back(nanoseconds); }
 
 void printRatios(std::ostream& out) {
+    constexpr const char* others[] = {"floor", "copy", "tiled", "straight"};
     out << std::fixed << '\n'
         << std::left << std::setw(36) << "case" << std::right << std::setw(14) << "ours us" << std::setw(12)
-        << "ns/element" << std::setw(12) << "floor/ours" << std::setw(12) << "copy/ours" << std::setw(15)
-        << "straight/ours" << '\n';
+        << "ns/element";
+    for (const std::string other : others) {
+        out << std::setw(kRatioWidth) << other + "/ours";
+    }
+    out << '\n';
     for (const Case& one : cases()) {
         const double ours = medianOf(one.name + "/ours");
         if (ours == 0) {
@@ -92,10 +99,9 @@ void printRatios(std::ostream& out) {
         }
         out << std::left << std::setw(36) << one.name << std::right << std::setw(14) << std::setprecision(1)
             << ours / 1000 << std::setw(12) << std::setprecision(2) << ours / static_cast<double>(one.elements);
-        printRatio(out, medianOf(one.name + "/floor"), ours);
-        printRatio(out, medianOf(one.name + "/copy"), ours);
-        out << "   ";
-        printRatio(out, medianOf(one.name + "/straight"), ours);
+        for (const std::string other : others) {
+            printRatio(out, medianOf(one.name + "/" + other), ours);
+        }
         out << '\n';
     }
 }

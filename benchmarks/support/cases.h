@@ -19,12 +19,16 @@ struct Case {
     std::function<void()> floor;
     /// A plain copy of the same bytes; empty where there is no sense in it.
     std::function<void()> copy = {};
+    /// The calls of the floor, with bare loops that turn the rows by way of a tile; empty where the rows of both lie
+    /// alike.
+    std::function<void()> tiled = {};
     /// The calls of the floor, with each element moved by itself between its row and its place in the array; empty
     /// where the rows of both lie alike.
     std::function<void()> straight = {};
 };
 
-/// Adds a case; it runs as the benchmarks NAME/ours, NAME/floor, NAME/copy and NAME/straight.
+/// Adds a case; it runs as the benchmarks NAME/ours, NAME/floor, NAME/copy, NAME/tiled
+/// and NAME/straight.
 void addCase(Case one);
 
 /// Adds the cases of a file once the virtual machine is there: `const CaseFile file(addMyCases);` at its end.

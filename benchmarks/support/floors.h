@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <type_traits>
+#include <vector>
 
 /// What no conversion of nested arrays gets around: the JNI calls of a walk, made straight.
 namespace nativevrl::bench {
@@ -58,6 +59,54 @@ void copyRows(JNIEnv* env, jobject array, int depth, jclass objects, jclass rows
             std::transform(elements, elements + length, target, [](T value) { return static_cast<Target>(value); });
         }
         target += length;
+    });
+}
+
+/// Some rows, padded so that the elements of a column don't all fall into the same cache sets.
+template <typename T>
+class PlainTile {
+public:
+    static constexpr std::size_t kRows = 64;
+
+    explicit PlainTile(std::size_t columns) : pitch_(columns / 16 * 16 + 24), elements_(kRows * pitch_) {}
+
+    T* row(std::size_t i) { return elements_.data() + i * pitch_; }
+
+    /// Between the first `rows` rows and column-major storage, some columns at a time: `move(row, column)` for each.
+    template <typename Move>
+    static void eachElement(std::size_t rows, std::size_t columns, Move&& move) {
+        constexpr std::size_t panel = 8;
+        for (std::size_t first = 0; first < columns; first += panel) {
+            for (std::size_t row = 0; row < rows; ++row) {
+                for (std::size_t column = first; column < std::min(first + panel, columns); ++column) {
+                    move(row, column);
+                }
+            }
+        }
+    }
+
+private:
+    std::size_t pitch_;
+    std::vector<T> elements_;
+};
+
+/// Takes the rows of T[count][columns] to column-major storage at `target` by way of a tile.
+template <typename T, typename Target>
+void scatterTiles(JNIEnv* env, jobject array, std::size_t count, std::size_t columns, jclass objects, jclass rows,
+                  Target* target) {
+    PlainTile<Target> tile(columns);
+    std::size_t filled = 0;
+    std::size_t left = count;
+    takeRows<T>(env, array, 2, objects, rows, [&](const T* elements, std::size_t length) {
+        std::transform(elements, elements + length, tile.row(filled),
+                       [](T value) { return static_cast<Target>(value); });
+        --left;
+        if (++filled == PlainTile<Target>::kRows || left == 0) {
+            tile.eachElement(filled, columns,
+                             [&](std::size_t i, std::size_t j) { target[j * count + i] = tile.row(i)[j]; });
+            target += filled;
+            filled = 0;
+        }
     });
 }
 
