@@ -49,7 +49,7 @@ add_test(NAME java_tests
     COMMAND "${Java_JAVA_EXECUTABLE}" -Xcheck:jni -ea
         "-Dloomkit.native.dir=${CMAKE_BINARY_DIR}/lib"
         "-Dloomkit.test.components=${CMAKE_BINARY_DIR}/components"
-        "-Dloomkit.test.guide=${CMAKE_SOURCE_DIR}/docs/guide.md"
+        "-Dloomkit.test.guide=${PROJECT_SOURCE_DIR}/docs/guide.md"
         -cp "${loomkit_classes_jar}:${loomkit_java_tests_jar}:${LOOMKIT_JUNIT_JAR}"
         org.junit.platform.console.ConsoleLauncher
         --scan-classpath "${loomkit_java_tests_jar}" --fail-if-no-tests --disable-banner --details=tree)

@@ -41,13 +41,16 @@ void checkInputs(const vrlComponentFunction& function, int nrhs, const qxArray* 
     if (nrhs < 0) {
         throw vrlBaseException(function.name + ": the number of arguments is negative: " + std::to_string(nrhs));
     }
+    const bool isFixed = function.minimumInputs && function.minimumInputs == function.maximumInputs;
+    const auto refuseCount = [&](const char* bound, int limit) {
+        throw vrlBaseException(function.name + ": " + counted(nrhs, "argument") + " given, expected " +
+                               (isFixed ? "" : bound) + std::to_string(limit));
+    };
     if (nrhs < function.minimumInputs.value_or(0)) {
-        throw vrlBaseException(function.name + ": " + counted(nrhs, "argument") + " given, expected at least " +
-                               std::to_string(*function.minimumInputs));
+        refuseCount("at least ", *function.minimumInputs);
     }
     if (nrhs > function.maximumInputs.value_or(nrhs)) {
-        throw vrlBaseException(function.name + ": " + counted(nrhs, "argument") + " given, expected at most " +
-                               std::to_string(*function.maximumInputs));
+        refuseCount("at most ", *function.maximumInputs);
     }
     for (int i = 0; i < nrhs; ++i) {
         if (prhs == nullptr || prhs[i] == nullptr) {

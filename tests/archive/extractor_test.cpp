@@ -72,19 +72,4 @@ TEST(KpaExtractor, RefusesABlockOfNegativeLength) {
     EXPECT_EQ(vrlGetKpaStreamFromArraySrc(nullptr, 0)->get(), std::istream::traits_type::eof());
 }
 
-TEST(KpaExtractor, WritesNothingForAnArchiveOfAnotherPlatformOrAbi) {
-    const TestFolder root;
-    for (const char* wrong : {"platform", "abi"}) {
-        CraftedComponent component;
-        component.manifest = component.defaultManifest();
-        const bool platform = std::string(wrong) == "platform";
-        const std::string from = platform ? vrlkrt::hostPlatform() : "\"abi\": 1";
-        component.manifest.replace(component.manifest.find(from), from.size(), platform ? "plan9-mips" : "\"abi\": 77");
-        const auto factory = vrlMakeDirectoryExtractedComponentFactory(
-            vrlMakeKpaStreamExtractor(streamOver(component.zip())), Path((root / "c").c_str()));
-        EXPECT_NE(failureOf([&] { factory(); }).find("component.json: the component 'sample'"), std::string::npos);
-        EXPECT_EQ(namesIn(root.path()), "");
-    }
-}
-
 }  // namespace

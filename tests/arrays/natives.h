@@ -119,59 +119,38 @@ struct ClassCase {
             return {0, 1};
         } else if constexpr (std::is_floating_point_v<Stored>) {
             using Limits = std::numeric_limits<Stored>;
-            return {Stored{0},
-                    -Stored{0},
-                    1,
-                    Stored(0.5),
-                    Stored(-0.5),
-                    Stored(-1.5),
-                    Stored(300.7),
-                    256,
-                    Stored(-32769.9),
-                    Stored(65537.2),
-                    Stored(2147483647.0),
-                    Stored(2147483648.0),
-                    Stored(-2147483648.9),
-                    Stored(-2147483649.0),
-                    Stored(4294967295.0),
-                    Stored(9223372036854774784.0),
-                    Stored(9223372036854775808.0),
-                    Stored(-9223372036854775808.0),
-                    Stored(1e20),
-                    Limits::max(),
-                    Limits::denorm_min(),
-                    Limits::infinity(),
-                    -Limits::infinity(),
-                    Limits::quiet_NaN()};
+            std::vector<Stored> values = {Limits::max(), Limits::denorm_min(), Limits::infinity(), -Limits::infinity(),
+                                          Limits::quiet_NaN()};
+            for (const double value :
+                 {0.0, -0.0, 1.0, 0.5, -0.5, -1.5, 300.7, 256.0, -32769.9, 65537.2, 2147483647.0, 2147483648.0,
+                  -2147483648.9, -2147483649.0, 4294967295.0, 0x1p63 - 1024, 0x1p63, -0x1p63, 1e20}) {
+                values.push_back(static_cast<Stored>(value));
+            }
+            return values;
         } else {
-            std::vector<Stored> values;
-            for (std::uint64_t bits : {0ULL,
-                                       1ULL,
-                                       3ULL,
-                                       127ULL,
-                                       128ULL,
-                                       200ULL,
-                                       255ULL,
-                                       256ULL,
-                                       257ULL,
-                                       32767ULL,
-                                       32768ULL,
-                                       65535ULL,
-                                       65536ULL,
-                                       16777217ULL,
-                                       2147483647ULL,
-                                       2147483648ULL,
-                                       4294967295ULL,
-                                       9007199254740993ULL,
-                                       9223372036854775807ULL,
-                                       9223372036854775808ULL,
-                                       ~0ULL}) {
-                values.push_back(static_cast<Stored>(bits));
+            std::vector<Stored> values = {static_cast<Stored>(200), static_cast<Stored>(~0ULL)};
+            for (const int power : {0, 7, 8, 15, 16, 24, 31, 32, 53, 63}) {
+                const std::uint64_t bits = 1ULL << power;
+                for (const std::uint64_t near : {bits - 1, bits, bits + 1}) {
+                    values.push_back(static_cast<Stored>(near));
+                }
             }
             return values;
         }
     }
 };
+
+/// The Java type that a class takes by itself.
+template <typename Case>
+using NaturalType = std::conditional_t<
+    Case::id == qxLOGICAL_CLASS, jboolean,
+    std::conditional_t<
+        Case::id == qxCHAR_CLASS, jchar,
+        std::conditional_t<std::is_floating_point_v<typename Case::Stored>, typename Case::Stored,
+                           std::conditional_t<sizeof(typename Case::Stored) == 1, jbyte,
+                                              std::conditional_t<sizeof(typename Case::Stored) == 2, jshort,
+                                                                 std::conditional_t<sizeof(typename Case::Stored) == 4,
+                                                                                    jint, jlong>>>>>>;
 
 /// Calls `body` with a ClassCase for each class that has numbers, truth values or text.
 template <typename Body>
@@ -206,6 +185,16 @@ inline std::int64_t truncated(double value, int bits) {
     const double whole = std::trunc(value);
     return whole >= -limit && whole < limit ? static_cast<std::int64_t>(whole)
                                             : std::numeric_limits<std::int64_t>::min() >> (64 - bits);
+}
+
+/// A plain cast; what has no value in the integer that it passes through gives that one's lowest.
+template <typename T, typename S>
+T modelCast(S value) {
+    if constexpr (std::is_floating_point_v<S> && std::is_integral_v<T>) {
+        return static_cast<T>(truncated(static_cast<double>(value), sizeof(T) == 8 ? 64 : 32));
+    } else {
+        return static_cast<T>(value);
+    }
 }
 
 }  // namespace nativevrl::test

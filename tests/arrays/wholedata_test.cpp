@@ -40,38 +40,14 @@ TEST_F(WholeData, CrossesAsTheJavaTypeOfItsClass) {
         const auto values = Case::values();
         const Held held(env, Case::row(values, qxCOMPLEX));
         const bool real = held->imagData() == nullptr;
-        const auto check = [&](auto javaValue) {
-            using T = decltype(javaValue);
-            const jobject data = getData(held.handle, real);
-            const auto crossed = toVector<T>(env, data);
-            ASSERT_EQ(crossed.size(), values.size()) << Case::id;
-            EXPECT_EQ(std::memcmp(crossed.data(), values.data(), values.size() * sizeof(T)), 0) << Case::id;
-            std::fill_n(Case::part(held.array.get(), real), values.size(), typename Case::Stored{});
-            setData(held.handle, data, real);
-            EXPECT_EQ(std::memcmp(Case::part(held.array.get(), real), values.data(), values.size() * sizeof(T)), 0)
-                << Case::id;
-        };
-        switch (Case::id) {
-            case qxLOGICAL_CLASS:
-                return check(jboolean{});
-            case qxCHAR_CLASS:
-                return check(jchar{});
-            case qxDOUBLE_CLASS:
-                return check(jdouble{});
-            case qxSINGLE_CLASS:
-                return check(jfloat{});
-            case qxINT8_CLASS:
-            case qxUINT8_CLASS:
-                return check(jbyte{});
-            case qxINT16_CLASS:
-            case qxUINT16_CLASS:
-                return check(jshort{});
-            case qxINT32_CLASS:
-            case qxUINT32_CLASS:
-                return check(jint{});
-            default:
-                return check(jlong{});
-        }
+        const std::size_t bytes = values.size() * sizeof(typename Case::Stored);
+        const jobject data = getData(held.handle, real);
+        const auto crossed = toVector<NaturalType<Case>>(env, data);
+        ASSERT_EQ(crossed.size(), values.size()) << Case::id;
+        EXPECT_EQ(std::memcmp(crossed.data(), values.data(), bytes), 0) << Case::id;
+        std::fill_n(Case::part(held.array.get(), real), values.size(), typename Case::Stored{});
+        setData(held.handle, data, real);
+        EXPECT_EQ(std::memcmp(Case::part(held.array.get(), real), values.data(), bytes), 0) << Case::id;
     });
     expectNoThrow(env);
 }

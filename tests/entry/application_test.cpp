@@ -4,14 +4,7 @@
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
-#include <atomic>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
-#include <thread>
-
-extern "C" jstring Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(JNIEnv*, jclass,
-                                                                                               jstring);
 
 namespace nativevrl::test {
 
@@ -89,15 +82,6 @@ TEST_F(Application, StartsWithOptionsAndStops) {
     EXPECT_TRUE(Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlIsJVMEnabled(env, nullptr));
 }
 
-TEST_F(Application, StartsWithoutOptionsAndAgain) {
-    EXPECT_TRUE(start(nullptr));
-    EXPECT_TRUE(start(strings(env, {})));
-    EXPECT_TRUE(start(strings(env, {nullptr})));
-    EXPECT_TRUE(vrlIsKRTInitialized());
-    EXPECT_TRUE(stop());
-    EXPECT_TRUE(stop());
-}
-
 TEST_F(Application, ABadOptionIsNamedAndChangesNothing) {
     const JniCounter counter(env);
     EXPECT_FALSE(start(strings(env, {u"-nodisplay", u"-fast"})));
@@ -109,58 +93,12 @@ TEST_F(Application, ABadOptionIsNamedAndChangesNothing) {
     EXPECT_FALSE(vrlIsNoDisplaySet());
 }
 
-TEST_F(Application, TheLogFileIsTold) {
-    EXPECT_EQ(toText(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetLogFileName(env, nullptr)), "");
-    const std::filesystem::path log = std::filesystem::temp_directory_path() / "loomkit-application-test.log";
-    EXPECT_TRUE(start(strings(env, {u"-logfile", log.u16string().c_str()})));
-    EXPECT_EQ(toText(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetLogFileName(env, nullptr)),
-              log.string());
-    stop();
-    std::filesystem::remove(log);
-}
-
-TEST_F(Application, TheEnvironmentIsThatOfTheProcess) {
-    const auto value = [&](const char16_t* name) {
-        const JniCounter counter(env);
-        jstring text = Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(
-            env, nullptr, javaString(env, name));
-        EXPECT_EQ(counter.pinnedBlocks(), 0);
-        return text == nullptr ? "null" : toText(env, text);
-    };
-    ::setenv("LOOMKIT_TEST_VARIABLE", "a value", 1);
-    EXPECT_EQ(value(u"LOOMKIT_TEST_VARIABLE"), "a value");
-    ::unsetenv("LOOMKIT_TEST_VARIABLE");
-    EXPECT_EQ(value(u"LOOMKIT_TEST_VARIABLE"), "");
-}
-
 TEST_F(Application, CopiedCharactersOfAMacroAreGivenBack) {
     const JniCounter counter(env);
     Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlAddCanonicalPathMacro(
         env, nullptr, javaString(env, u"LOOMKIT_TEST"), javaString(env, u"/somewhere"));
     EXPECT_EQ(counter.calls(&JNINativeInterface_::GetStringUTFChars), 2);
     EXPECT_EQ(counter.pinnedBlocks(), 0);
-}
-
-TEST_F(Application, TheLockKeepsOtherThreadsOut) {
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_lock(env, nullptr);
-    std::atomic<bool> arrives{false};
-    std::atomic<bool> entered{false};
-    std::thread other([&] {
-        arrives = true;
-        vrlAcquireMutex();
-        entered = true;
-        vrlReleaseMutex();
-    });
-    while (!arrives) {
-        std::this_thread::yield();
-    }
-    for (int turn = 0; turn < 1000; ++turn) {
-        std::this_thread::yield();
-    }
-    EXPECT_FALSE(entered);
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_unlock(env, nullptr);
-    other.join();
-    EXPECT_TRUE(entered);
 }
 
 }  // namespace

@@ -82,51 +82,6 @@ TEST_F(Feval, AnyNumberOfArgumentsGoesThrough) {
     expectNoThrow(env);
 }
 
-TEST_F(Feval, AResultThatIsNotGivenIsAWrapperAroundNothing) {
-    jobjectArray results = call(u"fewer", {}, 3);
-    expectNoThrow(env);
-    EXPECT_EQ(classNameOf(env, elementAt(env, results, 0)), "com/norvane/toolbox/loomkit/NVCharArray");
-    EXPECT_EQ(classNameOf(env, elementAt(env, results, 2)), "com/norvane/toolbox/loomkit/NVBuiltinArray");
-    EXPECT_EQ(arrayOf(elementAt(env, results, 2)), nullptr);
-    closeAll(results);
-}
-
-TEST_F(Feval, AJavaObjectGoesThroughAsItself) {
-    jobject object = newObject(env, "java/util/ArrayList", "()V");
-    jobject reference = newObject(env, "com/norvane/toolbox/loomkit/NVJavaObjectRef", "(Ljava/lang/Object;)V",
-                                  {objectArgument(object)});
-    const JniCounter counter(env);
-    jobjectArray results = call(u"same", {reference}, 1);
-    expectNoThrow(env);
-    jobject result = elementAt(env, results, 0);
-    EXPECT_EQ(classNameOf(env, result), "com/norvane/toolbox/loomkit/NVJavaObjectRef");
-    EXPECT_NE(env->IsSameObject(callObject(env, result, "get", "()Ljava/lang/Object;"), object), JNI_FALSE);
-    EXPECT_EQ(counter.globalReferences(), 0);
-}
-
-TEST_F(Feval, AFailedFunctionCarriesItsStack) {
-    const JniCounter counter(env);
-    jobjectArray results = call(u"fail_deep", {javaString(env, u"too deep")}, 1);
-    EXPECT_EQ(counter.pinnedBlocks(), 0);
-    jthrowable exception = env->ExceptionOccurred();
-    expectThrown(env, nvException, "too deep");
-    EXPECT_EQ(elementAt(env, results, 0), nullptr) << "the places stay as they were";
-    jobject stack = callObject(env, exception, "getNativeStack", "()Ljava/util/List;");
-    const std::string lines = describe(env, stack);
-    EXPECT_EQ(callInt(env, stack, "size", "()I"), 3) << lines;
-    EXPECT_LT(lines.find("at innermost"), lines.find("at middle")) << lines;
-    EXPECT_LT(lines.find("at middle"), lines.find("at fail_deep")) << lines;
-}
-
-TEST_F(Feval, AnUnknownFunctionIsNamed) {
-    call(u"no_such_function", {boxed<jint>(env, 1)}, 1);
-    const std::string message = expectThrownClass(env, nvException);
-    EXPECT_NE(message.find("no_such_function"), std::string::npos) << message;
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(env, nullptr, instance, nullptr, 0,
-                                                             places(env, objects({})), 0, places(env, objects({})));
-    expectThrownClass(env, nvException);
-}
-
 TEST_F(Feval, AnInputThatMakesNoArrayEndsTheCallBeforeItRuns) {
     jobject list = newObject(env, "java/util/ArrayList", "()V");
     call(u"say", {javaString(env, u"never said"), list}, 0);
@@ -186,16 +141,6 @@ TEST_F(Feval, ResultsThatFoundNoPlaceAreEnded) {
     run(places(env, results), 2, u"count", places(env, objects({})), 0);
     expectNoThrow(env);
     closeAll(results);
-}
-
-TEST_F(Feval, AStaleInstanceIsAFailure) {
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlTerminateInstance(env, nullptr, instance);
-    call(u"same", {boxed<jint>(env, 1)}, 1);
-    expectThrownClass(env, nvException);
-    instance = newHandle(env, nullptr);
-    call(u"same", {boxed<jint>(env, 1)}, 1);
-    expectThrownClass(env, nvException);
-    instance = nullptr;
 }
 
 TEST_F(Feval, OutputGoesToTheHandlersOfTheInstance) {

@@ -101,12 +101,6 @@ TEST_F(Instances, AnImpossibleRequestIsRefusedInFixedWords) {
     const Refusal refusals[] = {
         {"no stream, a length", [](JNIEnv*, Request& request) { request.archive = nullptr; },
          "KPA InputStream is null"},
-        {"no stream, length 0",
-         [](JNIEnv*, Request& request) {
-             request.archive = nullptr;
-             request.length = 0;
-         },
-         "KPA InputStream is null"},
         {"too few bytes", [](JNIEnv*, Request& request) { ++request.length; }, "KPA InputStream is not valid"},
         {"no location", [](JNIEnv*, Request& request) { request.extractTo = nullptr; },
          "No valid extract location specified"},
@@ -133,12 +127,6 @@ TEST_F(Instances, AFailureOfTheRuntimeHasItsPrefix) {
              request.componentText = javaString(env, u"solver");
          },
          "solver"},
-        {"no archive and no name",
-         [](JNIEnv*, Request& request) {
-             request.archive = nullptr;
-             request.length = -1;
-         },
-         ""},
         {"an empty archive",
          [](JNIEnv* env, Request& request) {
              request.archive = chunkedStream(env, {}, 1);

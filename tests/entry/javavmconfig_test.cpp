@@ -32,18 +32,6 @@ protected:
     }
 };
 
-TEST_F(VmConfig, KnowsTheMachine) {
-    const JniCounter counter(env);
-    {
-        JavaVMConfigLoomkit known = config();
-        EXPECT_TRUE(known.hasJavaVM());
-        EXPECT_EQ(known.getJavaVM(), javaVm());
-        EXPECT_NE(known.getJVMLocation(), "");
-        EXPECT_EQ(counter.globalReferences(), 1);
-    }
-    EXPECT_EQ(counter.globalReferences(), 0);
-}
-
 TEST_F(VmConfig, PassesOnWhatFollowsThePrefixes) {
     JavaVMConfigLoomkit loader = config();
     const JniCounter counter(env);
@@ -52,18 +40,6 @@ TEST_F(VmConfig, PassesOnWhatFollowsThePrefixes) {
     EXPECT_EQ(describe(env, loaded), "class java.lang.StringBuilder");
     EXPECT_EQ(counter.globalReferences(), 0) << "the result is new, the class reference gone";
     EXPECT_TRUE(loader.hasJavaVM());
-    env->DeleteGlobalRef(loaded);
-}
-
-TEST_F(VmConfig, WorksOnAThreadThatTheMachineDoesNotKnow) {
-    JavaVMConfigLoomkit loader = config();
-    jclass loaded = nullptr;
-    onUnknownThread([&] {
-        loaded = loader.loadOJI("-Djava.class.path=x", "-Djava.library.path=y");
-        EXPECT_EQ(currentEnv(), nullptr);
-    });
-    EXPECT_EQ(seen(), "x|y");
-    EXPECT_EQ(env->GetObjectRefType(loaded), JNIGlobalRefType);
     env->DeleteGlobalRef(loaded);
 }
 

@@ -85,12 +85,6 @@ TEST_F(PrintHandlers, ACopyMayEndOnAnyThread) {
     EXPECT_EQ(recordedText(env, target), "last words");
 }
 
-TEST_F(PrintHandlers, ANullCallableMakesAHandler) {
-    const JniCounter counter(env);
-    EXPECT_NO_THROW(JavaPrintHandler(*sharedEnvInjector, nullptr));
-    EXPECT_EQ(counter.globalReferences(), 0);
-}
-
 TEST_F(PrintHandlers, TheFirstDefaultGetsWarningsAndTheSecondOrdinaryOutput) {
     jobject first = recorder(env);
     jobject second = recorder(env);

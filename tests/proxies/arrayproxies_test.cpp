@@ -3,9 +3,6 @@
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
 
-#include <cstdint>
-#include <numeric>
-
 namespace nativevrl::test {
 
 namespace {
@@ -52,36 +49,6 @@ TYPED_TEST(PrimitiveArrays, ReleaseBeforeTheReferenceChanges) {
     EXPECT_EQ(toVector<TypeParam>(this->env, copy.ref())[0], TypeParam{0});
 }
 
-TYPED_TEST(PrimitiveArrays, AProxyOfNullHasNoElements) {
-    JPrimitiveArrayProxy<TypeParam> proxy(this->env, nullptr);
-    EXPECT_EQ(proxy.length(), 0);
-    EXPECT_THROW(proxy.getElements(), tether::NullPointerException);
-    expectThrownClass(this->env, "java/lang/NullPointerException");
-}
-
-TYPED_TEST(PrimitiveArrays, AContiguousRunIsCopiedInOneCall) {
-    const std::vector<TypeParam> values = this->values();
-    const JniCounter counter(this->env);
-    const NewJPrimitiveArrayProxy<TypeParam> array(this->env, values.data(), values.data() + values.size());
-    EXPECT_EQ(counter.pins(), 0);
-    EXPECT_EQ(toVector<TypeParam>(this->env, array.ref()), values);
-    const NewJPrimitiveArrayProxy<TypeParam> none(this->env, values.data(), values.data());
-    EXPECT_EQ(none.length(), 0);
-    EXPECT_FALSE(none.isNull());
-}
-
-TYPED_TEST(PrimitiveArrays, OtherRunsAreCastElementByElement) {
-    const std::uint16_t source[] = {65, 9, 66, 9, 67, 9};
-    NewJPrimitiveArrayProxy<TypeParam> dense(this->env, source, source + 2);
-    EXPECT_EQ(toVector<TypeParam>(this->env, dense.detach()), (std::vector<TypeParam>{65, 9}));
-    NewJPrimitiveArrayProxy<TypeParam> strided(this->env, source, 2, source + 6, 2);
-    EXPECT_EQ(toVector<TypeParam>(this->env, strided.detach()), (std::vector<TypeParam>{65, 66, 67}));
-    NewJPrimitiveArrayProxy<TypeParam> strideOfThree(this->env, source, 3, source + 6, 3);
-    EXPECT_EQ(toVector<TypeParam>(this->env, strideOfThree.detach()), (std::vector<TypeParam>{65, 9}));
-    auto range = NewJPrimitiveArrayProxy<TypeParam>::fromRange(this->env, source + 1, source + 3);
-    EXPECT_EQ(toVector<TypeParam>(this->env, range.detach()), (std::vector<TypeParam>{9, 66}));
-}
-
 TYPED_TEST(PrimitiveArrays, AnArrayThatCannotBeMadeRaisesOutOfMemory) {
     const TypeParam value{};
     {
@@ -117,24 +84,6 @@ TEST_F(ObjectArrays, WhatIsAttachedToAnElementLandsInTheArrayAtOnce) {
     element.attach(env->NewLocalRef(text));
     EXPECT_NE(env->IsSameObject(elementAt(env, array.ref(), 1), text), JNI_FALSE);
     EXPECT_EQ(elementAt(env, array.ref(), 0), nullptr);
-}
-
-TEST_F(ObjectArrays, RefuseWhatTheirClassDoesNotAllow) {
-    JObjectArrayProxy<JStringProxy> array(env, objectArray(env, "java/lang/String", {nullptr}));
-    EXPECT_THROW(array.set(0, intArray(env, {1})), tether::Exception);
-    expectThrownClass(env, "java/lang/ArrayStoreException");
-}
-
-TEST_F(ObjectArrays, NewOnesHaveTheirElementClassAndNulls) {
-    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JStringProxy>(env, 2).ref()), "[Ljava/lang/String;");
-    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JPrimitiveArrayProxy<jdouble>>(env, 2).ref()), "[[D");
-    EXPECT_EQ(classNameOf(env, NewJObjectArrayProxy<JObjectProxy>(env, "java/lang/Number", 2).ref()),
-              "[Ljava/lang/Number;");
-    NewJObjectArrayProxy<JStringProxy> array(env, 3);
-    EXPECT_EQ(array.length(), 3);
-    EXPECT_TRUE(array.get(2).isNull());
-    EXPECT_THROW(NewJObjectArrayProxy<JObjectProxy>(env, "com/norvane/Absent", 1), tether::FindClassException);
-    expectThrown(env, "java/lang/NoClassDefFoundError", "com/norvane/Absent");
 }
 
 }  // namespace

@@ -116,16 +116,6 @@ TEST_F(ClassProxies, AFailedWeakReferenceLeavesTheSlotEmpty) {
     EXPECT_EQ(counter.localReferences(), 0);
 }
 
-TEST_F(ClassProxies, NamesOfArrayClassesAreComposed) {
-    EXPECT_STREQ(JObjectArrayClassProxy<JObjectProxy>::className(), "[Ljava/lang/Object;");
-    EXPECT_STREQ(JObjectArrayClassProxy<JStringProxy>::className(), "[Ljava/lang/String;");
-    EXPECT_STREQ(JObjectArrayClassProxy<JBooleanProxy>::className(), "[Ljava/lang/Boolean;");
-    EXPECT_STREQ(JPrimitiveArrayClassProxy<jlong>::className(), "[J");
-    jobject rows = nested<jdouble>(env, {{1}});
-    EXPECT_TRUE(JPrimitiveArrayClassProxy<jdouble>::instance(env)->isInstance(env, elementAt(env, rows, 0)));
-    EXPECT_TRUE(JObjectArrayClassProxy<JObjectProxy>::instance(env)->isInstance(env, rows));
-}
-
 TEST_F(ClassProxies, TwoThreadsOnAFreshSlotBuildOneProxy) {
     for (int round = 0; round < 20; ++round) {
         FreshClassProxy* ours = nullptr;

@@ -13,14 +13,6 @@ using References = JvmTest;
 
 bool same(JNIEnv* env, jobject first, jobject second) { return env->IsSameObject(first, second) != JNI_FALSE; }
 
-TEST_F(References, ANullObjectMakesAProxyOfNull) {
-    JObjectProxy proxy(env, nullptr);
-    EXPECT_TRUE(proxy.isNull());
-    EXPECT_EQ(proxy.detach(), nullptr);
-    proxy.reset();
-    EXPECT_EQ(JObjectRef(proxy).ref(), nullptr);
-}
-
 TEST_F(References, EachProxyOwnsAReferenceOfItsOwn) {
     jobject object = javaString(env, u"shared");
     const JniCounter counter(env);
@@ -35,16 +27,6 @@ TEST_F(References, EachProxyOwnsAReferenceOfItsOwn) {
     }
     EXPECT_EQ(counter.localReferences(), 0);
     EXPECT_EQ(describe(env, object), "shared");
-}
-
-TEST_F(References, AttachTakesOverAndDeletesTheOldReference) {
-    jobject old = javaString(env, u"old");
-    const JniCounter counter(env);
-    JObjectRef proxy(env, old);
-    jobject fresh = env->NewLocalRef(old);
-    proxy.attach(fresh);
-    EXPECT_EQ(proxy.ref(), fresh);
-    EXPECT_EQ(counter.localReferences(), 1);
 }
 
 TEST_F(References, AssignmentMakesAReferenceAndEndsTheOldOne) {
@@ -63,17 +45,6 @@ TEST_F(References, AssignmentMakesAReferenceAndEndsTheOldOne) {
     proxy = itself;
     EXPECT_TRUE(same(env, proxy.ref(), one));
     EXPECT_EQ(counter.localReferences(), 2);
-}
-
-TEST_F(References, DetachGivesTheReferenceAway) {
-    jobject object = javaString(env, u"kept");
-    jobject detached = nullptr;
-    {
-        JObjectRef proxy(env, object);
-        detached = proxy.detach();
-        EXPECT_TRUE(proxy.isNull());
-    }
-    EXPECT_TRUE(same(env, detached, object));
 }
 
 TEST_F(References, AFailedReferenceIsToldApartFromNull) {
@@ -114,20 +85,6 @@ TEST_F(References, NothingIsMadeWhileAnExceptionIsPending) {
         EXPECT_EQ(counter.localReferences(), 0);
         expectThrown(env, "java/lang/IllegalStateException", "earlier");
     }
-}
-
-TEST_F(References, AClassReferenceLeavesTheLookedUpReferenceToTheNative) {
-    const JniCounter counter(env);
-    { const JClassRef cls(env, "java/util/ArrayList"); }
-    EXPECT_EQ(counter.localReferences(), 1);
-}
-
-TEST_F(References, AnObjectTellsItsClassAndText) {
-    const JObjectProxy list(env, newObject(env, "java/util/ArrayList", "()V"));
-    EXPECT_STREQ(list.getClassName().getStringUTFChars(), "java.util.ArrayList");
-    EXPECT_STREQ(list.toString().getStringUTFChars(), "[]");
-    EXPECT_STREQ(JObjectProxy(env, nullptr).getClassName().getStringUTFChars(), "null");
-    EXPECT_STREQ(JObjectProxy(env, nested<jdouble>(env, {{1}})).getClassName().getStringUTFChars(), "[[D");
 }
 
 }  // namespace

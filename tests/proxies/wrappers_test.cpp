@@ -1,3 +1,4 @@
+#include "jzi/javaarray.h"
 #include "jzi/jzi.h"
 #include "proxies/jnvarrayproxy.h"
 #include "proxies/jnvjavaobjectrefproxy.h"
@@ -57,14 +58,6 @@ TEST_F(Wrappers, AreChosenByTheClassOfTheArray) {
     }
 }
 
-TEST_F(Wrappers, WithoutASpecificClassAllAreBuiltin) {
-    qxArray* array = qxCreateDoubleScalar(1);
-    const NewJNVBuiltinArrayProxy wrapper(env, array, false);
-    EXPECT_EQ(classNameOf(env, wrapper.ref()), "com/norvane/toolbox/loomkit/NVBuiltinArray");
-    EXPECT_EQ(wrapper.getArray(), array);
-    callVoid(env, wrapper.ref(), "close", "()V");
-}
-
 TEST_F(Wrappers, WhatHasNoSpecificClassIsRefusedAndStaysTheCallers) {
     int payload = 0;
     const qxArrayOwner function(qxCreateFunctionHandle("solve"));
@@ -94,6 +87,32 @@ TEST_F(Wrappers, OfAJavaObjectConsumeTheArray) {
     EXPECT_EQ(counter.globalReferences(), -1) << "the array's own reference went with it";
     const JObjectProxy held = JNVJavaObjectRefProxy(env, wrapper.ref()).get();
     EXPECT_NE(env->IsSameObject(held.ref(), object), JNI_FALSE);
+}
+
+TEST_F(Wrappers, OfAJavaObjectShareOneReferenceThatTheLastArrayEndsOnAnyThread) {
+    jobject object = newObject(env, "java/util/ArrayList", "()V");
+    jweak weak = env->NewWeakGlobalRef(object);
+    qxArrayOwner array(javaObjectArray(env, object));
+    env->DeleteLocalRef(object);
+    qxArrayOwner shared(qxCreateSharedDataCopy(array.get()));
+    qxArrayOwner deep(qxDuplicateArray(array.get()));
+    EXPECT_EQ(jzi::heldJavaObject(deep.get()), jzi::heldJavaObject(array.get()));
+    jclass system = findClass(env, "java/lang/System");
+    jmethodID collect = env->GetStaticMethodID(system, "gc", "()V");
+    const auto isCollected = [&] {
+        env->CallStaticVoidMethodA(system, collect, nullptr);
+        requireNoThrow(env, "System.gc");
+        return env->IsSameObject(weak, nullptr) != JNI_FALSE;
+    };
+    array.reset();
+    shared.reset();
+    EXPECT_FALSE(isCollected());
+    onUnknownThread([&] {
+        deep.reset();
+        EXPECT_EQ(currentEnv(), nullptr) << "attached for the deletion only";
+    });
+    EXPECT_TRUE(isCollected());
+    env->DeleteWeakGlobalRef(weak);
 }
 
 TEST_F(Wrappers, OfAnArrayWithoutAnObjectAreNullAndConsumeIt) {

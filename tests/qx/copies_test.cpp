@@ -54,14 +54,6 @@ TEST_F(Copies, SeeFieldsThatAreAddedThroughAnother) {
     EXPECT_EQ(qxGetField(second.get(), 1, "a"), qxGetCell(first.get(), 2));
 }
 
-TEST_F(Copies, OutliveTheirSource) {
-    qxArrayOwner first(qxCreateCellMatrix(1, 1));
-    qxSetCell(first.get(), 0, qxCreateDoubleScalar(4));
-    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
-    first.reset();
-    EXPECT_EQ(*static_cast<double*>(qxGetCell(second.get(), 0)->realData()), 4);
-}
-
 TEST_F(Copies, ThatAreDeepAreEqualAndApart) {
     const std::uint64_t seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -1,4 +1,3 @@
-#include <cmath>
 #include <limits>
 
 #include "support.h"
@@ -72,14 +71,6 @@ INSTANTIATE_TEST_SUITE_P(All, NumericClasses,
                                          ClassCase{static_cast<qxClassID>(-1), 0, false},
                                          ClassCase{static_cast<qxClassID>(19), 0, false}));
 
-TEST_F(Creation, OfTheUnknownClassWorksWithoutElements) {
-    const qxArrayOwner array(qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL));
-    ASSERT_TRUE(array);
-    EXPECT_EQ(qxGetClassID(array.get()), qxUNKNOWN_CLASS);
-    EXPECT_TRUE(qxIsEmpty(array.get()));
-    EXPECT_FALSE(qxCreateNumericMatrix(1, 1, qxUNKNOWN_CLASS, qxREAL));
-}
-
 TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     EXPECT_FALSE(doubles({kTooLong, 0}));
     EXPECT_FALSE(doubles({0, 1, kTooLong}));
@@ -99,11 +90,6 @@ TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     ASSERT_TRUE(hollow);
     EXPECT_EQ(qxGetNumberOfElements(hollow.get()), 0U);
     EXPECT_EQ(qxGetN(hollow.get()), std::numeric_limits<std::size_t>::max());
-}
-
-TEST_F(Creation, OfScalarsStoresTheValue) {
-    EXPECT_EQ(*realOf<double>(qxArrayOwner(qxCreateDoubleScalar(-2.5))), -2.5);
-    EXPECT_EQ(*realOf<std::uint8_t>(qxArrayOwner(qxCreateLogicalScalar(true))), 1);
 }
 
 struct TextCase {
@@ -153,23 +139,6 @@ TEST_F(Creation, OfAnOpaqueValueEndsThePayloadOnce) {
     EXPECT_EQ(ended, 1);
     EXPECT_EQ(qxGetSubclass(rowOf({1}).get()), nullptr);
     EXPECT_EQ(qxGetOpaquePayload(rowOf({1}).get()), nullptr);
-}
-
-TEST_F(Creation, OfAFunctionHandleKeepsItsNameInASlot) {
-    const qxArrayOwner handle(qxCreateFunctionHandle("solve"));
-    EXPECT_EQ(handle->classWord(), 16U);
-    EXPECT_EQ(qxGetString(qxGetCell(handle.get(), 0)), "solve");
-    EXPECT_EQ(qxGetFunctionName(handle.get()), "solve");
-    EXPECT_EQ(qxGetFunctionName(qxArrayOwner(qxCreateString("solve")).get()), "");
-    EXPECT_FALSE(qxCreateFunctionHandle(nullptr));
-}
-
-TEST_F(Creation, ComesWithTheConstantsOfDoubleArithmetic) {
-    EXPECT_EQ(1 + qxGetEps() / 2, 1);
-    EXPECT_GT(1 + qxGetEps(), 1);
-    EXPECT_TRUE(qxIsInf(qxGetInf()) && qxIsInf(-qxGetInf()) && !qxIsFinite(qxGetInf()));
-    EXPECT_TRUE(qxIsNaN(qxGetNaN()) && !qxIsFinite(qxGetNaN()) && !qxIsInf(qxGetNaN()));
-    EXPECT_TRUE(qxIsFinite(1e308) && !qxIsNaN(1e308));
 }
 
 }  // namespace

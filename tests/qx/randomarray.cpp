@@ -17,7 +17,7 @@ std::vector<std::uint32_t> randomExtents(Random& random) {
 }
 
 double randomNumber(Random& random) {
-    const double special[] = {0.0, -0.0, INFINITY, -INFINITY, std::nan("1"), std::nan("2"), 1e-310};
+    const double special[] = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan("1"), std::nan("2"), 1e-310};
     return below(random, 8) == 0 ? special[below(random, 7)] : std::ldexp(static_cast<double>(random() % 1000), -4);
 }
 

@@ -7,21 +7,6 @@ namespace {
 
 using Sparse = QxTest;
 
-TEST_F(Sparse, StartsEmptyWithTheCapacityAsked) {
-    for (const std::uint32_t capacity : {0U, 1U, 1000U}) {
-        const qxArrayOwner array(qxCreateSparse(4, 3, capacity, qxCOMPLEX));
-        EXPECT_TRUE(qxIsSparse(array.get()) && qxIsComplex(array.get()));
-        EXPECT_EQ(array->capacity(), capacity);
-        EXPECT_EQ(std::vector<std::uint32_t>(array->columnStartTable(), array->columnStartTable() + 4),
-                  std::vector<std::uint32_t>(4));
-        EXPECT_TRUE(array->realData() != nullptr && array->imagData() != nullptr && array->rowIndexTable() != nullptr);
-    }
-    const qxArrayOwner logical(qxCreateSparseLogicalMatrix(2, 2, 5));
-    EXPECT_EQ(qxGetClassID(logical.get()), qxLOGICAL_CLASS);
-    EXPECT_EQ(qxGetElementSize(logical.get()), 1U);
-    EXPECT_EQ(logical->imagData(), nullptr);
-}
-
 TEST_F(Sparse, MayHaveMorePlacesThanADenseArray) {
     const qxArrayOwner array(qxCreateSparse(0x7FFFFFFF, 1000, 1, qxREAL));
     ASSERT_TRUE(array);

@@ -101,13 +101,6 @@ TEST_F(Display, NumbersTheElementsOfAStructArray) {
     EXPECT_EQ(qxToText(qxArrayOwner(qxCreateStructMatrix(1, 1, 0, nullptr)).get()), "1-by-1 struct without fields\n");
 }
 
-TEST_F(Display, TellsTheShapeOfWhatIsEmpty) {
-    EXPECT_EQ(qxToText(qxArrayOwner(qxCreateDoubleMatrix(0, 3, qxREAL)).get()), "0-by-3 empty double\n");
-    EXPECT_EQ(qxToText(qxArrayOwner(qxCreateCellMatrix(0, 0)).get()), "0-by-0 empty cell\n");
-    EXPECT_EQ(qxToText(qxArrayOwner(qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL)).get()),
-              "0-by-0 empty unknown\n");
-}
-
 TEST_F(Display, SaysHowMuchIsLeftOut) {
     const std::string matrix = qxToText(qxArrayOwner(qxCreateDoubleMatrix(1000, 70, qxREAL)).get());
     EXPECT_NE(matrix.find("... 800 more rows\n"), std::string::npos);

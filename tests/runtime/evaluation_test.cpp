@@ -8,17 +8,6 @@
 
 namespace {
 
-TEST(Evaluation, ComputesAndGivesAFreeStandingResult) {
-    TestInstance instance;
-    const std::size_t before = qxLiveArrayCount();
-    {
-        const auto sum = instance.call1("add", {row({1, 2}), row({10, 20})});
-        EXPECT_EQ(qxLiveArrayCount(), before + 1);
-        EXPECT_EQ(static_cast<double*>(sum->realData())[1], 22.0);
-    }
-    EXPECT_EQ(qxLiveArrayCount(), before);
-}
-
 TEST(Evaluation, GivesAsManyResultsAsAskedFor) {
     TestInstance instance;
     const std::size_t before = qxLiveArrayCount();
@@ -37,9 +26,9 @@ TEST(Evaluation, GivesAsManyResultsAsAskedFor) {
 
 TEST(Evaluation, ChecksCountsBeforeTheFunctionRuns) {
     TestInstance instance;
-    EXPECT_EQ(instance.failureOf("add", {scalar(1)}).message, "add: 1 argument given, expected at least 2");
+    EXPECT_EQ(instance.failureOf("add", {scalar(1)}).message, "add: 1 argument given, expected 2");
     EXPECT_EQ(instance.failureOf("add", {scalar(1), scalar(1), scalar(1)}).message,
-              "add: 3 arguments given, expected at most 2");
+              "add: 3 arguments given, expected 2");
     EXPECT_EQ(instance.failureOf("add", {scalar(1), scalar(1)}, 2).message,
               "add: 2 results asked for, it gives at most 1");
     EXPECT_EQ(instance.failureOf("add", {scalar(1), nullptr}).message, "add: argument 2 is no array");
@@ -100,28 +89,6 @@ TEST(Evaluation, OfEndlessRecursionFailsOnLargeAndSmallStacks) {
     pthread_attr_destroy(&attributes);
     EXPECT_EQ(failure.message.rfind("recurse: calls nest too deep (", 0), 0U) << failure.message;
     EXPECT_EQ(qxLiveArrayCount(), before);
-}
-
-TEST(Evaluation, KeepsTheComponentWhenItsInstanceEndsMeanwhile) {
-    void* handle = nullptr;
-    const auto held = std::make_shared<int>(0);
-    std::string printed;
-    const vrlPrintHandler ender = [&handle, &printed, held](const char* text) {
-        printed += text;
-        vrlTerminateInstanceInternal(handle);
-        return 0;
-    };
-    const long before = held.use_count();
-    handle = vrlInitializeComponentInstance(ender, ender, factoryOf(describeTestComponent()));
-    qxArrayOwner input(text("ended"));
-    qxArray* inputs[] = {input.get()};
-    qxArray* result = nullptr;
-    vrlLoomkitFeval(handle, "print_text", 1, &result, 1, inputs);
-    const qxArrayOwner owned(result);
-    EXPECT_EQ(printed, "ended");
-    EXPECT_EQ(firstOf(owned), 1.0);
-    EXPECT_EQ(held.use_count(), before);
-    EXPECT_THROW(vrlTerminateInstanceInternal(handle), Norvane::vrl::vrlBaseException);
 }
 
 TEST(Evaluation, RunsOnSeveralThreadsAtOnce) {

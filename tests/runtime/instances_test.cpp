@@ -127,20 +127,4 @@ TEST(Instances, GiveUpTheirHandlersAndTheirFolderAtTheirEnd) {
     EXPECT_TRUE(lease.expired());
 }
 
-TEST(Instances, TellWhatTheyCanDo) {
-    TestInstance instance(describeCComponent());
-    const vrlComponentInfo info = vrlGetComponentInfo(instance.handle());
-    EXPECT_EQ(info.name, "plain");
-    ASSERT_EQ(info.functions.size(), 2U);
-    EXPECT_EQ(info.functions[1].help, "Help of relay.");
-
-    const auto listed = instance.call("krt.functions", 2);
-    ASSERT_EQ(qxGetM(listed[0].get()), 2U);
-    EXPECT_EQ(qxGetString(qxGetCell(listed[0].get(), 0)), "scale");
-    EXPECT_EQ(qxGetString(qxGetCell(listed[1].get(), 1)), "Help of relay.");
-    const auto described = instance.call1("krt.info");
-    EXPECT_EQ(qxGetString(qxGetField(described.get(), 0, "version")), "1");
-    EXPECT_EQ(*static_cast<double*>(qxGetField(described.get(), 0, "functions")->realData()), 2.0);
-}
-
 }  // namespace

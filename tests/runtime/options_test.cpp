@@ -202,10 +202,4 @@ TEST(RuntimeMutex, IsRecursiveAndIgnoresAStrayRelease) {
     EXPECT_FALSE(heldWhenEntered);
 }
 
-TEST(StackStrings, SayWhatIsKnown) {
-    EXPECT_EQ(createStackStrings({{"f", "a.cpp", 12}, {"g", "b.cpp", 0}, {"h", "", 0}}),
-              (std::vector<std::string>{"at f (a.cpp:12)", "at g (b.cpp)", "at h"}));
-    EXPECT_TRUE(createStackStrings({}).empty());
-}
-
 }  // namespace

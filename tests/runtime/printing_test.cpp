@@ -1,7 +1,6 @@
 #include "testcomponent.h"
 
 #include "basix/basix.h"
-#include "krt/component.h"
 #include "vrlbase/vrlbase.h"
 
 #include <unistd.h>
@@ -41,48 +40,10 @@ protected:
     std::string log_;
 };
 
-TEST_F(Printing, GoesToTheInstanceOfTheCall) {
-    TestInstance first;
-    TestInstance second;
-    second.call("print_both", 0);
-    EXPECT_EQ(second.ordinary, "ordinary");
-    EXPECT_EQ(second.errors, "Warning: careful\n");
-    EXPECT_EQ(first.ordinary + first.errors, "");
-    EXPECT_EQ(logged(), "");
-}
-
-TEST_F(Printing, OutsideOfACallGoesToTheDefaultHandlers) {
-    std::string errors;
-    std::string ordinary;
-    const auto into = [](std::string& target) {
-        return [&target](const char* printed) {
-            target += printed;
-            return 0;
-        };
-    };
-    vrlSetDefaultPrintHandlers(into(errors), into(ordinary));
-    krtPrint(nullptr, "one");
-    krtWarn(nullptr, "two");
-    EXPECT_EQ(ordinary, "one");
-    EXPECT_EQ(errors, "Warning: two\n");
-    vrlSetDefaultPrintHandlers({}, {});
-    krtPrint(nullptr, "three");
-    EXPECT_EQ(logged(), "three");
-}
-
-TEST_F(Printing, FromAThreadGoesThroughAPrinter) {
-    TestInstance instance;
-    instance.call("print_from_thread", 0);
-    EXPECT_EQ(instance.ordinary, "from a thread");
-    EXPECT_EQ(instance.errors, "Warning: from a thread\n");
-    EXPECT_EQ(logged(), "without a printer");
-}
-
 TEST_F(Printing, AfterTheInstanceGoesToTheLog) {
     int go[2];
     int done[2];
     ASSERT_EQ(pipe(go) + pipe(done), 0);
-    std::string printed;
     {
         TestInstance instance;
         instance.call("print_later", 0, {scalar(go[0]), scalar(done[1])});
@@ -118,20 +79,6 @@ TEST_F(Printing, HandsTextOverInTheLocalCodePage) {
     instance.call("print_text", 0, {text("\xE3\x82\xBD")});
     utSetCodePage(nullptr);
     EXPECT_EQ(instance.ordinary, "\x83\x5C");
-}
-
-TEST_F(Printing, HandlersMakeArraysOfTheirOwn) {
-    qxArray* made = nullptr;
-    const vrlPrintHandler maker = [&made](const char*) {
-        made = qxCreateDoubleScalar(9.0);
-        return 0;
-    };
-    void* handle = vrlInitializeComponentInstance(maker, maker, factoryOf(describeTestComponent()));
-    const qxArrayOwner input(text("x"));
-    qxArray* inputs[] = {input.get()};
-    vrlLoomkitFeval(handle, "print_text", 0, nullptr, 1, inputs);
-    vrlTerminateInstanceInternal(handle);
-    EXPECT_EQ(firstOf(qxArrayOwner(made)), 9.0);
 }
 
 }  // namespace

@@ -26,8 +26,7 @@ vrlExtractedComponent describeTestComponent() {
           "recover",        "recurse",         "repeat",       "make_handle",      "read",
           "raw_throw",      "identity",        "shared_copy",  "pair_of_input",    "pair_of_copies",
           "element",        "element_in_cell", "same_twice",   "cell_and_element", "element_of_temporary",
-          "destroy_inputs", "everything",      "print_both",   "print_text",       "print_from_thread",
-          "print_later",    "fail_on_thread"}) {
+          "destroy_inputs", "print_both",      "print_text",   "print_later",      "fail_on_thread"}) {
         component.functions.push_back(function(name, name));
     }
     component.functions.push_back({"add", "add", "Sum of two matrices.", 2, 2, 1});

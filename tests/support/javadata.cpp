@@ -19,18 +19,6 @@ jmethodID methodOf(JNIEnv* env, jobject object, const char* name, const char* si
 
 const jvalue* pointerTo(const std::vector<jvalue>& arguments) { return arguments.empty() ? nullptr : arguments.data(); }
 
-template <typename T>
-T callAccessor(JNIEnv* env, jobject object, const char* name, const char* signature,
-               T (JNIEnv::*call)(jobject, jmethodID, const jvalue*)) {
-    if (classNameOf(env, object) != JPrimitive<T>::boxedClass) {
-        throw std::runtime_error("expected " + std::string(JPrimitive<T>::boxedClass) + ", got " +
-                                 classNameOf(env, object));
-    }
-    T value = (env->*call)(object, methodOf(env, object, name, signature), nullptr);
-    requireNoThrow(env, name);
-    return value;
-}
-
 }  // namespace
 
 void requireNoThrow(JNIEnv* env, const std::string& what) {
@@ -136,10 +124,6 @@ std::string describe(JNIEnv* env, jobject object) {
     return object == nullptr ? "null" : toText(env, callObject(env, object, "toString", "()Ljava/lang/String;"));
 }
 
-bool isInstance(JNIEnv* env, jobject object, const std::string& className) {
-    return env->IsInstanceOf(object, findClass(env, className)) != JNI_FALSE;
-}
-
 std::size_t lengthOf(JNIEnv* env, jobject array) {
     return static_cast<std::size_t>(env->GetArrayLength(static_cast<jarray>(array)));
 }
@@ -150,37 +134,14 @@ jobject elementAt(JNIEnv* env, jobject array, std::size_t index) {
     return element;
 }
 
-template <>
-jboolean unboxed<jboolean>(JNIEnv* env, jobject object) {
-    return callAccessor<jboolean>(env, object, "booleanValue", "()Z", &JNIEnv::CallBooleanMethodA);
-}
-template <>
-jchar unboxed<jchar>(JNIEnv* env, jobject object) {
-    return callAccessor<jchar>(env, object, "charValue", "()C", &JNIEnv::CallCharMethodA);
-}
-template <>
-jbyte unboxed<jbyte>(JNIEnv* env, jobject object) {
-    return callAccessor<jbyte>(env, object, "byteValue", "()B", &JNIEnv::CallByteMethodA);
-}
-template <>
-jshort unboxed<jshort>(JNIEnv* env, jobject object) {
-    return callAccessor<jshort>(env, object, "shortValue", "()S", &JNIEnv::CallShortMethodA);
-}
-template <>
-jint unboxed<jint>(JNIEnv* env, jobject object) {
-    return callAccessor<jint>(env, object, "intValue", "()I", &JNIEnv::CallIntMethodA);
-}
-template <>
-jlong unboxed<jlong>(JNIEnv* env, jobject object) {
-    return callAccessor<jlong>(env, object, "longValue", "()J", &JNIEnv::CallLongMethodA);
-}
-template <>
-jfloat unboxed<jfloat>(JNIEnv* env, jobject object) {
-    return callAccessor<jfloat>(env, object, "floatValue", "()F", &JNIEnv::CallFloatMethodA);
-}
-template <>
-jdouble unboxed<jdouble>(JNIEnv* env, jobject object) {
-    return callAccessor<jdouble>(env, object, "doubleValue", "()D", &JNIEnv::CallDoubleMethodA);
+void storeUnboxed(JNIEnv* env, jobject array, jobject object) {
+    jclass reflection = findClass(env, "java/lang/reflect/Array");
+    jmethodID set = env->GetStaticMethodID(reflection, "set", "(Ljava/lang/Object;ILjava/lang/Object;)V");
+    requireNoThrow(env, "Array.set");
+    const jvalue arguments[] = {objectArgument(array), {}, objectArgument(object)};
+    env->CallStaticVoidMethodA(reflection, set, arguments);
+    requireNoThrow(env, "Array.set()");
+    env->DeleteLocalRef(reflection);
 }
 
 jobject newHandle(JNIEnv* env, const void* address) {

@@ -98,7 +98,6 @@ std::string toText(JNIEnv* env, jobject string);
 std::string classNameOf(JNIEnv* env, jobject object);
 /// What toString gives.
 std::string describe(JNIEnv* env, jobject object);
-bool isInstance(JNIEnv* env, jobject object, const std::string& className);
 
 /// Number of elements of any Java array.
 std::size_t lengthOf(JNIEnv* env, jobject array);
@@ -143,9 +142,22 @@ Pages<T> toPages(JNIEnv* env, jobject array) {
     return pages;
 }
 
+/// Puts the value of a wrapper into the first element of a primitive array.
+void storeUnboxed(JNIEnv* env, jobject array, jobject object);
+
 /// The value in a wrapper of T's class; a std::runtime_error for any other object.
 template <typename T>
-T unboxed(JNIEnv* env, jobject object);
+T unboxed(JNIEnv* env, jobject object) {
+    if (classNameOf(env, object) != JPrimitive<T>::boxedClass) {
+        throw std::runtime_error("expected " + std::string(JPrimitive<T>::boxedClass) + ", got " +
+                                 classNameOf(env, object));
+    }
+    auto array = primitiveArray<T>(env, {T()});
+    storeUnboxed(env, array, object);
+    const T value = toVector<T>(env, array).front();
+    env->DeleteLocalRef(array);
+    return value;
+}
 
 // ---- Handles
 

@@ -52,28 +52,6 @@ inline jobject readText(JNIEnv* env, jobject handle) { return LOOMKIT_NATIVE(qxA
 
 #undef LOOMKIT_NATIVE
 
-/// The Java type that a class takes by itself.
-template <typename Case>
-using NaturalType = std::conditional_t<
-    Case::id == qxLOGICAL_CLASS, jboolean,
-    std::conditional_t<
-        Case::id == qxCHAR_CLASS, jchar,
-        std::conditional_t<std::is_floating_point_v<typename Case::Stored>, typename Case::Stored,
-                           std::conditional_t<sizeof(typename Case::Stored) == 1, jbyte,
-                                              std::conditional_t<sizeof(typename Case::Stored) == 2, jshort,
-                                                                 std::conditional_t<sizeof(typename Case::Stored) == 4,
-                                                                                    jint, jlong>>>>>>;
-
-/// A plain cast; what has no value in the integer that it passes through gives that one's lowest.
-template <typename T, typename S>
-T modelCast(S value) {
-    if constexpr (std::is_floating_point_v<S> && std::is_integral_v<T>) {
-        return static_cast<T>(truncated(static_cast<double>(value), sizeof(T) == 8 ? 64 : 32));
-    } else {
-        return static_cast<T>(value);
-    }
-}
-
 using Extents = std::vector<std::uint32_t>;
 
 /// Checks a nested array: its class, its lengths all the way down, and each row by `checkRow(row, index, stride)`,

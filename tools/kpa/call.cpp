@@ -2,6 +2,7 @@
 #include "packing.h"
 #include "values.h"
 
+#include "qx/unicode.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/archive.h"
 #include "vrlkrt/vrlkrt.h"
@@ -94,7 +95,8 @@ void show(const std::vector<qxArrayOwner>& results) {
             std::cout << "(none)\n";
             continue;
         }
-        const std::string text = qxToText(results[i].get());
+        // The display is modified UTF-8, which a terminal does not know.
+        const std::string text = qx::utf8FromUtf16(qx::utf16FromUtf8(qxToText(results[i].get())));
         std::cout << text << (text.empty() || text.back() != '\n' ? "\n" : "");
     }
 }

@@ -57,18 +57,3 @@ KRT_FUNCTION(element_of_temporary) {
 
 /// Ends its own inputs, which is not its business.
 KRT_FUNCTION(destroy_inputs) { qxDestroyArray(krt::toArray(in(0, "x"))); }
-
-KRT_FUNCTION(everything) {
-    auto counted = out.elements<std::int32_t>(0, {2, 3, 2});
-    for (std::size_t i = 0; i < counted.size(); ++i) {
-        counted[i] = static_cast<std::int32_t>(i);
-    }
-    const auto [real, imag] = out.complexMatrix(1, 1, 1);
-    real(0, 0) = 1;
-    imag(0, 0) = -1;
-    qxArray* structure = out.structure(2);
-    krt::setField(structure, "name", "n");
-    krt::setField(structure, "rows", std::vector<double>{1, 2, 3});
-    krt::setField(structure, "name", true);
-    out.row(3, 2)[1] = 5;
-}

@@ -16,15 +16,6 @@ KRT_FUNCTION(print_text) {
     out.set(0, 1.0);
 }
 
-KRT_FUNCTION(print_from_thread) {
-    const krt::Printer printer;
-    std::thread([&] {
-        printer.print("from a thread");
-        printer.warn("from a thread");
-        krt::print("without a printer");
-    }).join();
-}
-
 /// Starts a thread that prints once a byte can be read from the first file, and then writes it to the second.
 KRT_FUNCTION(print_later) {
     const auto go = static_cast<int>(in(0, "go").integer());

@@ -118,22 +118,29 @@ final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
             report.append(System.lineSeparator()).append("\tat ").append(frame);
         }
         PrintStream stream = Loomkit.errorOutput();
-        stream.println(report);
+        try {
+            stream.println(report);
+        } catch (RuntimeException | Error lostReport) {
+            // The stream is the application's; one that fails must not keep the array from being freed.
+        }
     }
 
+    /** Ends with the process only: nothing else frees what nobody closed. */
     private static void freeUnreachable() {
         ByteBuffer block = ByteBuffer.allocate(BLOCK_OF_ARRAYS * Long.BYTES).order(ByteOrder.nativeOrder());
         while (true) {
             try {
-                ArrayHandle handle = (ArrayHandle) UNREACHABLE.remove();
+                ArrayHandle handle = block.hasRemaining() ? (ArrayHandle) UNREACHABLE.remove() : null;
                 while (handle != null) {
                     block.putLong(handle.abandon());
                     handle = block.hasRemaining() ? (ArrayHandle) UNREACHABLE.poll() : null;
                 }
-                NVKRT.qxDestroyArray(Arrays.copyOf(block.array(), block.position()));
+                byte[] addresses = Arrays.copyOf(block.array(), block.position());
                 block.clear();
-            } catch (InterruptedException endOfThread) {
-                return;
+                NVKRT.qxDestroyArray(addresses);
+            } catch (InterruptedException | RuntimeException | Error passing) {
+                // A stream that took a report may have left an interrupt; memory may be short for a while. Addresses
+                // that were not handed over yet are still in the block.
             }
         }
     }

@@ -36,6 +36,9 @@ public final class Component implements AutoCloseable {
     /** Archives up to here are read by native code straight from their stream. */
     private static final int SMALL_ARCHIVE = 1 << 24;
 
+    /** What the runtime says of an instance that ended before the call reached it. */
+    private static final String ENDED = "the component instance has been ended";
+
     private static final Cleaner CLEANER = Cleaner.create();
 
     /** The streams of a component, which native code asks for before it prints. */
@@ -92,7 +95,25 @@ public final class Component implements AutoCloseable {
         }
         try (InputStream stream = Files.newInputStream(archive)) {
             return open(stream, (int) size, options);
+        } catch (NVException failure) {
+            throw named(archive, failure);
+        } catch (IOException failure) {
+            throw named(archive, failure);
         }
+    }
+
+    private static NVException named(Path archive, NVException failure) {
+        String[] stack = failure.getNativeStack().toArray(new String[0]);
+        NVException named = new NVException(archive + ": " + failure.getMessage(), stack, stack.length);
+        named.initCause(failure);
+        return named;
+    }
+
+    /** Failures of a more special class name their file by themselves. */
+    private static IOException named(Path archive, IOException failure) {
+        return failure.getClass() == IOException.class
+                ? new IOException(archive + ": " + failure.getMessage(), failure)
+                : failure;
     }
 
     /**
@@ -198,6 +219,12 @@ public final class Component implements AutoCloseable {
             List<Object> inputs = arguments.values();
             NVKRT.vrlFeval(
                     pointer, function, nargout, results.listIterator(), inputs.size(), inputs.listIterator());
+        } catch (NVException failure) {
+            // Closed by another thread after the pointer was taken, and before any function ran.
+            if (instance.isClosed() && ENDED.equals(failure.getMessage()) && failure.getNativeStack().isEmpty()) {
+                throw new IllegalStateException("the component is closed", failure);
+            }
+            throw failure;
         } finally {
             Reference.reachabilityFence(this);
         }

@@ -6,6 +6,7 @@ import java.io.InvalidObjectException;
 import java.io.ObjectInputStream;
 import java.io.Serializable;
 import java.lang.ref.Reference;
+import java.util.Arrays;
 import java.util.Objects;
 import java.util.function.Consumer;
 import java.util.function.Function;
@@ -50,7 +51,8 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * An array made from plain Java data: boxed values, text, arrays of them or of primitives nested to any depth,
      * {@link com.norvane.extern.java.NVCellArray} and {@link com.norvane.extern.java.NVStructArray}.
      *
-     * <p>The first element decides the class, or the type of the Java array where that element is null. One level of n elements gives 1-by-n, two levels give rows and columns.
+     * <p>The first element decides the class, or the type of the Java array where that element is null. One level of n
+     * elements gives 1-by-n, two levels give rows and columns; {@code new double[0][0]} gives 1-by-0.
      * Rows of different length are filled up with zeros. Null gives a 0-by-0 double array.
      *
      * @param data the data; it is copied
@@ -72,7 +74,8 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
     }
 
     /**
-     * An array read from its serialised form.
+     * An array read from its serialised form. No bytes at all give an array without elements, of class
+     * {@link ClassId#UNKNOWN}.
      *
      * @param form what {@link #serialize} gave
      * @return a new array, of the subclass that fits
@@ -171,6 +174,50 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
                     call.accept(pointer);
                     return null;
                 });
+    }
+
+    /** Reads at a zero-based index, of which a failure tells. */
+    final <R> R readAt(int index, Function<NativePtr, R> call) {
+        try {
+            return read(call);
+        } catch (ArrayIndexOutOfBoundsException failure) {
+            throw outside(failure, "index " + index);
+        }
+    }
+
+    /** Reads at one-based subscripts, of which a failure tells. */
+    final <R> R readAt(int[] subscripts, Function<NativePtr, R> call) {
+        try {
+            return read(call);
+        } catch (ArrayIndexOutOfBoundsException failure) {
+            throw outside(failure, "subscripts " + Arrays.toString(subscripts));
+        }
+    }
+
+    /** Writes at a zero-based index, of which a failure tells. */
+    final void writeAt(int index, Consumer<NativePtr> call) {
+        try {
+            write(call);
+        } catch (ArrayIndexOutOfBoundsException failure) {
+            throw outside(failure, "index " + index);
+        }
+    }
+
+    /** Writes at one-based subscripts, of which a failure tells. */
+    final void writeAt(int[] subscripts, Consumer<NativePtr> call) {
+        try {
+            write(call);
+        } catch (ArrayIndexOutOfBoundsException failure) {
+            throw outside(failure, "subscripts " + Arrays.toString(subscripts));
+        }
+    }
+
+    private ArrayIndexOutOfBoundsException outside(ArrayIndexOutOfBoundsException failure, String position) {
+        String extents = Arrays.toString(read(NVKRT::qxGetDimensions));
+        ArrayIndexOutOfBoundsException told = new ArrayIndexOutOfBoundsException(
+                failure.getMessage() + ": " + position + " in an array of extents " + extents);
+        told.initCause(failure);
+        return told;
     }
 
     private void checkOpen() {
@@ -298,7 +345,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public final int indexOf(int... subscripts) {
-        return read(pointer -> NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts)));
+        return readAt(subscripts, pointer -> NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts)));
     }
 
     /**
@@ -403,7 +450,8 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
     }
 
     /**
-     * Whether another object is an array with the same class, extents, storage form and elements. NaN equals NaN.
+     * Whether another object is an array with the same class, extents, storage form and elements. NaN equals NaN,
+     * while 0.0 and -0.0 differ.
      *
      * @param other any object
      * @return true for an array of equal value

@@ -85,7 +85,10 @@ public final class NVCellArray extends NVBuiltinArray {
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public NVArray get(int... subscripts) {
-        return read(pointer -> Slots.get(this, pointer, NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts))));
+        return readAt(
+                subscripts,
+                pointer -> Slots.get(
+                        this, pointer, NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts))));
     }
 
     /**
@@ -96,7 +99,7 @@ public final class NVCellArray extends NVBuiltinArray {
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public NVArray getAt(int index) {
-        return read(pointer -> Slots.get(this, pointer, index));
+        return readAt(index, pointer -> Slots.get(this, pointer, index));
     }
 
     /**
@@ -109,7 +112,8 @@ public final class NVCellArray extends NVBuiltinArray {
      */
     public void set(Object value, int... subscripts) {
         try (Slots.Value checked = new Slots.Value(value)) {
-            write(
+            writeAt(
+                    subscripts,
                     pointer -> {
                         int index = NVKRT.qxCalcSingleSubscript(pointer, Dimensions.given(subscripts));
                         checked.store(this, pointer, index);
@@ -127,7 +131,7 @@ public final class NVCellArray extends NVBuiltinArray {
      */
     public void setAt(int index, Object value) {
         try (Slots.Value checked = new Slots.Value(value)) {
-            write(pointer -> checked.store(this, pointer, index));
+            writeAt(index, pointer -> checked.store(this, pointer, index));
         }
     }
 

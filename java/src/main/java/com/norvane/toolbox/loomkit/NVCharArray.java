@@ -139,7 +139,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public char get(int... subscripts) {
-        return read(pointer -> NVKRT.qxGetCharAt(pointer, Dimensions.given(subscripts)));
+        return readAt(subscripts, pointer -> NVKRT.qxGetCharAt(pointer, Dimensions.given(subscripts)));
     }
 
     /**
@@ -150,7 +150,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public char getAt(int index) {
-        return read(pointer -> NVKRT.qxGetCharAt(pointer, index));
+        return readAt(index, pointer -> NVKRT.qxGetCharAt(pointer, index));
     }
 
     /**
@@ -161,7 +161,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void set(char value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value));
+        writeAt(subscripts, pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value));
     }
 
     /**
@@ -172,7 +172,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setAt(int index, char value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value));
+        writeAt(index, pointer -> NVKRT.qxSetAt(pointer, index, value));
     }
 
     /**

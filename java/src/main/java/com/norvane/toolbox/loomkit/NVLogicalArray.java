@@ -131,7 +131,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public boolean get(int... subscripts) {
-        return read(pointer -> NVKRT.qxGetBooleanAt(pointer, Dimensions.given(subscripts)));
+        return readAt(subscripts, pointer -> NVKRT.qxGetBooleanAt(pointer, Dimensions.given(subscripts)));
     }
 
     /**
@@ -142,7 +142,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public boolean getAt(int index) {
-        return read(pointer -> NVKRT.qxGetBooleanAt(pointer, index));
+        return readAt(index, pointer -> NVKRT.qxGetBooleanAt(pointer, index));
     }
 
     /**
@@ -153,7 +153,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void set(boolean value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value));
+        writeAt(subscripts, pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value));
     }
 
     /**
@@ -164,7 +164,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setAt(int index, boolean value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value));
+        writeAt(index, pointer -> NVKRT.qxSetAt(pointer, index, value));
     }
 
     /**

@@ -125,9 +125,10 @@ public final class NVStructArray extends NVBuiltinArray {
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public NVArray get(String field, int... subscripts) {
-        return read(
+        return readAt(
+                subscripts,
                 pointer ->
-                        Slots.get(this, pointer, NVKRT.qxCalcStructSingleSubscript(pointer, field, Dimensions.given(subscripts))));
+                        Slots.get(this, pointer, slotAt(pointer, field, subscripts)));
     }
 
     /**
@@ -140,7 +141,7 @@ public final class NVStructArray extends NVBuiltinArray {
      * @throws IndexOutOfBoundsException when there is no such element
      */
     public NVArray getAt(String field, int index) {
-        return read(pointer -> Slots.get(this, pointer, slotAt(pointer, field, index)));
+        return readAt(index, pointer -> Slots.get(this, pointer, slotAt(pointer, field, index)));
     }
 
     /**
@@ -166,9 +167,10 @@ public final class NVStructArray extends NVBuiltinArray {
      */
     public void set(String field, Object value, int... subscripts) {
         try (Slots.Value checked = new Slots.Value(value)) {
-            write(
+            writeAt(
+                    subscripts,
                     pointer -> {
-                        int slot = NVKRT.qxCalcStructSingleSubscript(pointer, field, Dimensions.given(subscripts));
+                        int slot = slotAt(pointer, field, subscripts);
                         checked.store(this, pointer, slot);
                     });
         }
@@ -185,7 +187,7 @@ public final class NVStructArray extends NVBuiltinArray {
      */
     public void setAt(String field, int index, Object value) {
         try (Slots.Value checked = new Slots.Value(value)) {
-            write(pointer -> checked.store(this, pointer, slotAt(pointer, field, index)));
+            writeAt(index, pointer -> checked.store(this, pointer, slotAt(pointer, field, index)));
         }
     }
 
@@ -213,7 +215,26 @@ public final class NVStructArray extends NVBuiltinArray {
         if (index == Integer.MAX_VALUE) {
             throw new ArrayIndexOutOfBoundsException("Index out of bounds");
         }
-        return NVKRT.qxCalcStructSingleSubscript(pointer, field, index + 1);
+        try {
+            return NVKRT.qxCalcStructSingleSubscript(pointer, field, index + 1);
+        } catch (IllegalArgumentException failure) {
+            throw fieldFailure(pointer, field, failure);
+        }
+    }
+
+    private static int slotAt(NativePtr pointer, String field, int[] subscripts) {
+        try {
+            return NVKRT.qxCalcStructSingleSubscript(pointer, field, Dimensions.given(subscripts));
+        } catch (IllegalArgumentException failure) {
+            throw fieldFailure(pointer, field, failure);
+        }
+    }
+
+    private static IllegalArgumentException fieldFailure(
+            NativePtr pointer, String field, IllegalArgumentException failure) {
+        String fields = String.join(", ", NVKRT.qxGetFieldNames(pointer));
+        return new IllegalArgumentException(
+                failure.getMessage() + ": '" + field + "', the fields being [" + fields + "]", failure);
     }
 
     @Override

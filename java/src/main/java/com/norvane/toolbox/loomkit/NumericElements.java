@@ -61,7 +61,7 @@ abstract class NumericElements extends NVBuiltinArray {
     public float getFloat(int... subscripts) {
         return classId().isUnsigned()
                 ? Unsigned.toFloat(getLong(subscripts), classId())
-                : read(pointer -> NVKRT.qxGetFloatAt(pointer, Dimensions.given(subscripts), true));
+                : readAt(subscripts, pointer -> NVKRT.qxGetFloatAt(pointer, Dimensions.given(subscripts), true));
     }
 
     /**
@@ -74,7 +74,7 @@ abstract class NumericElements extends NVBuiltinArray {
     public float getFloatAt(int index) {
         return classId().isUnsigned()
                 ? Unsigned.toFloat(getLongAt(index), classId())
-                : read(pointer -> NVKRT.qxGetFloatAt(pointer, index, true));
+                : readAt(index, pointer -> NVKRT.qxGetFloatAt(pointer, index, true));
     }
 
     /**
@@ -107,7 +107,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public int getInt(int... subscripts) {
-        int value = read(pointer -> NVKRT.qxGetIntAt(pointer, Dimensions.given(subscripts), true));
+        int value = readAt(subscripts, pointer -> NVKRT.qxGetIntAt(pointer, Dimensions.given(subscripts), true));
         return (int) Unsigned.mask(value, classId());
     }
 
@@ -119,7 +119,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public int getIntAt(int index) {
-        int value = read(pointer -> NVKRT.qxGetIntAt(pointer, index, true));
+        int value = readAt(index, pointer -> NVKRT.qxGetIntAt(pointer, index, true));
         return (int) Unsigned.mask(value, classId());
     }
 
@@ -175,7 +175,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public Number get(int... subscripts) {
-        return (Number) read(pointer -> NVKRT.qxGetObjectAt(pointer, Dimensions.given(subscripts), true));
+        return (Number) readAt(subscripts, pointer -> NVKRT.qxGetObjectAt(pointer, Dimensions.given(subscripts), true));
     }
 
     /**
@@ -186,7 +186,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public Number getAt(int index) {
-        return (Number) read(pointer -> NVKRT.qxGetObjectAt(pointer, index, true));
+        return (Number) readAt(index, pointer -> NVKRT.qxGetObjectAt(pointer, index, true));
     }
 
     /**
@@ -246,7 +246,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void set(double value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, true));
+        writeAt(subscripts, pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, true));
     }
 
     /**
@@ -257,7 +257,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void set(long value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, true));
+        writeAt(subscripts, pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, true));
     }
 
     /**
@@ -268,7 +268,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setAt(int index, double value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, true));
+        writeAt(index, pointer -> NVKRT.qxSetAt(pointer, index, value, true));
     }
 
     /**
@@ -279,7 +279,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setAt(int index, long value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, true));
+        writeAt(index, pointer -> NVKRT.qxSetAt(pointer, index, value, true));
     }
 
     /**
@@ -291,7 +291,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setImaginary(double value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, false));
+        writeAt(subscripts, pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, false));
     }
 
     /**
@@ -303,7 +303,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setImaginary(long value, int... subscripts) {
-        write(pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, false));
+        writeAt(subscripts, pointer -> NVKRT.qxSetAt(pointer, Dimensions.given(subscripts), value, false));
     }
 
     /**
@@ -315,7 +315,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setImaginaryAt(int index, double value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, false));
+        writeAt(index, pointer -> NVKRT.qxSetAt(pointer, index, value, false));
     }
 
     /**
@@ -327,7 +327,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws ArrayIndexOutOfBoundsException when there is no such element
      */
     public void setImaginaryAt(int index, long value) {
-        write(pointer -> NVKRT.qxSetAt(pointer, index, value, false));
+        writeAt(index, pointer -> NVKRT.qxSetAt(pointer, index, value, false));
     }
 
     /**
@@ -361,21 +361,21 @@ abstract class NumericElements extends NVBuiltinArray {
     private double doubleOf(int[] subscripts, boolean real) {
         return classId().isUnsigned()
                 ? Unsigned.toDouble(longOf(subscripts, real), classId())
-                : read(pointer -> NVKRT.qxGetDoubleAt(pointer, Dimensions.given(subscripts), real));
+                : readAt(subscripts, pointer -> NVKRT.qxGetDoubleAt(pointer, Dimensions.given(subscripts), real));
     }
 
     private double doubleOf(int index, boolean real) {
         return classId().isUnsigned()
                 ? Unsigned.toDouble(longOf(index, real), classId())
-                : read(pointer -> NVKRT.qxGetDoubleAt(pointer, index, real));
+                : readAt(index, pointer -> NVKRT.qxGetDoubleAt(pointer, index, real));
     }
 
     private long longOf(int[] subscripts, boolean real) {
-        long bits = read(pointer -> NVKRT.qxGetLongAt(pointer, Dimensions.given(subscripts), real));
+        long bits = readAt(subscripts, pointer -> NVKRT.qxGetLongAt(pointer, Dimensions.given(subscripts), real));
         return Unsigned.mask(bits, classId());
     }
 
     private long longOf(int index, boolean real) {
-        return Unsigned.mask(read(pointer -> NVKRT.qxGetLongAt(pointer, index, real)), classId());
+        return Unsigned.mask(readAt(index, pointer -> NVKRT.qxGetLongAt(pointer, index, real)), classId());
     }
 }

@@ -92,17 +92,11 @@ class CallTest {
     }
 
     @Test
-    void passesJavaObjectsThrough() {
+    void passesHandlesAndJavaObjectsThrough() {
         Object object = new Object();
         assertSame(object, ((NVJavaObjectRef) showcase.call1("same", object)).get());
         assertSame("text", ((NVJavaObjectRef) showcase.call1("same", new NVJavaObjectRef("text"))).get());
-    }
-
-    @Test
-    void callsFunctionsThroughHandles() {
         try (NVFunctionHandle parabola = showcase.call1("handle_of", "parabola").asFunction()) {
-            assertEquals("parabola", parabola.name());
-            assertEquals(5, showcase.call1("apply", parabola, 4.0).asNumeric().doubleValue());
             assertEquals(2, showcase.call("minimize", 1, parabola, 0.0, 9.0)[0].asNumeric().doubleValue(), 1e-6);
             assertEquals(parabola, parabola.duplicate());
         }
@@ -114,24 +108,22 @@ class CallTest {
         List<String> stack = failure.getNativeStack();
 
         assertTrue(failure.getMessage().contains("as asked"), failure.getMessage());
-        assertTrue(stack.size() >= 3, stack.toString());
-        assertTrue(stack.get(0).contains("innermost"), stack.toString());
-        assertTrue(stack.get(1).contains("middle"), stack.toString());
-        assertEquals("innermost", failure.getStackTrace()[0].getMethodName());
+        assertTrue(stack.get(0).contains("innermost") && stack.get(1).contains("middle"), stack.toString());
         assertTrue(failure.getStackTrace()[0].getLineNumber() > 0);
         assertThrows(NVException.class, () -> showcase.call1("fail_standard"));
     }
 
+    /** The lambda calls the component itself, and fails in the end. */
     @Test
     void failsWithTheTextOfAnExceptionInALambda() {
         DoubleUnaryOperator failing =
                 x -> {
-                    throw new IllegalStateException("no value at " + x);
+                    double value = showcase.call1("parabola", x).asNumeric().doubleValue();
+                    throw new IllegalStateException("no more than " + value);
                 };
         NVException failure =
                 assertThrows(NVException.class, () -> showcase.call1("minimize", failing, 0.0, 1.0));
-        assertTrue(failure.getMessage().contains("no value at"), failure.getMessage());
-        assertTrue(failure.getMessage().contains("IllegalStateException"), failure.getMessage());
+        assertTrue(failure.getMessage().contains("IllegalStateException: no more than "), failure.getMessage());
         assertEquals(1, showcase.call1("same", 1.0).asNumeric().doubleValue());
     }
 
@@ -152,29 +144,6 @@ class CallTest {
         }
         sparse.setAt(0, 3.0);
         assertEquals(3, sparse.getDoubleAt(0));
-    }
-
-    @Test
-    void callsItselfFromALambda() {
-        DoubleUnaryOperator nested =
-                x -> showcase.call1("parabola", x).asNumeric().doubleValue();
-        assertEquals(2, showcase.call("minimize", 1, nested, -10.0, 10.0)[0].asNumeric().doubleValue(), 1e-6);
-    }
-
-    @Test
-    void letsAFailureInUserDataThroughAsItIs() {
-        UnsupportedOperationException failure = new UnsupportedOperationException("asked for");
-        Object teller =
-                new Object() {
-                    @Override
-                    public String toString() {
-                        throw failure;
-                    }
-                };
-        Object[] arguments = {new Object[] {"text", teller}};
-        assertSame(
-                failure,
-                assertThrows(UnsupportedOperationException.class, () -> showcase.call("count", 1, arguments)));
     }
 
     @Test

@@ -1,6 +1,7 @@
 package com.norvane.toolbox.loomkit;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.ByteArrayInputStream;
@@ -185,6 +186,36 @@ class HostileSweepTest {
         assertEquals(2.5, NVNumericArray.of(2.5).doubleValue());
     }
 
+    @Test
+    void aClosedArrayRefusesAllUse() throws Exception {
+        Set<String> working = Set.of("close", "isClosed", "asNumeric", "asChar", "asLogical", "asCell", "asStruct",
+                "asFunction", "equals");
+        for (Callable<Object> receiver : RECEIVERS) {
+            Object array = receiver.call();
+            if (!(array instanceof NVBuiltinArray)) {
+                continue;
+            }
+            close(array);
+            close(array);
+            for (Method method : array.getClass().getMethods()) {
+                if (isPublicApi(method) && !Modifier.isStatic(method.getModifiers())
+                        && !working.contains(method.getName())) {
+                    Throwable refusal =
+                            assertThrows(
+                                            InvocationTargetException.class,
+                                            () -> method.invoke(array, usualOf(method)),
+                                            method.toString())
+                                    .getCause();
+                    boolean ofType = method.getName().startsWith("toFlat") && method.getParameterCount() == 1;
+                    Class<?> expected = ofType ? IllegalArgumentException.class : IllegalStateException.class;
+                    assertEquals(expected, refusal.getClass(), method.toString());
+                    calls++;
+                }
+            }
+        }
+        assertTrue(calls > 200, "only " + calls + " methods were tried");
+    }
+
     /** The bridge of a comparison casts its argument, as that of any class does. */
     private static boolean isPublicApi(Method method) {
         boolean ours = method.getDeclaringClass().getName().startsWith("com.norvane.");
@@ -194,7 +225,7 @@ class HostileSweepTest {
 
     private void sweep(Executable callee, Callable<Object> receiver) throws Exception {
         Class<?>[] types = callee.getParameterTypes();
-        Object[] usual = Arrays.stream(types).map(type -> valuesOf(type, callee)[0]).toArray();
+        Object[] usual = usualOf(callee);
         call(callee, receiver.call(), usual);
         for (int i = 0; i < types.length; i++) {
             for (Object value : valuesOf(types[i], callee)) {
@@ -207,6 +238,10 @@ class HostileSweepTest {
             Object[] arguments = Arrays.stream(types).map(type -> anyOf(valuesOf(type, callee))).toArray();
             call(callee, receiver.call(), arguments);
         }
+    }
+
+    private Object[] usualOf(Executable callee) {
+        return Arrays.stream(callee.getParameterTypes()).map(type -> valuesOf(type, callee)[0]).toArray();
     }
 
     private Object[] valuesOf(Class<?> type, Executable callee) {

@@ -51,6 +51,28 @@ class LeakReportTest {
         }
     }
 
+    /** Loses arrays with a stream that throws on the first report, and ends when later ones are reported. */
+    public static final class FailingStreamProgram {
+        public static void main(String[] args) throws InterruptedException {
+            CountDownLatch reports = new CountDownLatch(2);
+            Loomkit.setErrorOutput(
+                    new PrintStream(new ByteArrayOutputStream()) {
+                        @Override
+                        public void println(Object report) {
+                            reports.countDown();
+                            Thread.currentThread().interrupt();
+                            throw new IllegalStateException("the stream is broken");
+                        }
+                    });
+            while (reports.getCount() > 0) {
+                NVNumericArray.zeros(10);
+                System.gc();
+                Thread.sleep(1);
+            }
+            System.out.println("went on");
+        }
+    }
+
     /** Loses an array without a report, and lives on. */
     public static final class SilentProgram {
         public static void main(String[] args) {
@@ -73,6 +95,15 @@ class LeakReportTest {
         assertTrue(child.output.contains("LeakReportTest$Program.loseArrays(LeakReportTest.java:"), child.output);
         assertTrue(child.output.contains("all reported"), child.output);
         assertFalse(child.output.contains("NVCharArray"), child.output);
+    }
+
+    @Test
+    void goesOnAfterAStreamThatThrows() throws Exception {
+        ChildProcess child =
+                ChildProcess.run(FailingStreamProgram.class, List.of(NATIVES, "-Dloomkit.leaks=report"));
+
+        assertEquals(0, child.exitCode, child.output);
+        assertEquals("went on", child.output.trim());
     }
 
     @Test

@@ -2,7 +2,6 @@ package com.norvane.toolbox.loomkit;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
-import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.util.List;
 import org.junit.jupiter.api.Test;
@@ -15,7 +14,6 @@ class NVExceptionTest {
             delimiter = '|',
             value = {
                 "at innermost (failing.cpp:12)   | native.innermost(failing.cpp:12)",
-                "at middle (failing.cpp)         | native.middle(failing.cpp)",
                 "at fail_deep                    | native.fail_deep(Unknown Source)",
                 "solve (a b.cpp:3)               | native.solve(a b.cpp:3)",
                 "at f (x.cpp:99999999999)        | native.f(x.cpp)",
@@ -37,11 +35,5 @@ class NVExceptionTest {
         assertEquals("b", trace[1].getMethodName());
         assertEquals(NVExceptionTest.class.getName(), trace[2].getClassName());
         assertThrows(UnsupportedOperationException.class, () -> failure.getNativeStack().add("c"));
-    }
-
-    @Test
-    void hasNoNativeStackOutsideOfFunctions() {
-        assertTrue(new NVException("stopped").getNativeStack().isEmpty());
-        assertTrue(new NVException(null, new String[0], 0).getNativeStack().isEmpty());
     }
 }

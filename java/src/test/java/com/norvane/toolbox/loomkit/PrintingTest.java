@@ -42,15 +42,6 @@ class PrintingTest {
     }
 
     @Test
-    void separatesOutputFromWarnings() {
-        showcase.call("say", 0, "hello");
-        showcase.call("caution", 0, "beware");
-
-        assertEquals("hello\n", of(text));
-        assertTrue(of(errors).contains("beware"), of(errors));
-    }
-
-    @Test
     void keepsTheLinesOfAThreadOfTheComponent() {
         showcase.call("say_from_thread", 0, "line", 3);
 
@@ -59,31 +50,23 @@ class PrintingTest {
     }
 
     @Test
-    void followsAChangeOfStreamsAtOnce() {
+    void followsAChangeOfStreamsAtOnceAndKeepsComponentsApart() throws IOException {
         ByteArrayOutputStream later = new ByteArrayOutputStream();
         ByteArrayOutputStream shared = new ByteArrayOutputStream();
         Loomkit.setOutput(into(shared));
-        showcase.call("say", 0, "one");
+        try (Component second = TestComponents.open("showcase")) {
+            second.setOutput(into(later));
+            second.call("say", 0, "second");
+            showcase.call("say", 0, "one");
+        }
         showcase.setOutput(into(later));
         showcase.call("say", 0, "two");
         showcase.setOutput(null);
         showcase.call("say", 0, "three");
 
         assertEquals("one\n", of(text));
-        assertEquals("two\n", of(later));
+        assertEquals("second\ntwo\n", of(later));
         assertEquals("three\n", of(shared));
-    }
-
-    @Test
-    void keepsComponentsApart() throws IOException {
-        ByteArrayOutputStream other = new ByteArrayOutputStream();
-        try (Component second =
-                Component.open(TestComponents.archive("showcase"), new ComponentOptions().output(into(other)))) {
-            second.call("say", 0, "second");
-            showcase.call("say", 0, "first");
-        }
-        assertEquals("first\n", of(text));
-        assertEquals("second\n", of(other));
     }
 
     /** What a stream doesn't take goes to the log, with the reason; the function runs on. */

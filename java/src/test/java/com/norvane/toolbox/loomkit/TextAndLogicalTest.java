@@ -23,25 +23,16 @@ class TextAndLogicalTest {
     }
 
     @Test
-    void fillsShorterRowsUp() {
+    void fillsShorterRowsUpAndStoresUnits() {
         try (NVCharArray array = NVCharArray.of("ab", "c", null)) {
-            assertArrayEquals(new int[] {3, 2}, array.dimensions());
-            assertArrayEquals(new String[] {"ab", "c", ""}, array.toStrings());
             assertArrayEquals(new char[][] {{'a', 'b'}, {'c', 0}, {0, 0}}, array.toCharArray());
             assertThrows(IllegalStateException.class, array::toJavaString);
-        }
-    }
-
-    @Test
-    void readsAndStoresUnits() {
-        try (NVCharArray array = NVCharArray.of(new char[][] {{'a', 'b'}, {'c', 'd'}})) {
             array.set('X', 2, 1);
-            array.setAt(2, 'Y');
+            array.setAt(5, 'Y');
             assertEquals('X', array.getAt(1));
-            assertEquals('Y', array.get(1, 2));
-            assertArrayEquals(new String[] {"aY", "Xd"}, array.toStrings());
-            array.setData(new char[] {'1', '2', '3', '4'});
-            assertArrayEquals(new String[] {"13", "24"}, array.toStrings());
+            assertArrayEquals(new String[] {"ab", "X", "\0Y"}, array.toStrings());
+            array.setData("123456".toCharArray());
+            assertArrayEquals(new String[] {"14", "25", "36"}, array.toStrings());
         }
     }
 
@@ -59,7 +50,6 @@ class TextAndLogicalTest {
         boolean[][] rows = {{true, false}, {false, false}};
         try (NVLogicalArray array = NVLogicalArray.of(rows)) {
             assertArrayEquals(rows, array.toBooleanArray());
-            assertTrue(array.get(1, 1));
             array.set(true, 2, 2);
             array.setAt(0, false);
             assertFalse(array.getAt(0));

@@ -32,6 +32,15 @@ final class NativeBundle {
     private static final String LIST = "natives.sha256";
     private static final Set<PosixFilePermission> PRIVATE = PosixFilePermissions.fromString("rwx------");
 
+    /** The bundle itself is at fault, so that no other folder would help. */
+    static final class BadBundleException extends IOException {
+        private static final long serialVersionUID = 1L;
+
+        BadBundleException(String message) {
+            super(message);
+        }
+    }
+
     private final Function<String, InputStream> resources;
     private final Path cache;
 
@@ -55,7 +64,7 @@ final class NativeBundle {
     }
 
     private static Path defaultCache() {
-        return Path.of(System.getProperty("user.home"), ".cache", "loomkit", "natives");
+        return Path.of(System.getProperty("user.home", ""), ".cache", "loomkit", "natives");
     }
 
     /**
@@ -67,6 +76,10 @@ final class NativeBundle {
     Path unpack() throws IOException {
         byte[] list = read(LIST);
         Map<String, String> digests = parse(new String(list, StandardCharsets.UTF_8));
+        if (!cache.isAbsolute()) {
+            throw new IOException("the home folder is not known, user.home being "
+                    + System.getProperty("user.home"));
+        }
         Files.createDirectories(cache);
         Path target = cache.resolve(digestOf(list));
         if (Files.exists(target, LinkOption.NOFOLLOW_LINKS)) {
@@ -77,9 +90,7 @@ final class NativeBundle {
         }
         Path fresh = Files.createTempDirectory(cache, ".unpacking-");
         try {
-            for (Map.Entry<String, String> file : digests.entrySet()) {
-                unpackFile(file.getKey(), file.getValue(), fresh);
-            }
+            unpackFiles(digests, fresh);
             publish(fresh, target, digests);
         } finally {
             deleteFolder(fresh);
@@ -87,10 +98,34 @@ final class NativeBundle {
         return target;
     }
 
+    /**
+     * Unpacks the libraries to a new folder in that for temporary files, which goes when the process ends orderly.
+     *
+     * @return the folder, closed to others, whose files have their right digests
+     * @throws IOException that says what is wrong with the bundle or the folder
+     */
+    Path unpackForThisProcess() throws IOException {
+        Map<String, String> digests = parse(new String(read(LIST), StandardCharsets.UTF_8));
+        Path fresh = Files.createTempDirectory("loomkit-natives-", PosixFilePermissions.asFileAttribute(PRIVATE));
+        try {
+            unpackFiles(digests, fresh);
+            if (!hasFiles(fresh, digests)) {
+                throw new IOException("the files in " + fresh + " were changed while they were written");
+            }
+        } catch (IOException | RuntimeException | Error failure) {
+            deleteFolder(fresh);
+            throw failure;
+        }
+        // Deleted in the opposite order: the folder last.
+        fresh.toFile().deleteOnExit();
+        digests.keySet().forEach(name -> fresh.resolve(name).toFile().deleteOnExit());
+        return fresh;
+    }
+
     private byte[] read(String name) throws IOException {
         try (InputStream stream = resources.apply(name)) {
             if (stream == null) {
-                throw new IOException("no " + name + " for this platform");
+                throw new BadBundleException("no " + name + " for this platform");
             }
             return stream.readAllBytes();
         }
@@ -101,17 +136,23 @@ final class NativeBundle {
         for (String line : list.split("\n")) {
             String[] parts = line.trim().split("\\s+");
             if (parts.length != 2 || !parts[1].matches("[A-Za-z0-9._-]+") || parts[1].startsWith(".")) {
-                throw new IOException("bad line in " + LIST + ": " + line);
+                throw new BadBundleException("bad line in " + LIST + ": " + line);
             }
             digests.put(parts[1], parts[0]);
         }
         return digests;
     }
 
+    private void unpackFiles(Map<String, String> digests, Path folder) throws IOException {
+        for (Map.Entry<String, String> file : digests.entrySet()) {
+            unpackFile(file.getKey(), file.getValue(), folder);
+        }
+    }
+
     private void unpackFile(String name, String digest, Path folder) throws IOException {
         byte[] content = read(name);
         if (!digestOf(content).equals(digest)) {
-            throw new IOException(name + " does not have the digest that " + LIST + " states");
+            throw new BadBundleException(name + " does not have the digest that " + LIST + " states");
         }
         Files.write(folder.resolve(name), content);
     }
@@ -132,6 +173,10 @@ final class NativeBundle {
         if (!Files.isDirectory(folder, LinkOption.NOFOLLOW_LINKS) || !isPrivate(folder)) {
             return false;
         }
+        return hasFiles(folder, digests);
+    }
+
+    private static boolean hasFiles(Path folder, Map<String, String> digests) throws IOException {
         for (Map.Entry<String, String> file : digests.entrySet()) {
             Path path = folder.resolve(file.getKey());
             boolean regular = Files.isRegularFile(path, LinkOption.NOFOLLOW_LINKS);

@@ -11,12 +11,14 @@ import java.util.List;
  * Loads the native library, once for this class loader.
  *
  * <p>The folder in the system property {@code loomkit.native.dir} decides alone where it is set. Otherwise the folders
- * of {@code java.library.path} are tried in their order, then the libraries in the jar.
+ * of {@code java.library.path} are tried in their order, then the libraries in the jar. Those are unpacked below the
+ * user's home, or where that can't be written, to a folder for this process alone.
  */
 final class NativeLoader {
     static final String FOLDER_PROPERTY = "loomkit.native.dir";
 
     private static final String LIBRARY = "libloomkit.so";
+    private static final String JAR = "the jar's own libraries";
 
     private static boolean loaded;
 
@@ -31,7 +33,9 @@ final class NativeLoader {
             loaded = loadFrom(tried);
             if (!loaded) {
                 throw new UnsatisfiedLinkError(
-                        "the native library of loomkit could not be loaded. Tried:\n  " + String.join("\n  ", tried));
+                        "the native library of loomkit could not be loaded. Tried:\n  "
+                                + String.join("\n  ", tried)
+                                + "\nThe option -D" + FOLDER_PROPERTY + "=FOLDER names the folder that holds it.");
             }
         }
     }
@@ -50,13 +54,25 @@ final class NativeLoader {
     }
 
     private static boolean loadFromJar(List<String> tried) {
+        NativeBundle bundle = NativeBundle.ofThisPlatform();
         try {
-            Path folder = NativeBundle.ofThisPlatform().unpack();
-            return loadFile(folder.resolve(LIBRARY).toFile(), "the jar's own libraries", tried);
+            return loadUnpacked(bundle.unpack(), tried);
+        } catch (NativeBundle.BadBundleException failure) {
+            tried.add(JAR + ": " + failure.getMessage());
+            return false;
         } catch (IOException failure) {
-            tried.add("the jar's own libraries: " + failure.getMessage());
+            tried.add(JAR + ": " + failure);
+        }
+        try {
+            return loadUnpacked(bundle.unpackForThisProcess(), tried);
+        } catch (IOException failure) {
+            tried.add(JAR + ", in the folder for temporary files: " + failure);
             return false;
         }
+    }
+
+    private static boolean loadUnpacked(Path folder, List<String> tried) {
+        return loadFile(folder.resolve(LIBRARY).toFile(), JAR, tried);
     }
 
     private static boolean loadFile(File library, String source, List<String> tried) {

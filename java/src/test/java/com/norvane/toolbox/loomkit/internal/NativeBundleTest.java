@@ -4,6 +4,7 @@ import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
+import static org.junit.jupiter.api.Named.named;
 
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
@@ -22,11 +23,12 @@ import java.util.concurrent.Future;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.BeforeEach;
+import org.junit.jupiter.api.Named;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
-import org.junit.jupiter.params.provider.ValueSource;
+import org.junit.jupiter.params.provider.MethodSource;
 
 class NativeBundleTest {
     private static final byte[] ONE = {1, 2, 3};
@@ -63,45 +65,32 @@ class NativeBundleTest {
         assertArrayEquals(TWO, Files.readAllBytes(folder.resolve("libtwo.so")));
         assertEquals("rwx------", PosixFilePermissions.toString(Files.getPosixFilePermissions(folder)));
         assertEquals(List.of(NativeBundle.digestOf(files.get("natives.sha256"))), leftInCache());
-    }
-
-    @Test
-    void usesAWholeFolderAgain() throws IOException {
-        Path first = bundle().unpack();
-        Object key = Files.getAttribute(first, "unix:ino");
-
-        assertEquals(key, Files.getAttribute(bundle().unpack(), "unix:ino"));
+        Object key = Files.getAttribute(folder, "unix:ino");
+        assertEquals(key, Files.getAttribute(bundle().unpack(), "unix:ino"), "a whole folder is used again");
     }
 
     private interface Damage {
         void to(Path folder) throws IOException;
     }
 
-    private static final Map<String, Damage> DAMAGES =
-            Map.of(
-                    "changed", folder -> Files.write(folder.resolve("libone.so"), new byte[] {9}),
-                    "missing", folder -> Files.delete(folder.resolve("libtwo.so")),
-                    "open to others",
-                            folder ->
-                                    Files.setPosixFilePermissions(
-                                            folder, PosixFilePermissions.fromString("rwxrwxrwx")),
-                    "linked",
-                            folder -> {
-                                Files.delete(folder.resolve("libone.so"));
-                                Files.createSymbolicLink(folder.resolve("libone.so"), folder.resolve("libtwo.so"));
-                            });
+    static Stream<Named<Damage>> damages() {
+        return Stream.of(
+                named("changed", folder -> Files.write(folder.resolve("libone.so"), new byte[] {9})),
+                named("missing", folder -> Files.delete(folder.resolve("libtwo.so"))),
+                named("open to others", folder ->
+                        Files.setPosixFilePermissions(folder, PosixFilePermissions.fromString("rwxrwxrwx"))),
+                named("linked", folder -> {
+                    Files.delete(folder.resolve("libone.so"));
+                    Files.createSymbolicLink(folder.resolve("libone.so"), folder.resolve("libtwo.so"));
+                }));
+    }
 
     @ParameterizedTest
-    @ValueSource(strings = {"changed", "missing", "open to others", "linked"})
-    void replacesAFolderThatIsNotWhole(String damage) throws IOException {
-        DAMAGES.get(damage).to(bundle().unpack());
+    @MethodSource("damages")
+    void replacesAFolderThatIsNotWhole(Damage damage) throws IOException {
+        damage.to(bundle().unpack());
 
-        Path folder = bundle().unpack();
-
-        assertArrayEquals(ONE, Files.readAllBytes(folder.resolve("libone.so")));
-        assertArrayEquals(TWO, Files.readAllBytes(folder.resolve("libtwo.so")));
-        assertEquals("rwx------", PosixFilePermissions.toString(Files.getPosixFilePermissions(folder)));
-        assertEquals(1, leftInCache().size());
+        unpacksIntoAPrivateFolderNamedByItsDigest();
     }
 
     @ParameterizedTest
@@ -109,22 +98,18 @@ class NativeBundleTest {
         "libone.so, tampered, libone.so does not have the digest",
         "natives.sha256, abc ../evil.so, bad line",
         "natives.sha256, abc, bad line",
+        "libtwo.so, , no libtwo.so for this platform",
     })
     void refusesABadBundleAndLeavesNothing(String file, String content, String message) throws IOException {
-        files.put(file, content.getBytes(StandardCharsets.UTF_8));
+        files.remove(file);
+        if (content != null) {
+            files.put(file, content.getBytes(StandardCharsets.UTF_8));
+        }
 
         IOException failure = assertThrows(IOException.class, bundle()::unpack);
 
         assertTrue(failure.getMessage().contains(message), failure.getMessage());
         assertEquals(List.of(), leftInCache());
-    }
-
-    @Test
-    void saysWhichFileIsNotThere() {
-        files.remove("libtwo.so");
-        IOException failure = assertThrows(IOException.class, bundle()::unpack);
-
-        assertEquals("no libtwo.so for this platform", failure.getMessage());
     }
 
     @Test
@@ -139,11 +124,5 @@ class NativeBundleTest {
         }
         threads.shutdown();
         assertEquals(1, leftInCache().size());
-    }
-
-    @ParameterizedTest
-    @CsvSource({"Linux, amd64, linux-x86_64", "Linux, aarch64, linux-aarch64"})
-    void namesThePlatform(String system, String processor, String expected) {
-        assertEquals(expected, NativeBundle.platform(system, processor));
     }
 }

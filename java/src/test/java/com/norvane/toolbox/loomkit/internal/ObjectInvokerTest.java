@@ -25,14 +25,6 @@ class ObjectInvokerTest {
             return "int " + value;
         }
 
-        public String small(byte value) {
-            return "byte " + value;
-        }
-
-        public String single(float value) {
-            return "float " + value;
-        }
-
         public String flag(boolean value) {
             return "boolean " + value;
         }
@@ -47,10 +39,6 @@ class ObjectInvokerTest {
 
         public String matrix(double[][] rows) {
             return "matrix " + rows.length + " " + rows[0].length;
-        }
-
-        public String any(Object value) {
-            return "any " + value;
         }
 
         public String two(String text, long count) {
@@ -76,15 +64,12 @@ class ObjectInvokerTest {
         IntPredicate even = value -> value % 2 == 0;
         return Stream.of(
                 arguments(taker, "integer", List.of(3.0), "int 3"),
-                arguments(taker, "small", List.of(-128.0), "byte -128"),
-                arguments(taker, "single", List.of(0.5), "float 0.5"),
                 arguments(taker, "flag", List.of(true), "boolean true"),
                 arguments(taker, "unit", List.of("x"), "char x"),
                 arguments(taker, "vector", List.of(1.0), "vector 1"),
                 arguments(taker, "vector", List.of(new double[] {1, 2}), "vector 2"),
                 arguments(taker, "matrix", List.of(new double[] {1, 2}), "matrix 1 2"),
                 arguments(taker, "matrix", List.of(7.0), "matrix 1 1"),
-                arguments(taker, "any", List.of("text"), "any text"),
                 arguments(taker, "two", List.of("n", 4.0), "n4"),
                 arguments(square, "applyAsDouble", List.of(3.0), 9.0),
                 arguments(sum, "applyAsDouble", List.of(new double[] {1, 2}), 3.0),
@@ -123,7 +108,7 @@ class ObjectInvokerTest {
     @Test
     void givesNullForVoidAndPassesNullOn() throws Throwable {
         assertNull(ObjectInvoker.invoke(new Taker(), "nothing", null));
-        assertEquals("any null", ObjectInvoker.invoke(new Taker(), "any", new Object[] {null}));
+        assertEquals(false, ObjectInvoker.invoke("text", "equals", new Object[] {null}));
     }
 
     @Test
