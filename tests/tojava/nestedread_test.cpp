@@ -266,6 +266,29 @@ TEST_F(NestedRead, LeavesOneClassReferenceForEachArrayOfArraysAndEachBoxedRow) {
     expectReferences(env, 1, [&] { return readFlat(JavaType<jint>{}, env, matrix.handle, true); });
 }
 
+TEST_F(NestedRead, CopiesEachRowOnceAndKeepsNoneOfThem) {
+    const Extents extents = {3000, 3000};
+    const Held held(env, arrayOf(extents, qxDOUBLE_CLASS, qxREAL));
+    auto* part = static_cast<double*>(held->realData());
+    std::iota(part, part + product(extents), 0.0);
+    jobject rows = nullptr;
+    {
+        const JniCounter counter(env);
+        rows = readNested(JavaType<jdouble>{}, env, held.handle, true);
+        EXPECT_EQ(counter.calls(&JNINativeInterface_::SetDoubleArrayRegion), 3000);
+        EXPECT_EQ(counter.calls(&JNINativeInterface_::GetDoubleArrayElements), 0);
+        EXPECT_EQ(counter.localReferences(), 2);
+    }
+    ASSERT_EQ(lengthOf(env, rows), extents[0]);
+    for (const std::size_t i : {0, 1, 63, 64, 1499, 2999}) {
+        const auto row = toVector<jdouble>(env, elementAt(env, rows, i));
+        ASSERT_EQ(row.size(), extents[1]);
+        for (std::size_t j = 0; j < row.size(); ++j) {
+            ASSERT_EQ(row[j], part[i + j * extents[0]]) << i << " " << j;
+        }
+    }
+}
+
 }  // namespace
 
 }  // namespace nativevrl::test

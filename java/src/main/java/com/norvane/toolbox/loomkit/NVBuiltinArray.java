@@ -8,6 +8,7 @@ import java.io.Serializable;
 import java.lang.ref.Reference;
 import java.util.Arrays;
 import java.util.Objects;
+import java.util.function.BiFunction;
 import java.util.function.Consumer;
 import java.util.function.Function;
 
@@ -67,7 +68,8 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
             throw new IllegalArgumentException("no array can be made from a " + data.getClass().getTypeName());
         }
         try (JavaData checked = JavaData.of(data)) {
-            NVBuiltinArray array = made(NVKRT.qxObject2qxArray(checked.value(), null, 0, Complexity.REAL.code()));
+            NativePtr made = NVKRT.qxObject2qxArray(checked.value(), null, 0, Complexity.REAL.code());
+            NVBuiltinArray array = Wrappers.made(made);
             array.isNested(checked.levels());
             return array;
         }
@@ -86,33 +88,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         if (pointer == null || pointer.get() == 0) {
             throw new IllegalArgumentException("the bytes are not the serialised form of an array");
         }
-        return wrap(pointer);
-    }
-
-    /** The wrapper of a native array that was just made, which it takes over. */
-    static NVBuiltinArray made(NativePtr pointer) {
-        if (pointer == null || pointer.get() == 0) {
-            throw new OutOfMemoryError("the native array could not be made");
-        }
-        return wrap(pointer);
-    }
-
-    private static NVBuiltinArray wrap(NativePtr pointer) {
-        ClassId id = ClassId.ofCode(NVKRT.qxGetClassID(pointer));
-        switch (id) {
-            case CELL:
-                return new NVCellArray(pointer);
-            case STRUCT:
-                return new NVStructArray(pointer);
-            case LOGICAL:
-                return new NVLogicalArray(pointer);
-            case CHAR:
-                return new NVCharArray(pointer);
-            case FUNCTION:
-                return new NVFunctionHandle(pointer);
-            default:
-                return id.isNumeric() ? new NVNumericArray(pointer) : new NVBuiltinArray(pointer);
-        }
+        return Wrappers.of(pointer);
     }
 
     /** The native array, for native code that this array was given to. */
@@ -166,14 +142,17 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
 
     /** Runs a native call that changes elements. */
     final void write(Consumer<NativePtr> call) {
-        read(
-                pointer -> {
-                    if (tree != null) {
-                        tree.checkChangeable();
-                    }
-                    call.accept(pointer);
-                    return null;
-                });
+        read(changing(call));
+    }
+
+    private Function<NativePtr, Void> changing(Consumer<NativePtr> call) {
+        return pointer -> {
+            if (tree != null) {
+                tree.checkChangeable();
+            }
+            call.accept(pointer);
+            return null;
+        };
     }
 
     /** Reads at a zero-based index, of which a failure tells. */
@@ -196,28 +175,18 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
 
     /** Writes at a zero-based index, of which a failure tells. */
     final void writeAt(int index, Consumer<NativePtr> call) {
-        try {
-            write(call);
-        } catch (ArrayIndexOutOfBoundsException failure) {
-            throw outside(failure, "index " + index);
-        }
+        readAt(index, changing(call));
     }
 
     /** Writes at one-based subscripts, of which a failure tells. */
     final void writeAt(int[] subscripts, Consumer<NativePtr> call) {
-        try {
-            write(call);
-        } catch (ArrayIndexOutOfBoundsException failure) {
-            throw outside(failure, "subscripts " + Arrays.toString(subscripts));
-        }
+        readAt(subscripts, changing(call));
     }
 
     private ArrayIndexOutOfBoundsException outside(ArrayIndexOutOfBoundsException failure, String position) {
-        String extents = Arrays.toString(read(NVKRT::qxGetDimensions));
-        ArrayIndexOutOfBoundsException told = new ArrayIndexOutOfBoundsException(
-                failure.getMessage() + ": " + position + " in an array of extents " + extents);
-        told.initCause(failure);
-        return told;
+        String extents = " in an array of extents " + Arrays.toString(read(NVKRT::qxGetDimensions));
+        String told = failure.getMessage() + ": " + position + extents;
+        return (ArrayIndexOutOfBoundsException) new ArrayIndexOutOfBoundsException(told).initCause(failure);
     }
 
     private void checkOpen() {
@@ -394,7 +363,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @return a new array with data of its own
      */
     public NVBuiltinArray duplicate() {
-        NVBuiltinArray copy = made(read(NVKRT::qxDuplicateArray));
+        NVBuiltinArray copy = Wrappers.made(read(NVKRT::qxDuplicateArray));
         if (tree != null) {
             copy.isNested(levelsIfKnown());
         }
@@ -412,7 +381,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @return a new array that shares data with this one
      */
     public NVBuiltinArray sharedCopy() {
-        NVBuiltinArray copy = made(read(NVKRT::qxCreateSharedCopy));
+        NVBuiltinArray copy = Wrappers.made(read(NVKRT::qxCreateSharedCopy));
         copy.joinTree(tree, depth);
         return copy;
     }
@@ -489,16 +458,12 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         return bothRead(other, NVKRT::qxCompareArray);
     }
 
-    private interface BinaryRead<R> {
-        R of(NativePtr left, NativePtr right);
-    }
-
-    private <R> R bothRead(NVBuiltinArray other, BinaryRead<R> call) {
+    private <R> R bothRead(NVBuiltinArray other, BiFunction<NativePtr, NativePtr, R> call) {
         boolean inOrder = tree == null || other.tree == null || tree.serial <= other.tree.serial;
         NVBuiltinArray first = inOrder ? this : other;
         NVBuiltinArray second = inOrder ? other : this;
         return first.read(
-                one -> second.read(two -> inOrder ? call.of(one, two) : call.of(two, one)));
+                one -> second.read(two -> inOrder ? call.apply(one, two) : call.apply(two, one)));
     }
 
     /**

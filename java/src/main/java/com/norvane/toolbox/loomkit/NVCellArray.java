@@ -26,7 +26,7 @@ public final class NVCellArray extends NVBuiltinArray {
      */
     public static NVCellArray empty(int... dimensions) {
         int[] extents = Dimensions.checked(dimensions);
-        NVCellArray cell = (NVCellArray) made(NVKRT.qxCreateArray(extents, ClassId.CELL.code(), 0));
+        NVCellArray cell = (NVCellArray) Wrappers.made(NVKRT.qxCreateArray(extents, ClassId.CELL.code(), 0));
         cell.isNested(1);
         return cell;
     }

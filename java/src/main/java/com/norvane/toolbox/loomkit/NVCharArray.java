@@ -55,12 +55,12 @@ public final class NVCharArray extends NVBuiltinArray {
     public static NVCharArray ofFlat(int[] dimensions, char[] units) {
         int[] extents = Dimensions.checked(dimensions);
         Object data = FlatData.checked(units, ClassId.CHAR, Dimensions.count(extents));
-        return (NVCharArray) made(NVKRT.qxCreateNumericArray(extents, data, null, ClassId.CHAR.code(), 0));
+        return (NVCharArray) Wrappers.made(NVKRT.qxCreateNumericArray(extents, data, null, ClassId.CHAR.code(), 0));
     }
 
     private static NVCharArray fromNested(Object data) {
         Object copy = new NestedCopy(true).copy(Objects.requireNonNull(data, "rows"));
-        return (NVCharArray) made(NVKRT.qxObject2qxArray(copy, null, ClassId.CHAR.code(), 0));
+        return (NVCharArray) Wrappers.made(NVKRT.qxObject2qxArray(copy, null, ClassId.CHAR.code(), 0));
     }
 
     /**

@@ -19,7 +19,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @return a new array
      */
     public static NVLogicalArray of(boolean value) {
-        return (NVLogicalArray) made(NVKRT.qxScalar2qxArray(value, false, ClassId.LOGICAL.code(), 0));
+        return (NVLogicalArray) Wrappers.made(NVKRT.qxScalar2qxArray(value, false, ClassId.LOGICAL.code(), 0));
     }
 
     /**
@@ -52,7 +52,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      */
     public static NVLogicalArray falses(int... dimensions) {
         int[] extents = Dimensions.checked(dimensions);
-        return (NVLogicalArray) made(NVKRT.qxCreateArray(extents, ClassId.LOGICAL.code(), 0));
+        return (NVLogicalArray) Wrappers.made(NVKRT.qxCreateArray(extents, ClassId.LOGICAL.code(), 0));
     }
 
     /**
@@ -66,7 +66,8 @@ public final class NVLogicalArray extends NVBuiltinArray {
     public static NVLogicalArray ofFlat(int[] dimensions, boolean[] elements) {
         int[] extents = Dimensions.checked(dimensions);
         Object data = FlatData.checked(elements, ClassId.LOGICAL, Dimensions.count(extents));
-        return (NVLogicalArray) made(NVKRT.qxCreateNumericArray(extents, data, null, ClassId.LOGICAL.code(), 0));
+        NativePtr made = NVKRT.qxCreateNumericArray(extents, data, null, ClassId.LOGICAL.code(), 0);
+        return (NVLogicalArray) Wrappers.made(made);
     }
 
     /**
@@ -99,7 +100,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
 
     private static NVLogicalArray fromNested(Object data) {
         Object copy = new NestedCopy(false).copy(Objects.requireNonNull(data, "data"));
-        return (NVLogicalArray) made(NVKRT.qxObject2qxArray(copy, null, ClassId.LOGICAL.code(), 0));
+        return (NVLogicalArray) Wrappers.made(NVKRT.qxObject2qxArray(copy, null, ClassId.LOGICAL.code(), 0));
     }
 
     /**

@@ -25,7 +25,7 @@ public final class NVNumericArray extends NumericElements {
      * @return a new array
      */
     public static NVNumericArray of(double value) {
-        return (NVNumericArray) made(NVKRT.qxScalar2qxArray(value, 0.0, ClassId.DOUBLE.code(), 0));
+        return (NVNumericArray) Wrappers.made(NVKRT.qxScalar2qxArray(value, 0.0, ClassId.DOUBLE.code(), 0));
     }
 
     /**
@@ -113,7 +113,7 @@ public final class NVNumericArray extends NumericElements {
         requireNumeric(classId);
         int[] extents = Dimensions.checked(dimensions);
         int part = Objects.requireNonNull(complexity, "complexity").code();
-        return (NVNumericArray) made(NVKRT.qxCreateArray(extents, classId.code(), part));
+        return (NVNumericArray) Wrappers.made(NVKRT.qxCreateArray(extents, classId.code(), part));
     }
 
     /**
@@ -134,7 +134,7 @@ public final class NVNumericArray extends NumericElements {
         Object imaginaryData = imaginary == null ? null : FlatData.checked(imaginary, classId, count);
         Complexity complexity = imaginary == null ? Complexity.REAL : Complexity.COMPLEX;
         return (NVNumericArray)
-                made(
+                Wrappers.made(
                         NVKRT.qxCreateNumericArray(
                                 extents, realData, imaginaryData, classId.code(), complexity.code()));
     }
@@ -193,7 +193,7 @@ public final class NVNumericArray extends NumericElements {
         Object realData = shape.copy(real);
         Object imaginaryData = shape.copy(imaginary);
         return (NVNumericArray)
-                made(NVKRT.qxObject2qxArray(realData, imaginaryData, classId.code(), complexity.code()));
+                Wrappers.made(NVKRT.qxObject2qxArray(realData, imaginaryData, classId.code(), complexity.code()));
     }
 
     private static ClassId natural(Object data) {

@@ -40,7 +40,7 @@ public final class NVStructArray extends NVBuiltinArray {
         }
         Dimensions.checkCount(new long[] {names.size(), Dimensions.count(extents)}, 2);
         NativePtr pointer = NVKRT.qxCreateStructArray(extents, names.toArray(new String[0]));
-        NVStructArray struct = (NVStructArray) made(pointer);
+        NVStructArray struct = (NVStructArray) Wrappers.made(pointer);
         struct.isNested(1);
         return struct;
     }

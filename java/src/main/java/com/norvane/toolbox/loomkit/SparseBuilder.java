@@ -35,7 +35,7 @@ final class SparseBuilder {
         Complexity complexity = imaginary == null ? Complexity.REAL : Complexity.COMPLEX;
         checkMemory(m, n, count, classId, complexity);
         boolean none = count == 0;
-        return NVBuiltinArray.made(
+        return Wrappers.made(
                 NVKRT.qxCreateSparseMatrix(
                         none ? null : rowIndex,
                         none ? null : columnIndex,
@@ -51,7 +51,7 @@ final class SparseBuilder {
     /** A sparse matrix from nested rows. */
     static NVBuiltinArray compress(Object full, ClassId classId) {
         Object rows = new NestedCopy(false).copy(Objects.requireNonNull(full, "full"));
-        return NVBuiltinArray.made(NVKRT.qxCreateSparseMatrix(rows, null, classId.code(), Complexity.REAL.code()));
+        return Wrappers.made(NVKRT.qxCreateSparseMatrix(rows, null, classId.code(), Complexity.REAL.code()));
     }
 
     /** Native code takes it that the tables can be had, so large ones are tried first: an empty matrix tells. */
@@ -61,6 +61,6 @@ final class SparseBuilder {
         }
         NativePtr trial =
                 NVKRT.qxCreateSparseMatrix(null, null, null, null, m, n, count, classId.code(), complexity.code());
-        NVBuiltinArray.made(trial).close();
+        Wrappers.made(trial).close();
     }
 }
