@@ -16,7 +16,7 @@ protected:
 };
 
 using AllTypes = testing::Types<jboolean, jbyte, jchar, jshort, jint, jlong, jfloat, jdouble>;
-TYPED_TEST_SUITE(PrimitiveArrays, AllTypes);
+TYPED_TEST_SUITE(PrimitiveArrays, AllTypes, );
 
 TYPED_TEST(PrimitiveArrays, PinOnceAndWriteBack) {
     jobject array = primitiveArray<TypeParam>(this->env, this->values());
