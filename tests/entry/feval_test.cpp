@@ -7,8 +7,6 @@ namespace nativevrl::test {
 
 namespace {
 
-constexpr const char* nvException = "com/norvane/toolbox/loomkit/NVException";
-
 /// Calls that give arrays to Java close them, so that what is alive can be counted.
 class Feval : public ShowcaseTest {
 protected:
