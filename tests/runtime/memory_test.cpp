@@ -1,53 +1,29 @@
 #include "krt/component.h"
+#include "support/heapblocks.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/vrlkrt.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
 #include <new>
 
 namespace {
 
-/// How many more blocks this thread gets; any number while it is negative.
-thread_local int blocksLeft = -1;
-
-}  // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    if (blocksLeft == 0) {
-        return nullptr;
-    }
-    blocksLeft -= blocksLeft > 0 ? 1 : 0;
-    return std::malloc(size == 0 ? 1 : size);
-}
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (void* block = ::operator new(size, std::nothrow)) {
-        return block;
-    }
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-
-namespace {
+using loomkit::test::heapBlocksLeft;
 
 /// Runs `operation` with this number of blocks to be had. Whether it needed fewer.
 template <typename Operation>
 bool fitsInto(int blocks, const Operation& operation) {
-    blocksLeft = blocks;
+    heapBlocksLeft = blocks;
     bool threw = false;
     try {
         operation();
     } catch (const std::bad_alloc&) {
         threw = true;
     }
-    const bool fits = blocksLeft > 0;
-    blocksLeft = -1;
+    const bool fits = heapBlocksLeft > 0;
+    heapBlocksLeft = -1;
     EXPECT_FALSE(threw) << "with " << blocks << " blocks";
     return fits && !threw;
 }
