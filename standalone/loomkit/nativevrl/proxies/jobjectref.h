@@ -2,29 +2,39 @@
 
 #include <jni.h>
 
+#include <utility>
+
 /// Ownership of references, once and for all: a local reference lives in a proxy from the line that made it.
 /// Constructing or assigning a proxy from a reference makes a new local reference, so the one given stays its
 /// owner's ("borrowed"); attach takes over the one given; detach gives the proxy's own to the caller, and
 /// stands in a return statement only. A proxy belongs to the thread and the native call that built it.
 namespace nativevrl {
 
-/// Root of all object proxies: owns one local reference, or none.
+/// Root of all object proxies: owns one local reference, or none. What it does is inline, since walks over large arrays
+/// have a reference for each row or element.
 class JObjectRef {
 public:
     /// A private reference to `object`, which may be null. Throws tether::NewLocalRefError when there is none to be
     /// had.
-    JObjectRef(JNIEnv* env, jobject object);
-    JObjectRef(const JObjectRef& other);
+    JObjectRef(JNIEnv* env, jobject object) : env_(env), ref_(object == nullptr ? nullptr : newLocalRef(env, object)) {}
+    JObjectRef(const JObjectRef& other) : JObjectRef(other.env_, other.ref_) {}
     JObjectRef& operator=(const JObjectRef& other);
     JObjectRef& operator=(jobject object);
 
-    virtual ~JObjectRef();
+    virtual ~JObjectRef() { JObjectRef::reset(); }
     /// Deletes the reference.
-    virtual void reset();
+    virtual void reset() {
+        if (ref_ != nullptr) {
+            env_->DeleteLocalRef(release());
+        }
+    }
     /// Gives the reference to the caller.
-    [[nodiscard]] virtual jobject detach();
+    [[nodiscard]] virtual jobject detach() { return release(); }
     /// Takes over a local reference that JNI just returned; the old one is deleted.
-    virtual void attach(jobject object);
+    virtual void attach(jobject object) {
+        reset();
+        ref_ = object;
+    }
 
     JNIEnv* env() const noexcept { return env_; }
     /// The reference, borrowed.
@@ -33,9 +43,11 @@ public:
 
 protected:
     /// Forgets the reference without deleting it.
-    jobject release() noexcept;
+    jobject release() noexcept { return std::exchange(ref_, nullptr); }
 
 private:
+    static jobject newLocalRef(JNIEnv* env, jobject object);
+
     JNIEnv* env_;
     jobject ref_ = nullptr;
 };

@@ -2,25 +2,7 @@
 
 #include "proxies/javalength.h"
 
-#include <utility>
-
 namespace nativevrl {
-
-JStringProxy::JStringProxy(JNIEnv* env, jobject string) : JObjectRef(env, string) {}
-
-JStringProxy::JStringProxy(const JStringProxy& other) : JObjectRef(other) {}
-
-JStringProxy& JStringProxy::operator=(const JStringProxy& other) {
-    JObjectRef::operator=(other);
-    return *this;
-}
-
-JStringProxy::~JStringProxy() { releaseChars(); }
-
-void JStringProxy::reset() {
-    releaseChars();
-    JObjectRef::reset();
-}
 
 const char* JStringProxy::getStringUTFChars() {
     if (utfChars_ == nullptr && !isNull()) {
@@ -37,15 +19,6 @@ const jchar* JStringProxy::getStringChars() {
 }
 
 jsize JStringProxy::length() const { return isNull() ? 0 : env()->GetStringLength(static_cast<jstring>(ref())); }
-
-void JStringProxy::releaseChars() {
-    if (utfChars_ != nullptr) {
-        env()->ReleaseStringUTFChars(static_cast<jstring>(ref()), std::exchange(utfChars_, nullptr));
-    }
-    if (chars_ != nullptr) {
-        env()->ReleaseStringChars(static_cast<jstring>(ref()), std::exchange(chars_, nullptr));
-    }
-}
 
 NewJStringProxy::NewJStringProxy(JNIEnv* env, const char* text) : NewJStringProxy(env) {
     attach(tether::newStringUTF(env, text));

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 namespace nativevrl {
 
@@ -21,13 +22,19 @@ class JStringProxy : public JObjectRef {
 public:
     using ClassProxy = JStringClassProxy;
 
-    JStringProxy(JNIEnv* env, jobject string);
+    JStringProxy(JNIEnv* env, jobject string) : JObjectRef(env, string) {}
     /// Refers to the same string; characters are not shared.
-    JStringProxy(const JStringProxy& other);
-    JStringProxy& operator=(const JStringProxy& other);
-    ~JStringProxy() override;
+    JStringProxy(const JStringProxy& other) : JObjectRef(other) {}
+    JStringProxy& operator=(const JStringProxy& other) {
+        JObjectRef::operator=(other);
+        return *this;
+    }
+    ~JStringProxy() override { releaseChars(); }
 
-    void reset() override;
+    void reset() override {
+        releaseChars();
+        JObjectRef::reset();
+    }
 
     /// Modified UTF-8, NUL-terminated; null for a null string. Valid until reset.
     const char* getStringUTFChars();
@@ -37,7 +44,14 @@ public:
     jsize length() const;
 
     /// Gives both forms of the characters back.
-    void releaseChars();
+    void releaseChars() {
+        if (utfChars_ != nullptr) {
+            env()->ReleaseStringUTFChars(static_cast<jstring>(ref()), std::exchange(utfChars_, nullptr));
+        }
+        if (chars_ != nullptr) {
+            env()->ReleaseStringChars(static_cast<jstring>(ref()), std::exchange(chars_, nullptr));
+        }
+    }
 
 private:
     const char* utfChars_ = nullptr;
