@@ -1,11 +1,11 @@
 #pragma once
 
+#include "proxies/castrun.h"
 #include "proxies/javalength.h"
 #include "proxies/jclassproxy.h"
 #include "proxies/jprimitive.h"
 #include "proxies/numericcast.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -14,13 +14,10 @@ namespace nativevrl {
 /// Any Java array.
 class JArrayProxy : public JObjectRef {
 public:
-    JArrayProxy(JNIEnv* env, jobject array);
-    JArrayProxy(const JArrayProxy& other);
-    JArrayProxy& operator=(const JArrayProxy& other) = default;
-    ~JArrayProxy() override;
+    using JObjectRef::JObjectRef;
 
     /// Number of elements; 0 for null.
-    jsize length() const;
+    jsize length() const { return isNull() ? 0 : env()->GetArrayLength(static_cast<jarray>(ref())); }
 };
 
 template <typename T>
@@ -111,7 +108,7 @@ public:
     template <typename S>
     NewJPrimitiveArrayProxy(JNIEnv* env, const S* begin, const S* end)
         : NewJPrimitiveArrayProxy(env, static_cast<std::size_t>(end - begin)) {
-        std::transform(begin, end, this->getElements(), castElement<T, S>);
+        castRun(begin, static_cast<std::size_t>(end - begin), this->getElements());
     }
 
     /// Every stride-th element, cast; `end` is a whole number of strides behind `begin`, and the stride above 0.

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "arrays/elementclass.h"
+#include "proxies/castrun.h"
 #include "proxies/jobjectproxy.h"
-#include "proxies/numericcast.h"
 #include "qx/qx.h"
 
 #include <jni.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 namespace nativevrl::JConvert {
 
@@ -19,13 +19,15 @@ struct NativeElement {
     static constexpr qxClassID classId = Class::id;
     using Storage = typename Class::Stored;
     using Java = typename Class::Java;
+    /// cast is castElement, for which there are faster runs.
+    static constexpr bool castsPlainly = classId != qxLOGICAL_CLASS;
 
     template <typename S>
     static constexpr Storage cast(S value) {
-        if constexpr (classId == qxLOGICAL_CLASS) {
-            return castToLogical(value);
-        } else {
+        if constexpr (castsPlainly) {
             return castElement<Storage>(value);
+        } else {
+            return castToLogical(value);
         }
     }
 
@@ -41,6 +43,7 @@ using DoubleElement = NativeElement<DoubleClass>;
 struct FunctionElement {
     static constexpr qxClassID classId = qxFUNCTION_CLASS;
     using Storage = std::uint32_t;
+    static constexpr bool castsPlainly = false;
 
     template <typename S>
     static constexpr Storage cast(S) {
@@ -64,12 +67,10 @@ bool visitNativeElement(int classId, Visitor&& visitor) {
 /// Copies a run of Java elements into adjacent native ones.
 template <typename Target, typename S>
 void castRun(const S* source, std::size_t count, typename Target::Storage* target) {
-    if constexpr (std::is_same_v<S, typename Target::Storage> && Target::classId != qxLOGICAL_CLASS) {
-        std::copy_n(source, count, target);
+    if constexpr (Target::castsPlainly) {
+        nativevrl::castRun(source, count, target);
     } else {
-        for (std::size_t i = 0; i < count; ++i) {
-            target[i] = Target::cast(source[i]);
-        }
+        std::transform(source, source + count, target, [](S value) { return Target::cast(value); });
     }
 }
 

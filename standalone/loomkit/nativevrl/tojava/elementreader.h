@@ -34,7 +34,7 @@ constexpr ElementReader<T> readerOf() {
     return {
         sizeof(S), keepsBits<T, S>,
         [](const void* elements, std::size_t index) {
-            return asElement<T>(static_cast<const Stored*>(elements)[index]);
+            return castElement<T>(static_cast<const Stored*>(elements)[index]);
         },
         [](const void* from, const GatherShape& shape, T* to) { gather(static_cast<const Stored*>(from), shape, to); }};
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "proxies/numericcast.h"
+#include "proxies/castrun.h"
 #include "toarray/squareblock.h"
 
 #include <algorithm>
@@ -10,7 +10,8 @@
 /// Strided native elements as rows in a buffer. All strides are in elements.
 namespace nativevrl {
 
-/// Which elements are gathered, and how the rows lie in the buffer.
+/// Which elements are gathered, and how the rows lie in the buffer. Loops take it by value: blocks are stored as bytes,
+/// which might be those of a shape that is referred to.
 struct GatherShape {
     std::size_t rows;
     std::size_t columns;
@@ -19,95 +20,100 @@ struct GatherShape {
     std::size_t pitch;         ///< in the buffer, from one row to the next
 };
 
-/// The cast of an element, or the element itself where nothing is cast.
-template <typename T, typename S>
-constexpr T asElement(S value) {
-    if constexpr (std::is_same_v<T, S>) {
-        return value;
-    } else {
-        return castElement<T>(value);
-    }
-}
-
-template <typename S>
-constexpr std::size_t kBlock = SquareBlock<S>::size;
+template <typename T>
+constexpr std::size_t kBlock = SquareBlock<T>::size;
 
 /// How many columns are read side by side: each row of the buffer then gets a run of stores.
-template <typename S>
-constexpr std::size_t kPanel = std::max<std::size_t>(8, kBlock<S>);
+template <typename T>
+constexpr std::size_t kPanel = std::max<std::size_t>(8, kBlock<T>);
 
-/// One row after the other, for rows whose elements are next to one another.
-template <typename T, typename S>
-void gatherContiguous(const S* from, const GatherShape& shape, T* to) {
-    for (std::size_t row = 0; row < shape.rows; ++row) {
-        const S* source = from + row * shape.rowStride;
-        T* target = to + row * shape.pitch;
-        for (std::size_t column = 0; column < shape.columns; ++column) {
-            target[column] = asElement<T>(source[column]);
-        }
-    }
-}
-
-/// `width` columns: known to the compiler for all but the last of them, so that its inner loop is unrolled.
+/// `width` columns, element by element: known to the compiler for all but the last of them, so that its inner loop is
+/// unrolled.
 template <typename T, typename S, typename Width>
-void gatherPanel(const S* from, const GatherShape& shape, T* to, Width width) {
+void gatherSingly(const S* from, const GatherShape& shape, T* to, Width width) {
     for (std::size_t row = 0; row < shape.rows; ++row) {
         for (std::size_t column = 0; column < width; ++column) {
-            to[row * shape.pitch + column] = asElement<T>(from[row * shape.rowStride + column * shape.columnStride]);
+            to[row * shape.pitch + column] = castElement<T>(from[row * shape.rowStride + column * shape.columnStride]);
         }
     }
 }
 
-/// A whole block of adjacent rows.
+/// A whole number of blocks of adjacent rows of a panel, turned in the source's type. Lines of a block are cast on
+/// their way out, if at all.
 template <typename T, typename S>
-void gatherBlock(const S* from, const GatherShape& shape, T* to) {
-    SquareBlock<S> block;
-    block.load(from, shape.columnStride);
-    block.transpose();
-    if constexpr (std::is_same_v<T, S>) {
-        block.store(to, shape.pitch);
-    } else {
-        S elements[kBlock<S> * kBlock<S>];
-        block.store(elements, kBlock<S>);
-        for (std::size_t row = 0; row < kBlock<S>; ++row) {
-            for (std::size_t column = 0; column < kBlock<S>; ++column) {
-                to[row * shape.pitch + column] = asElement<T>(elements[row * kBlock<S> + column]);
+void turnPanel(const S* from, GatherShape shape, T* to) {
+    for (std::size_t row = 0; row < shape.rows; row += kBlock<S>) {
+        for (std::size_t column = 0; column < kPanel<S>; column += kBlock<S>) {
+            SquareBlock<S> block;
+            block.load(from + column * shape.columnStride, shape.columnStride);
+            block.transpose();
+            if constexpr (std::is_same_v<T, S>) {
+                block.store(to + column, shape.pitch);
+            } else {
+                S lines[kBlock<S> * kBlock<S>];
+                block.store(lines, kBlock<S>);
+                for (std::size_t i = 0; i < kBlock<S>; ++i) {
+                    castRun(lines + i * kBlock<S>, kBlock<S>, to + i * shape.pitch + column);
+                }
             }
         }
+        from += kBlock<S>;
+        to += kBlock<S> * shape.pitch;
     }
 }
 
-/// Casts to and from integers are faster element by element.
+/// The same by way of columns that are cast as they lie, some rows of them at a time, and turned in the target's type.
 template <typename T, typename S>
-constexpr bool gathersByBlocks = std::is_same_v<T, S> || (std::is_floating_point_v<T> && std::is_floating_point_v<S>);
+void castAndTurnPanel(const S* from, GatherShape shape, T* to) {
+    constexpr std::size_t piece = 64;
+    T cast[kPanel<T> * piece];
+    for (std::size_t row = 0; row < shape.rows; row += piece) {
+        const std::size_t rows = std::min(piece, shape.rows - row);
+        for (std::size_t column = 0; column < kPanel<T>; ++column) {
+            castRun(from + column * shape.columnStride + row, rows, cast + column * piece);
+        }
+        turnPanel<T>(cast, {rows, kPanel<T>, 1, piece, shape.pitch}, to + row * shape.pitch);
+    }
+}
 
-/// kPanel columns, by blocks where the rows are adjacent.
+/// Integers that become wider are cast one by one: several of them fit into what is read at a time.
 template <typename T, typename S>
-void gatherFullPanel(const S* from, GatherShape shape, T* to) {
-    if (gathersByBlocks<T, S> && shape.rowStride == 1) {
-        for (; shape.rows >= kBlock<S>; shape.rows -= kBlock<S>) {
-            for (std::size_t column = 0; column < kPanel<S>; column += kBlock<S>) {
-                gatherBlock(from + column * shape.columnStride, shape, to + column);
+constexpr bool kTurns = sizeof(T) <= sizeof(S) || (std::is_floating_point_v<T> && std::is_floating_point_v<S>);
+
+/// kPanel columns.
+template <typename T, typename S>
+void gatherPanel(const S* from, GatherShape shape, T* to) {
+    if constexpr (kTurns<T, S>) {
+        if (shape.rowStride == 1) {
+            const std::size_t left = shape.rows % std::max(kBlock<T>, kBlock<S>);
+            shape.rows -= left;
+            if constexpr (std::is_same_v<T, S> || sizeof(T) > sizeof(S)) {
+                turnPanel(from, shape, to);
+            } else {
+                castAndTurnPanel(from, shape, to);
             }
-            from += kBlock<S>;
-            to += kBlock<S> * shape.pitch;
+            from += shape.rows;
+            to += shape.rows * shape.pitch;
+            shape.rows = left;
         }
     }
-    gatherPanel(from, shape, to, std::integral_constant<std::size_t, kPanel<S>>{});
+    gatherSingly(from, shape, to, std::integral_constant<std::size_t, kPanel<T>>{});
 }
 
 /// Copies the elements that `shape` tells of, each cast to T, into rows at `to`.
 template <typename T, typename S>
 void gather(const S* from, const GatherShape& shape, T* to) {
     if (shape.columnStride == 1) {
-        gatherContiguous(from, shape, to);
+        for (std::size_t row = 0; row < shape.rows; ++row) {
+            castRun(from + row * shape.rowStride, shape.columns, to + row * shape.pitch);
+        }
         return;
     }
     std::size_t column = 0;
-    for (; column + kPanel<S> <= shape.columns; column += kPanel<S>) {
-        gatherFullPanel(from + column * shape.columnStride, shape, to + column);
+    for (; column + kPanel<T> <= shape.columns; column += kPanel<T>) {
+        gatherPanel(from + column * shape.columnStride, shape, to + column);
     }
-    gatherPanel(from + column * shape.columnStride, shape, to + column, shape.columns - column);
+    gatherSingly(from + column * shape.columnStride, shape, to + column, shape.columns - column);
 }
 
 }  // namespace nativevrl
