@@ -73,8 +73,11 @@ public:
 private:
     using Outer = NewJObjectArrayProxy<JObjectProxy>;
 
-    /// How many rows are gathered together at most, which is how many arrays are filled at the same time.
-    static constexpr std::size_t kMostRows = 64;
+    /// How many rows are gathered together at most, which is how many arrays are filled at the same time. The more
+    /// there are, the longer are the runs of source that are read; rows beyond kUsualRows must be short for that.
+    static constexpr std::size_t kMostRows = 128;
+    static constexpr std::size_t kUsualRows = 64;
+    static constexpr std::size_t kShortRow = Tile<T>::kLargest / kMostRows / 2;
     /// Rows that are too long for the tile are held open while they are written piece by piece: few, since each holds a
     /// local reference.
     static constexpr std::size_t kOpenRows = 16;
@@ -111,9 +114,10 @@ private:
     /// Settles how many rows of `line` are gathered together; `line.stride` is how many neighbours there can be.
     void planTile(const LevelExtent& line) {
         pitch_ = Tile<T>::pitchFor(line.size);
-        const std::size_t rows = std::min<std::size_t>(kMostRows, line.stride);
+        const std::size_t most = pitch_ <= kShortRow ? kMostRows : kUsualRows;
+        const std::size_t rows = std::min<std::size_t>(most, line.stride);
         const std::size_t room = tile_.makeRoom(rows * pitch_);
-        const std::size_t fitting = std::min(kMostRows, room / pitch_);
+        const std::size_t fitting = std::min(most, room / pitch_);
         areLong_ = fitting < std::min(rows, kFewestRows);
         band_ = static_cast<unsigned>(areLong_                ? kOpenRows
                                       : fitting > kFewestRows ? fitting - fitting % kFewestRows
