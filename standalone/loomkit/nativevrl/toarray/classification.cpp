@@ -3,6 +3,7 @@
 #include "proxies/jboxedproxies.h"
 #include "proxies/jnonkrtproxies.h"
 #include "proxies/jobjectarrayproxy.h"
+#include "toarray/javakind.h"
 
 #include <boost/regex.hpp>
 
@@ -28,11 +29,6 @@ struct TestedClass {
 template <typename ElementProxy>
 constexpr Test isArrayOf = isA<JObjectArrayClassProxy<ElementProxy>>;
 
-template <typename T>
-bool isRowOrBoxOf(JNIEnv* env, jobject object) {
-    return isA<JPrimitiveArrayClassProxy<T>>(env, object) || isA<typename BoxedProxy<T>::Type::ClassProxy>(env, object);
-}
-
 constexpr TestedClass kArrayClasses[] = {
     {isArrayOf<JStringProxy>, qxCHAR_CLASS},   {isArrayOf<JBooleanProxy>, qxLOGICAL_CLASS},
     {isArrayOf<JByteProxy>, qxINT8_CLASS},     {isArrayOf<JCharacterProxy>, qxCHAR_CLASS},
@@ -41,12 +37,12 @@ constexpr TestedClass kArrayClasses[] = {
     {isArrayOf<JShortProxy>, qxINT16_CLASS},
 };
 
-constexpr TestedClass kScalarClasses[] = {
-    {isA<JStringClassProxy>, qxCHAR_CLASS},  {isRowOrBoxOf<jboolean>, qxLOGICAL_CLASS},
-    {isRowOrBoxOf<jbyte>, qxINT8_CLASS},     {isRowOrBoxOf<jchar>, qxCHAR_CLASS},
-    {isRowOrBoxOf<jdouble>, qxDOUBLE_CLASS}, {isRowOrBoxOf<jfloat>, qxSINGLE_CLASS},
-    {isRowOrBoxOf<jint>, qxINT32_CLASS},     {isRowOrBoxOf<jlong>, qxINT64_CLASS},
-    {isRowOrBoxOf<jshort>, qxINT16_CLASS},
+template <typename T>
+constexpr Test isBoxOf = isA<typename BoxedProxy<T>::Type::ClassProxy>;
+
+constexpr TestedClass kNumberClasses[] = {
+    {isBoxOf<jbyte>, qxINT8_CLASS}, {isBoxOf<jdouble>, qxDOUBLE_CLASS}, {isBoxOf<jfloat>, qxSINGLE_CLASS},
+    {isBoxOf<jint>, qxINT32_CLASS}, {isBoxOf<jlong>, qxINT64_CLASS},    {isBoxOf<jshort>, qxINT16_CLASS},
 };
 
 template <std::size_t N>
@@ -57,6 +53,35 @@ qxClassID firstFit(const TestedClass (&classes)[N], JNIEnv* env, jobject object)
         }
     }
     return qxUNKNOWN_CLASS;
+}
+
+/// Class of a row, a text or a wrapper object; none for any other object.
+qxClassID classifyScalar(JNIEnv* env, jobject object, JavaKind kind) {
+    switch (kind) {
+        case JavaKind::kCharArray:
+        case JavaKind::kString:
+        case JavaKind::kCharacter:
+            return qxCHAR_CLASS;
+        case JavaKind::kBooleanArray:
+        case JavaKind::kBoolean:
+            return qxLOGICAL_CLASS;
+        case JavaKind::kByteArray:
+            return qxINT8_CLASS;
+        case JavaKind::kDoubleArray:
+            return qxDOUBLE_CLASS;
+        case JavaKind::kFloatArray:
+            return qxSINGLE_CLASS;
+        case JavaKind::kIntArray:
+            return qxINT32_CLASS;
+        case JavaKind::kLongArray:
+            return qxINT64_CLASS;
+        case JavaKind::kShortArray:
+            return qxINT16_CLASS;
+        case JavaKind::kNumber:
+            return firstFit(kNumberClasses, env, object);
+        default:
+            return qxUNKNOWN_CLASS;
+    }
 }
 
 struct NamedClass {
@@ -98,7 +123,8 @@ qxClassID classifyByArrayClass(JNIEnv* env, jobject array) {
 }  // namespace
 
 qxClassID classifyJavaObject(JNIEnv* env, jobject object, bool allowCompound) {
-    if (isArrayOf<JObjectProxy>(env, object)) {
+    const JavaKind kind = JavaKindReader(env)(object);
+    if (kind == JavaKind::kObjectArray || kind == JavaKind::kNull) {
         auto* elements = static_cast<jobjectArray>(object);
         if (object != nullptr && env->GetArrayLength(elements) > 0) {
             JObjectRef first(env, nullptr);
@@ -110,7 +136,7 @@ qxClassID classifyJavaObject(JNIEnv* env, jobject object, bool allowCompound) {
             return declared;
         }
     }
-    const qxClassID scalar = firstFit(kScalarClasses, env, object);
+    const qxClassID scalar = classifyScalar(env, object, kind);
     if (scalar != qxUNKNOWN_CLASS || !allowCompound) {
         return scalar;
     }

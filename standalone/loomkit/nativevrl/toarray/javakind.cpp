@@ -64,19 +64,20 @@ const LeafKind* leafKind(JavaKind kind) {
 
 }  // namespace
 
-JavaKind JavaKindReader::operator()(jobject object) {
+JavaKind JavaKindReader::operator()(jobject object) const {
+    thread_local const LeafKind* last = nullptr;
     if (object == nullptr) {
         return JavaKind::kNull;
     }
-    if (const LeafKind* last = leafKind(last_); last != nullptr && last->isLeaf(env_, object)) {
-        return last_;
+    if (last != nullptr && last->isLeaf(env_, object)) {
+        return last->kind;
     }
     if (isA<JObjectArrayClassProxy<JObjectProxy>>(env_, object)) {
         return JavaKind::kObjectArray;
     }
     for (const LeafKind& leaf : kLeafKinds) {
         if (leaf.isLeaf(env_, object)) {
-            last_ = leaf.kind;
+            last = &leaf;
             return leaf.kind;
         }
     }

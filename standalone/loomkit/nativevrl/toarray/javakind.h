@@ -58,19 +58,19 @@ bool visitPrimitive(JavaKind kind, Visitor&& visitor) {
     }
 }
 
-/// Tells kinds by their class. An object is first compared with the kind of the last one that was no object array: the
-/// rows of a nested array, and the elements of a row, are mostly of one type, and no object is of two.
+/// Tells kinds by their class. An object is first compared with the kind of the last one on this thread that was no
+/// object array: the rows of a nested array, and the elements of a row or a cell, are mostly of one type, and no object
+/// is of two.
 class JavaKindReader {
 public:
     explicit JavaKindReader(JNIEnv* env) : env_(env) {}
 
-    JavaKind operator()(jobject object);
+    JavaKind operator()(jobject object) const;
     /// Whether an object array can hold nothing but nulls and objects of a kind.
     bool holdsOnly(jobjectArray array, JavaKind kind) const;
 
 private:
     JNIEnv* env_;
-    JavaKind last_ = JavaKind::kOther;
 };
 
 /// Tells the kinds of the elements of one object array, which is borrowed as the reader is. An array of rows, or of
