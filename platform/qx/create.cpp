@@ -98,6 +98,12 @@ qxArray* qxCreateNumericArray(std::uint32_t dimensionCount, const std::uint32_t*
     return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qx::Fill::zeros));
 }
 
+qxArray* qxCreateUninitNumericArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, qxClassID classId,
+                                    qxComplexity complexity) {
+    const qx::GivenShape given(dimensionCount, dimensions);
+    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qx::Fill::unset));
+}
+
 qxArray* qxCreateNumericMatrix(std::uint32_t rows, std::uint32_t columns, qxClassID classId, qxComplexity complexity) {
     const qx::GivenShape given(rows, columns);
     return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qx::Fill::zeros));

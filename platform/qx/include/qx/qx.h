@@ -116,6 +116,10 @@ private:
 /// Null for a class without numeric storage.
 qxArray* qxCreateNumericArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, qxClassID classId,
                               qxComplexity complexity);
+
+/// The same with elements of any content, for a caller that writes every one of them.
+qxArray* qxCreateUninitNumericArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, qxClassID classId,
+                                    qxComplexity complexity);
 qxArray* qxCreateNumericMatrix(std::uint32_t rows, std::uint32_t columns, qxClassID classId, qxComplexity complexity);
 qxArray* qxCreateDoubleMatrix(std::uint32_t rows, std::uint32_t columns, qxComplexity complexity);
 qxArray* qxCreateDoubleScalar(double value);

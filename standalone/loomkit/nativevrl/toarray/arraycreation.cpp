@@ -53,9 +53,15 @@ qxArray* createStructArray(const PlainExtents& extents, const std::vector<std::s
     raise(env, "java/lang/RuntimeException", message.c_str());
 }
 
+/// Whether both parts that the array has are walked, which leaves no element as it was.
+bool fillsAllParts(JNVArrayInitializer& initializer) {
+    return initializer.real() != nullptr &&
+           (initializer.imaginary() != nullptr || initializer.getComplexity() != qxCOMPLEX);
+}
+
 /// Walks one part of the data into its block.
 template <typename Target>
-void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real) {
+void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real, Contents contents) {
     jobject source = real ? initializer.real() : initializer.imaginary();
     if (source == nullptr || (!real && initializer.getComplexity() != qxCOMPLEX)) {
         return;
@@ -66,23 +72,21 @@ void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real) {
     }
     const LevelTable levels = buildLevelTable(initializer.getDimensions(), initializer.getNestingOrder());
     NestedStore<Target>(initializer.env(), Target::classId == qxCHAR_CLASS)
-        .store(block, levels, source, !qxIsEmpty(array));
+        .store(block, levels, source, !qxIsEmpty(array), contents == Contents::kZeros);
 }
 
-template <typename Target>
-void fillParts(JNVArrayInitializer& initializer, qxArray* array) {
-    fillPart<Target>(initializer, array, true);
-    fillPart<Target>(initializer, array, false);
-}
-
-void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* array) {
+void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* array, Contents contents) {
+    const auto fillParts = [&](auto target) {
+        fillPart<decltype(target)>(initializer, array, true, contents);
+        fillPart<decltype(target)>(initializer, array, false, contents);
+    };
     if (classId == qxCELL_CLASS) {
         fillCellFromJava(initializer.env(), initializer.real(), array);
     } else if (classId == qxSTRUCT_CLASS) {
         fillStructFromJava(initializer.env(), initializer.real(), array);
     } else if (classId == qxFUNCTION_CLASS) {
-        fillParts<FunctionElement>(initializer, array);
-    } else if (!visitNativeElement(classId, [&](auto target) { fillParts<decltype(target)>(initializer, array); })) {
+        fillParts(FunctionElement{});
+    } else if (!visitNativeElement(classId, fillParts)) {
         raise(initializer.env(), "java/lang/RuntimeException", "Tried to create qxArray of unsupported type");
     }
 }
@@ -124,7 +128,7 @@ qxArray* passOn(JNVArrayInitializer& initializer) {
 
 }  // namespace
 
-qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier) {
+qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier, Contents contents) {
     const qxComplexity complexity = specifier.hasComplexity() ? specifier.getComplexity() : qxREAL;
     const qxClassID classId = specifier.hasClassID() ? specifier.getClassID() : qxDOUBLE_CLASS;
     const std::vector<unsigned> native = nativeExtents(specifier);
@@ -135,7 +139,8 @@ qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& speci
     } else if (classId == qxSTRUCT_CLASS) {
         array = createStructArray(extents, specifier.fieldNames());
     } else {
-        array = qxCreateNumericArray(extents.count(), extents.data(), classId, complexity);
+        const auto create = contents == Contents::kZeros ? qxCreateNumericArray : qxCreateUninitNumericArray;
+        array = create(extents.count(), extents.data(), classId, complexity);
     }
     if (array == nullptr) {
         refuseCreation(env);
@@ -152,11 +157,12 @@ qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initialize
     if (classId == qxUNKNOWN_CLASS) {
         refuseType(env, initializer.imaginary() != nullptr ? initializer.imaginary() : real);
     }
-    qxArrayOwner array(createArrayFromProperties(env, initializer));
+    const Contents contents = fillsAllParts(initializer) ? Contents::kUnset : Contents::kZeros;
+    qxArrayOwner array(createArrayFromProperties(env, initializer, contents));
     if (!array) {
         raise(env, nvExceptionClass, "TAVRIX array creation failed");
     }
-    fillFromJava(initializer, classId, array.get());
+    fillFromJava(initializer, classId, array.get(), contents);
     return array.release();
 }
 

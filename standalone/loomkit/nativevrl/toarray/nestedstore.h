@@ -46,11 +46,11 @@ class NestedStore {
 public:
     NestedStore(JNIEnv* env, bool asText) : env_(env), kindOf_(env), asText_(asText) {}
 
-    /// The block is that of a fresh array with these levels; it holds zeros. An array without elements takes no
-    /// value, but its data is still read, and may still be refused.
-    void store(Element* block, const LevelTable& levels, jobject source, bool hasRoom) {
+    /// The block is that of a fresh array with these levels; `zeroed` tells that it holds zeros. An array without
+    /// elements takes no value, but its data is still read, and may still be refused.
+    void store(Element* block, const LevelTable& levels, jobject source, bool hasRoom, bool zeroed) {
         hasRoom_ = hasRoom;
-        walk({block, 0, levels.data(), levels.data() + levels.size(), true}, source, kindOf_(source));
+        walk({block, 0, levels.data(), levels.data() + levels.size(), zeroed}, source, kindOf_(source));
     }
 
 private:
