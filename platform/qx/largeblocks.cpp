@@ -24,13 +24,14 @@ void unmap(void* payload, std::size_t capacity) noexcept {
 /// Blocks that were given back, oldest first.
 class KeptBlocks {
 public:
-    /// The smallest block that holds `bytes` without wasting more than half of itself; a null payload if there is none.
+    /// The smallest block that holds `bytes` without wasting more than half of itself, the one given back last where
+    /// several do, since it may still be in a cache; a null payload if there is none.
     LargeBlock take(std::size_t bytes) noexcept {
         const std::lock_guard<std::mutex> hold(mutex_);
         std::size_t best = count_;
         for (std::size_t i = 0; i < count_; ++i) {
             const bool fits = blocks_[i].capacity >= bytes && blocks_[i].capacity / 2 <= bytes;
-            if (fits && (best == count_ || blocks_[i].capacity < blocks_[best].capacity)) {
+            if (fits && (best == count_ || blocks_[i].capacity <= blocks_[best].capacity)) {
                 best = i;
             }
         }

@@ -82,4 +82,15 @@ TEST_F(Memory, OfManyLargeBlocksDoesNotMixThemUp) {
     std::for_each(blocks.begin(), blocks.end(), qxFree);
 }
 
+TEST_F(Memory, OfTheLargeBlockGivenBackLastIsUsedFirst) {
+    void* blocks[3];
+    for (void*& block : blocks) {
+        block = qxMalloc(7 * kMega);
+    }
+    std::for_each(std::begin(blocks), std::end(blocks), qxFree);
+    void* again = qxMalloc(7 * kMega);
+    EXPECT_EQ(again, blocks[2]) << "the others may have left the caches";
+    qxFree(again);
+}
+
 }  // namespace
