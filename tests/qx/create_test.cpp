@@ -40,7 +40,10 @@ TEST_P(NumericClasses, HaveTheBlocksOfTheirClass) {
     const ClassCase& given = GetParam();
     for (const qxComplexity complexity : {qxREAL, qxCOMPLEX}) {
         const qxArrayOwner array(qxCreateNumericMatrix(3, 2, given.classId, complexity));
+        const std::uint32_t extents[] = {3, 2};
+        const qxArrayOwner unset(qxCreateUninitNumericArray(2, extents, given.classId, complexity));
         ASSERT_EQ(array != nullptr, given.elementSize != 0);
+        ASSERT_EQ(unset != nullptr, given.elementSize != 0);
         if (!array) {
             continue;
         }
@@ -50,6 +53,8 @@ TEST_P(NumericClasses, HaveTheBlocksOfTheirClass) {
         EXPECT_EQ(array->imagData() != nullptr, qxIsComplex(array.get()));
         const std::string zeros(6 * given.elementSize, '\0');
         EXPECT_EQ(std::memcmp(array->realData(), zeros.data(), zeros.size()), 0);
+        std::memset(unset->realData(), 1, zeros.size());
+        EXPECT_EQ(unset->imagData() != nullptr, array->imagData() != nullptr);
         const qxArrayOwner empty(qxCreateNumericMatrix(0, 2, given.classId, complexity));
         EXPECT_NE(empty->realData(), nullptr);
         EXPECT_EQ(qxIsComplex(empty.get()), complexity == qxCOMPLEX && given.canBeComplex);
