@@ -114,6 +114,18 @@ TEST_F(NestedData, HasTheClassOfItsFirstElementOrOfItsArray) {
     EXPECT_EQ(JConvert::classifyJavaObject(env, cell, false), qxUNKNOWN_CLASS);
 }
 
+TEST_F(NestedData, ThatShrinksAfterItWasMeasuredLeavesZeros) {
+    const auto textOf = [&](const char* element, jobject object) {
+        const qxArrayOwner array =
+            takeArray(env, fromObjects(env, objectArray(env, element, {object}), nullptr, qxCHAR_CLASS, 0));
+        return std::u16string(static_cast<const char16_t*>(array->realData()), qxGetNumberOfElements(array.get()));
+    };
+    const std::u16string full(1000, u'x');
+    EXPECT_EQ(textOf("java/lang/String", javaString(env, full)), full);  // leaves its memory to the next one
+    const jobject shrinking = newObject(env, "com/norvane/toolbox/loomkit/testing/ShrinkingText", "()V");
+    EXPECT_EQ(textOf("java/lang/Object", shrinking), u"a" + std::u16string(999, u'\0'));
+}
+
 TEST_F(NestedData, OfTextIsReadByTheParsersOfTheElementType) {
     const struct {
         std::u16string text;

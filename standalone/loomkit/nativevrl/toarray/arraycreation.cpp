@@ -53,12 +53,6 @@ qxArray* createStructArray(const PlainExtents& extents, const std::vector<std::s
     raise(env, "java/lang/RuntimeException", message.c_str());
 }
 
-/// Whether both parts that the array has are walked, which leaves no element as it was.
-bool fillsAllParts(JNVArrayInitializer& initializer) {
-    return initializer.real() != nullptr &&
-           (initializer.imaginary() != nullptr || initializer.getComplexity() != qxCOMPLEX);
-}
-
 /// Walks one part of the data into its block.
 template <typename Target>
 void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real, Contents contents) {
@@ -157,7 +151,8 @@ qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initialize
     if (classId == qxUNKNOWN_CLASS) {
         refuseType(env, initializer.imaginary() != nullptr ? initializer.imaginary() : real);
     }
-    const Contents contents = fillsAllParts(initializer) ? Contents::kUnset : Contents::kZeros;
+    // Zeros in holes are cheaper to have from the start than to put there one by one.
+    const Contents contents = initializer.isBox() ? Contents::kUnset : Contents::kZeros;
     qxArrayOwner array(createArrayFromProperties(env, initializer, contents));
     if (!array) {
         raise(env, nvExceptionClass, "TAVRIX array creation failed");

@@ -5,26 +5,36 @@
 #include "toarray/dimensions.h"
 #include "toarray/leveltable.h"
 
+#include <algorithm>
+#include <functional>
+#include <numeric>
+
 namespace nativevrl::JConvert {
 
 const std::vector<unsigned>& JNVArrayInitializer::getDimensions() {
     if (!dimensionsDecided_) {
         const bool isChar = getClassID() == qxCHAR_CLASS;
         std::vector<unsigned> dimensions;
-        collectDimensions(env_, dimensions, real_, isChar);
+        std::size_t fewest = collectDimensions(env_, dimensions, real_, isChar);
         if (getComplexity() == qxCOMPLEX) {
             std::vector<unsigned> ofImaginary;
-            collectDimensions(env_, ofImaginary, imaginary_, isChar);
+            fewest = std::min(fewest, collectDimensions(env_, ofImaginary, imaginary_, isChar));
             mergeDimensions(dimensions, 0, ofImaginary);
         }
         if (dimensions.empty() && (real_ != nullptr || imaginary_ != nullptr)) {
             dimensions.push_back(1);
         }
+        isBox_ = fewest == std::accumulate(dimensions.begin(), dimensions.end(), std::size_t{1}, std::multiplies<>());
         decidedDimensions_ = std::move(dimensions);
         javaOrder_ = JavaDimensionNestingOrder(static_cast<unsigned>(decidedDimensions_.size()));
         dimensionsDecided_ = true;
     }
     return decidedDimensions_;
+}
+
+bool JNVArrayInitializer::isBox() {
+    static_cast<void>(getDimensions());
+    return isBox_;
 }
 
 const IMapFunction<unsigned, unsigned>& JNVArrayInitializer::getNestingOrder() {

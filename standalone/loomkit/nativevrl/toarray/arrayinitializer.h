@@ -20,6 +20,10 @@ public:
     qxComplexity getComplexity() override { return imaginary_ != nullptr ? qxCOMPLEX : qxREAL; }
     bool hasComplexity() override { return true; }
 
+    /// Whether the dimensions are the data's own and each part has a value for every element, as far as can be told
+    /// before the data is walked.
+    bool isBox();
+
     virtual bool isDimensionDerived() { return true; }
     virtual bool isClassDerived() { return true; }
 
@@ -35,6 +39,7 @@ private:
     jobject imaginary_;
     bool dimensionsDecided_ = false;
     std::vector<unsigned> decidedDimensions_;
+    bool isBox_ = false;
     bool classDecided_ = false;
     qxClassID decidedClass_ = qxUNKNOWN_CLASS;
     MDimensionNestingOrder nativeOrder_;

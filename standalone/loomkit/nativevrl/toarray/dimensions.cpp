@@ -17,24 +17,37 @@ public:
     DimensionCollector(JNIEnv* env, std::vector<unsigned>& list, bool isChar)
         : env_(env), kindOf_(env), list_(list), isChar_(isChar) {}
 
-    void collect(jobject object) { collect(object, kindOf_(object), 0); }
+    std::size_t collect(jobject object) {
+        collect(object, kindOf_(object), 0);
+        return elements_;
+    }
 
 private:
     void collect(jobject object, JavaKind kind, std::size_t level) {
         if (kind == JavaKind::kObjectArray) {
             collectElements(static_cast<jobjectArray>(object), level);
         } else if (isPrimitiveArray(kind)) {
-            raise(level, env_->GetArrayLength(static_cast<jarray>(object)));
+            const jsize length = env_->GetArrayLength(static_cast<jarray>(object));
             if (isChar_ && kind != JavaKind::kCharArray) {
+                raise(level, length);
                 collectTexts(object, kind, level + 1);
+            } else {
+                raiseByRun(level, length);
             }
         } else if (isChar_ && kind == JavaKind::kString) {
-            raise(level, env_->GetStringLength(static_cast<jstring>(object)));
+            raiseByRun(level, env_->GetStringLength(static_cast<jstring>(object)));
         } else if (isChar_ && kind != JavaKind::kNull && kind != JavaKind::kCharacter) {
-            raise(level, JObjectProxy(env_, object).toString().length());
+            raiseByRun(level, JObjectProxy(env_, object).toString().length());
         } else if (kind == JavaKind::kOther) {
             collectCompound(object, level);
+        } else if (kind != JavaKind::kNull) {
+            ++elements_;
         }
+    }
+
+    void raiseByRun(std::size_t level, jsize length) {
+        raise(level, length);
+        elements_ += static_cast<std::size_t>(length);
     }
 
     void raise(std::size_t level, jint extent) {
@@ -85,12 +98,13 @@ private:
     JavaKindReader kindOf_;
     std::vector<unsigned>& list_;
     bool isChar_;
+    std::size_t elements_ = 0;
 };
 
 }  // namespace
 
-void collectDimensions(JNIEnv* env, std::vector<unsigned>& list, jobject object, bool isChar) {
-    DimensionCollector(env, list, isChar).collect(object);
+std::size_t collectDimensions(JNIEnv* env, std::vector<unsigned>& list, jobject object, bool isChar) {
+    return DimensionCollector(env, list, isChar).collect(object);
 }
 
 void mergeDimensions(std::vector<unsigned>& list, std::size_t start, const std::vector<unsigned>& other) {
