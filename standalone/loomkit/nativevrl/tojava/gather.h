@@ -30,7 +30,7 @@ constexpr std::size_t kPanel = std::max<std::size_t>(8, kBlock<T>);
 /// `width` columns, element by element: known to the compiler for all but the last of them, so that its inner loop is
 /// unrolled.
 template <typename T, typename S, typename Width>
-void gatherSingly(const S* from, const GatherShape& shape, T* to, Width width) {
+void gatherSingly(const S* from, GatherShape shape, T* to, Width width) {
     for (std::size_t row = 0; row < shape.rows; ++row) {
         for (std::size_t column = 0; column < width; ++column) {
             to[row * shape.pitch + column] = castElement<T>(from[row * shape.rowStride + column * shape.columnStride]);

@@ -52,8 +52,9 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * An array made from plain Java data: boxed values, text, arrays of them or of primitives nested to any depth,
      * {@link com.norvane.extern.java.NVCellArray} and {@link com.norvane.extern.java.NVStructArray}.
      *
-     * <p>The first element decides the class, or the type of the Java array where that element is null. One level of n
-     * elements gives 1-by-n, two levels give rows and columns; {@code new double[0][0]} gives 1-by-0.
+     * <p>The first element decides the class, or the type of the Java array where that element is null; a null in front
+     * of an {@code Object[]} or {@code Number[]} makes text. One level of n elements gives 1-by-n, two levels give rows
+     * and columns; {@code new double[0][0]} gives 1-by-0. An element that is no value of the class counts as 0.
      * Rows of different length are filled up with zeros. Null gives a 0-by-0 double array.
      *
      * @param data the data; it is copied

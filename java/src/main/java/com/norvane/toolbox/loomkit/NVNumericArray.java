@@ -54,7 +54,7 @@ public final class NVNumericArray extends NumericElements {
     /**
      * As {@link #of(Object)}, with elements of a given class.
      *
-     * @param data numbers, logical values or text of numbers
+     * @param data numbers, logical values or text of numbers; any other element counts as 0
      * @param classId a numeric class
      * @return a new array
      * @throws IllegalArgumentException for a class that is not numeric, or data that is too large

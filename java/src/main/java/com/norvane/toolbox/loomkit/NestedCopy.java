@@ -4,6 +4,7 @@ import com.norvane.extern.java.NVCellArray;
 import com.norvane.extern.java.NVStructArray;
 import java.util.Arrays;
 import java.util.Map;
+import java.util.Objects;
 
 /**
  * Copies nested Java arrays down to their primitive rows, which keep their length, and measures the bounding box of
@@ -44,8 +45,9 @@ final class NestedCopy {
         return copy(data, 0);
     }
 
-    static void checkDepth(int depth) {
-        if (depth > Dimensions.MAX_COUNT) {
+    /** Levels are counted from 0, the outermost. */
+    static void checkDepth(int level) {
+        if (level >= Dimensions.MAX_COUNT) {
             throw new IllegalArgumentException(
                     "the array is nested more than " + Dimensions.MAX_COUNT + " levels deep, or contains itself");
         }
@@ -66,7 +68,7 @@ final class NestedCopy {
             return data;
         }
         if (asText && !(data instanceof Character)) {
-            String text = String.valueOf(data);
+            String text = Objects.toString(data.toString(), "");
             raise(level, text.length());
             return text;
         }

@@ -78,6 +78,7 @@ class JavaDataTest {
         return Stream.of(
                 named("in itself", containsItself()),
                 named("100000 levels", nested(100_000)),
+                named("256 levels", nested(256)),
                 named("shared rows", sharedRows(1 << 16, 1 << 16)),
                 named("shared rows beside text", new Object[] {"text", sharedRows(1 << 12, 1 << 16)}),
                 named("101 cells deep", cellsOfCells(101)),
