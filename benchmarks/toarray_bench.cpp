@@ -1,6 +1,6 @@
 /// Java data on its way into native arrays.
 
-#include "arrays/arrayhandle.h"
+#include "boundary/arrayhandle.h"
 #include "qx/qx.h"
 #include "support/cases.h"
 #include "support/floors.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vrlkrt/archive.h"
+#include "vrlkrt/archive/archive.h"
 
 #include "vrlbase/exceptions.h"
 

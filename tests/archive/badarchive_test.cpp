@@ -1,7 +1,7 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
-#include "vrlkrt/digest.h"
+#include "vrlkrt/archive/digest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

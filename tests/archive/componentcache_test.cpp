@@ -1,8 +1,8 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
-#include "vrlkrt/componentcache.h"
-#include "vrlkrt/extraction.h"
+#include "vrlkrt/archive/componentcache.h"
+#include "vrlkrt/archive/extraction.h"
 
 #include <gtest/gtest.h>
 

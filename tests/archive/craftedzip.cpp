@@ -1,7 +1,7 @@
 #include "craftedzip.h"
 
-#include "vrlkrt/digest.h"
-#include "vrlkrt/manifest.h"
+#include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/manifest.h"
 
 #include "krt/component.h"
 

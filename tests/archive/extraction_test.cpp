@@ -1,7 +1,7 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
-#include "vrlkrt/extraction.h"
+#include "vrlkrt/archive/extraction.h"
 
 #include <gtest/gtest.h>
 

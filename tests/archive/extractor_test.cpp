@@ -3,7 +3,7 @@
 
 #include "krt/component.h"
 #include "qx/arrayowner.h"
-#include "vrlkrt/extractedcomponent.h"
+#include "vrlkrt/archive/extractedcomponent.h"
 #include "vrlkrt/vrlkrt.h"
 
 #include <gtest/gtest.h>

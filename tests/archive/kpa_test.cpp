@@ -6,9 +6,9 @@
 #include "packing.h"
 #include "values.h"
 
-#include "vrlkrt/digest.h"
-#include "vrlkrt/extraction.h"
-#include "vrlkrt/manifest.h"
+#include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/extraction.h"
+#include "vrlkrt/archive/manifest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
-#include "vrlkrt/archivepath.h"
-#include "vrlkrt/manifest.h"
+#include "vrlkrt/archive/archivepath.h"
+#include "vrlkrt/archive/manifest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

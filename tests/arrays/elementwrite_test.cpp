@@ -1,5 +1,5 @@
 #include "arrays/natives.h"
-#include "arrays/visitclass.h"
+#include "layout/visitclass.h"
 
 namespace nativevrl::test {
 

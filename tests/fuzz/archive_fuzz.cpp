@@ -3,9 +3,9 @@
 
 #include "craftedzip.h"
 
-#include "vrlkrt/archive.h"
-#include "vrlkrt/archivepath.h"
-#include "vrlkrt/digest.h"
+#include "vrlkrt/archive/archive.h"
+#include "vrlkrt/archive/archivepath.h"
+#include "vrlkrt/archive/digest.h"
 
 #include "vrlbase/exceptions.h"
 

@@ -1,7 +1,7 @@
 // Texts of component.json: reading ends with a vrlBaseException, or with a manifest that is written and read back
 // as itself.
 
-#include "vrlkrt/manifest.h"
+#include "vrlkrt/archive/manifest.h"
 
 #include "vrlbase/exceptions.h"
 

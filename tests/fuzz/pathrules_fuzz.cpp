@@ -1,7 +1,7 @@
 // Paths of archive entries: what the rules let pass stays below the folder that it is extracted to, also by the
 // judgement of the standard library and on a platform with other separators.
 
-#include "vrlkrt/archivepath.h"
+#include "vrlkrt/archive/archivepath.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 
 #include "basix/basix.h"
 #include "vrlbase/runtime.h"
-#include "vrlkrt/platformpath.h"
+#include "vrlkrt/archive/platformpath.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // Instances of the test components, without an archive.
 
 #include "qx/arrayowner.h"
-#include "vrlkrt/extractedcomponent.h"
+#include "vrlkrt/archive/extractedcomponent.h"
 #include "vrlkrt/vrlkrt.h"
 
 #include <boost/make_shared.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "arrays/arrayhandle.h"
+#include "boundary/arrayhandle.h"
 #include "qx/arrayowner.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

@@ -1,9 +1,9 @@
+#include "layout/leveltable.h"
 #include "proxies/jnvarrayproxy.h"
 #include "support/javaobjects.h"
 #include "support/jvmtest.h"
 #include "toarray/creatednatives.h"
 #include "toarray/jconvert.h"
-#include "toarray/leveltable.h"
 
 namespace nativevrl::test {
 

@@ -4,7 +4,7 @@
 
 #include "qx/unicode.h"
 #include "vrlbase/vrlbase.h"
-#include "vrlkrt/archive.h"
+#include "vrlkrt/archive/archive.h"
 #include "vrlkrt/vrlkrt.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "commands.h"
 #include "packing.h"
 
-#include "vrlkrt/archive.h"
+#include "vrlkrt/archive/archive.h"
 
 #include <algorithm>
 #include <cstdint>

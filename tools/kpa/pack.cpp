@@ -1,7 +1,7 @@
 #include "commands.h"
 #include "packing.h"
 
-#include "vrlkrt/manifest.h"
+#include "vrlkrt/archive/manifest.h"
 
 #include <filesystem>
 #include <iostream>

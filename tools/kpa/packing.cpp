@@ -3,10 +3,10 @@
 #include "zipwriter.h"
 
 #include "krt/component.h"
-#include "vrlkrt/archive.h"
-#include "vrlkrt/archivepath.h"
-#include "vrlkrt/digest.h"
-#include "vrlkrt/manifest.h"
+#include "vrlkrt/archive/archive.h"
+#include "vrlkrt/archive/archivepath.h"
+#include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/manifest.h"
 
 #include <unistd.h>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "arrays/arrayhandle.h"
 #include "arrays/elementaddress.h"
-#include "arrays/visitclass.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
+#include "layout/visitclass.h"
 #include "proxies/numericcast.h"
 
 namespace nativevrl {

@@ -1,8 +1,8 @@
 /// Natives that read and replace what cell and struct arrays hold. Neither takes a handle of address 0.
 
-#include "arrays/arrayhandle.h"
 #include "arrays/slots.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "toarray/jconvert.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

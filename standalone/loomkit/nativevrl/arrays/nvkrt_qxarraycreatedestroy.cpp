@@ -1,7 +1,7 @@
 /// Natives that make an array, copy it and end it by its handle.
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/jarrayproxy.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

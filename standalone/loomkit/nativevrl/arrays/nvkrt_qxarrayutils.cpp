@@ -1,10 +1,10 @@
 /// Natives that tell Java what an array is. Each answers a handle of address 0 with its own neutral value.
 
-#include "arrays/arrayhandle.h"
-#include "arrays/castguard.h"
 #include "arrays/sparseelementview.h"
 #include "arrays/subscripts.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
+#include "boundary/castguard.h"
 #include "proxies/javalength.h"
 #include "proxies/jobjectarrayproxy.h"
 #include "proxies/jstringproxy.h"

@@ -1,7 +1,7 @@
 /// Natives that turn arrays into bytes and back, and those that compare and hash arrays by these bytes.
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/invariant.h"
 #include "proxies/jarrayproxy.h"
 #include "qx/arrayowner.h"

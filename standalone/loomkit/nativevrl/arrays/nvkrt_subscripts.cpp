@@ -1,10 +1,10 @@
 /// Natives that turn subscripts, which count from 1, into positions in storage, which count from 0.
 
-#include "arrays/arrayhandle.h"
 #include "arrays/elementaddress.h"
 #include "arrays/structsubscripts.h"
 #include "arrays/subscriptrun.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/jstringproxy.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

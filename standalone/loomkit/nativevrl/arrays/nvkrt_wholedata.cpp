@@ -1,9 +1,9 @@
 /// Natives that move a whole part of an array in storage order.
 
-#include "arrays/arrayhandle.h"
 #include "arrays/slots.h"
-#include "arrays/visitclass.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
+#include "layout/visitclass.h"
 #include "proxies/javalength.h"
 #include "proxies/jnvarrayproxy.h"
 #include "proxies/jobjectarrayproxy.h"

@@ -1,10 +1,10 @@
 #include "arrays/objectread.h"
 
-#include "arrays/arrayhandle.h"
 #include "arrays/elementaddress.h"
 #include "arrays/slots.h"
-#include "arrays/visitclass.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
+#include "layout/visitclass.h"
 #include "proxies/jboxedproxies.h"
 
 #include <type_traits>

@@ -1,8 +1,8 @@
 #include "arrays/slots.h"
 
-#include "arrays/arrayhandle.h"
 #include "arrays/subscripts.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/jnvarrayproxy.h"
 
 namespace nativevrl {

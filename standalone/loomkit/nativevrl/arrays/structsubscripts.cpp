@@ -1,7 +1,7 @@
 #include "arrays/structsubscripts.h"
 
 #include "arrays/subscripts.h"
-#include "entry/boundary.h"
+#include "boundary/boundary.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
 #include "arrays/subscriptrun.h"
 
-#include "arrays/arrayhandle.h"
-#include "arrays/castguard.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/castguard.h"
+#include "layout/dimensionmaps.h"
 #include "proxies/jarrayproxy.h"
-#include "toarray/dimensionmaps.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "arrays/subscripts.h"
 
-#include "arrays/castguard.h"
+#include "boundary/castguard.h"
 
 namespace nativevrl {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "arrays/javasubscripts.h"
+#include "layout/leveltable.h"
 #include "qx/qx.h"
-#include "toarray/leveltable.h"
 
 #include <jni.h>
 

@@ -1,6 +1,6 @@
 /// Natives that start and stop the runtime and ask about it.
 
-#include "entry/boundary.h"
+#include "boundary/boundary.h"
 #include "entry/javastringargv.h"
 #include "entry/javavmconfig.h"
 #include "vrlbase/vrlbase.h"

@@ -1,7 +1,7 @@
 /// The native that runs a function of a component.
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "entry/localqxarraylist.h"
 #include "jzi/jzi.h"
 #include "krt/krtinstance.h"

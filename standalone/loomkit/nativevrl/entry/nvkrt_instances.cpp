@@ -1,6 +1,6 @@
 /// Natives that create component instances and end them.
 
-#include "entry/boundary.h"
+#include "boundary/boundary.h"
 #include "entry/javaprinthandler.h"
 #include "entry/javastreamsource.h"
 #include "entry/javavmconfig.h"

@@ -1,6 +1,6 @@
 /// The native behind JBOSSHack, which the configuration of the virtual machine calls by way of Java.
 
-#include "entry/boundary.h"
+#include "boundary/boundary.h"
 #include "entry/librarystate.h"
 #include "vrlkrt/jvmattach.h"
 

@@ -1,6 +1,6 @@
 /// Natives that set where the runtime prints outside of an evaluation.
 
-#include "entry/boundary.h"
+#include "boundary/boundary.h"
 #include "entry/javaprinthandler.h"
 #include "entry/librarystate.h"
 #include "vrlkrt/vrlkrt.h"

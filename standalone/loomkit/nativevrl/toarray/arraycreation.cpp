@@ -1,7 +1,7 @@
 #include "toarray/arraycreation.h"
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/jnvarrayproxy.h"
 #include "qx/arrayowner.h"
 #include "toarray/compound.h"

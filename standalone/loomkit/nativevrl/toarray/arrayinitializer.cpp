@@ -1,9 +1,9 @@
 #include "toarray/arrayinitializer.h"
 
+#include "layout/leveltable.h"
 #include "toarray/classification.h"
 #include "toarray/compound.h"
 #include "toarray/dimensions.h"
-#include "toarray/leveltable.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "toarray/compound.h"
 
-#include "entry/boundary.h"
+#include "boundary/boundary.h"
 #include "proxies/jnonkrtproxies.h"
 #include "proxies/jnvarrayproxy.h"
 #include "qx/arrayowner.h"

@@ -1,7 +1,7 @@
 #include "toarray/flatstore.h"
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/jboxedproxies.h"
 #include "toarray/javakind.h"
 #include "toarray/nativeelement.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "arrays/elementclass.h"
+#include "layout/elementclass.h"
 #include "proxies/castrun.h"
 #include "proxies/jobjectproxy.h"
 #include "qx/qx.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "layout/leveltable.h"
 #include "proxies/jboxedproxies.h"
 #include "toarray/javakind.h"
-#include "toarray/leveltable.h"
 #include "toarray/nativeelement.h"
 #include "toarray/pinnedelements.h"
 #include "toarray/tile.h"

@@ -1,7 +1,7 @@
 /// Natives that make an array of stated dimensions, or from Java data as it is.
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/jobjectarrayproxy.h"
 #include "qx/arrayowner.h"
 #include "toarray/arraycreation.h"

@@ -1,7 +1,7 @@
 /// Natives that make a 1-by-1 array around a primitive value.
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "toarray/nativeelement.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

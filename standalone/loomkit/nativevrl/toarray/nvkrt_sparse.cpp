@@ -1,7 +1,7 @@
 /// Natives that make a sparse matrix.
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "toarray/sparsecreation.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

@@ -1,6 +1,6 @@
 #include "toarray/propertyspecifier.h"
 
-#include "toarray/leveltable.h"
+#include "layout/leveltable.h"
 #include "toarray/pinnedelements.h"
 
 namespace nativevrl::JConvert {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "layout/dimensionmaps.h"
 #include "qx/qx.h"
-#include "toarray/dimensionmaps.h"
 
 #include <jni.h>
 

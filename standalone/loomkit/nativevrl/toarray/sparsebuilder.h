@@ -1,6 +1,6 @@
 #pragma once
 
-#include "arrays/arrayhandle.h"
+#include "boundary/arrayhandle.h"
 #include "qx/arrayowner.h"
 #include "qx/qx.h"
 #include "toarray/indextranslator.h"

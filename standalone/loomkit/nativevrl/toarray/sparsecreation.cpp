@@ -1,7 +1,7 @@
 #include "toarray/sparsecreation.h"
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "proxies/invariant.h"
 #include "qx/arrayowner.h"
 #include "toarray/jconvert.h"

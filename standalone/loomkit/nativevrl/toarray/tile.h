@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toarray/leveltable.h"
+#include "layout/leveltable.h"
 #include "toarray/transpose.h"
 
 #include <cstddef>

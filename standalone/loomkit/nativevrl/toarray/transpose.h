@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toarray/squareblock.h"
+#include "layout/squareblock.h"
 
 #include <cstddef>
 #include <cstdint>

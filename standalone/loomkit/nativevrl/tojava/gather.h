@@ -1,7 +1,7 @@
 #pragma once
 
+#include "layout/squareblock.h"
 #include "proxies/castrun.h"
-#include "toarray/squareblock.h"
 
 #include <algorithm>
 #include <cstddef>

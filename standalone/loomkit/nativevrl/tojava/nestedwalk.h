@@ -1,8 +1,8 @@
 #pragma once
 
+#include "layout/leveltable.h"
 #include "proxies/javalength.h"
 #include "proxies/jobjectarrayproxy.h"
-#include "toarray/leveltable.h"
 #include "tojava/elementreader.h"
 #include "tojava/leaves.h"
 #include "tojava/tile.h"

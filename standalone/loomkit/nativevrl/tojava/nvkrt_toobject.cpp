@@ -1,6 +1,6 @@
 /// The native that gives an array in the Java form that its class has by itself.
 
-#include "arrays/visitclass.h"
+#include "layout/visitclass.h"
 #include "tojava/wholearray.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

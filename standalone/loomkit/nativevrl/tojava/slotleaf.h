@@ -1,6 +1,6 @@
 #pragma once
 
-#include "arrays/arrayhandle.h"
+#include "boundary/arrayhandle.h"
 #include "proxies/javalength.h"
 #include "proxies/jnvarrayproxy.h"
 #include "proxies/jobjectarrayproxy.h"

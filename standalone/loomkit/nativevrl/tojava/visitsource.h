@@ -1,6 +1,6 @@
 #pragma once
 
-#include "arrays/elementclass.h"
+#include "layout/elementclass.h"
 
 /// From a class id to the C++ type in which its elements are stored, signed and unsigned apart: a cast to a wider or a
 /// floating type has to tell them apart.

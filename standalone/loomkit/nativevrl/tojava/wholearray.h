@@ -1,7 +1,7 @@
 #pragma once
 
-#include "arrays/arrayhandle.h"
-#include "entry/boundary.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/boundary.h"
 #include "tojava/nestedwalk.h"
 #include "tojava/sparsewalk.h"
 

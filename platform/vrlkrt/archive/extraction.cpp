@@ -1,0 +1,356 @@
+#include "vrlkrt/archive/extraction.h"
+
+#include "vrlkrt/archive/archivepath.h"
+#include "vrlkrt/archive/digest.h"
+
+#include "vrlbase/exceptions.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <system_error>
+
+namespace vrlkrt {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t randomNameLength = 6;  // what mkdtemp fills in
+
+/// Removes a tree as far as it can be; what stays is swept up by a later extraction.
+void removeTree(const std::string& path) {
+    std::error_code ignored;
+    fs::remove_all(path, ignored);
+}
+
+OpenFile openFolder(const std::string& path) {
+    return OpenFile(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+/// Removes the staging folders of processes that are no more: nobody holds their locks.
+void sweepStaging(const std::string& parent, const std::string& prefix) {
+    std::error_code error;
+    for (fs::directory_iterator item(parent, error), end; !error && item != end; item.increment(error)) {
+        const std::string name = item->path().filename().string();
+        if (name.size() != prefix.size() + randomNameLength || name.compare(0, prefix.size(), prefix) != 0) {
+            continue;
+        }
+        const OpenFile folder = openFolder(item->path().string());
+        if (folder.isOpen() && folder.lock(OpenFile::Lock::exclusiveIfFree) && folder.isStill(item->path().string())) {
+            removeTree(item->path().string());
+        }
+    }
+}
+
+/// Writes the files of an archive below a folder.
+class FolderSink : public ArchiveSink {
+public:
+    explicit FolderSink(std::string folder) : folder_(std::move(folder)) {}
+
+    void beginFile(const std::string& path) override {
+        path_ = folder_ + "/" + path;
+        makeFolders(path_.substr(0, path_.rfind('/')));
+        file_ = OpenFile(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
+        if (!file_.isOpen()) {
+            failPath("Can't make", path_, errno);
+        }
+    }
+
+    void data(const char* bytes, std::size_t count) override {
+        while (count > 0) {
+            const ssize_t written = write(file_.get(), bytes, count);
+            if (written < 0 && errno != EINTR) {
+                failPath("Can't write", path_, errno);
+            }
+            const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
+            bytes += done;
+            count -= done;
+        }
+    }
+
+    void endFile() override { file_ = OpenFile(); }
+
+private:
+    std::string folder_;
+    std::string path_;
+    OpenFile file_;
+};
+
+bool isPlainFileOfSize(const std::string& path, std::uint64_t size) {
+    struct stat state {};
+    return lstat(path.c_str(), &state) == 0 && S_ISREG(state.st_mode) &&
+           static_cast<std::uint64_t>(state.st_size) == size;
+}
+
+/// "" where there is no file to be read.
+std::string readWhole(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+/// Absolute, without a separator at the end, links resolved where the folder exists.
+std::string resolveFolder(const std::string& folder) {
+    if (folder.empty()) {
+        throw Norvane::vrl::vrlBaseException("No folder to extract the component to was given.");
+    }
+    fs::path path = fs::absolute(folder).lexically_normal();
+    if (!path.has_filename()) {
+        path = path.parent_path();
+    }
+    std::error_code missing;
+    const fs::path resolved = fs::canonical(path, missing);
+    return (missing ? path : resolved).string();
+}
+
+std::string sentence(const std::string& folder, const std::string& problem) {
+    return "The component can't be extracted to " + folder + ": " + problem + ".";
+}
+
+/// Why a folder is not an earlier extraction of the component `name` that may be replaced; "" when it is one.
+std::string whyNotOurs(const std::string& folder, const std::string& name) {
+    Manifest manifest;
+    try {
+        manifest = parseManifest(readWhole(folder + "/" + manifestEntry));
+    } catch (const Norvane::vrl::vrlBaseException&) {
+        return "the folder is not empty, and its component.json is not that of an extracted component";
+    }
+    if (manifest.name != name) {
+        return "the folder holds another component, '" + manifest.name + "'";
+    }
+    for (const fs::directory_entry& item : fs::recursive_directory_iterator(folder)) {
+        const std::string path = item.path().lexically_relative(folder).string();
+        const auto next = manifest.digests.lower_bound(path + "/");
+        const bool isListedFolder =
+            next != manifest.digests.end() && next->first.compare(0, path.size() + 1, path + "/") == 0;
+        const bool isListed = item.symlink_status().type() == fs::file_type::directory
+                                  ? isListedFolder
+                                  : path == manifestEntry || manifest.digests.count(path) != 0;
+        if (!isListed) {
+            return "the folder has '" + path + "', which is not the component's";
+        }
+    }
+    return "";
+}
+
+/// One extraction into a folder that the caller named, against others that do the same at the same time: a folder
+/// with content is looked at and replaced under a lock on it, and one that appears under way makes it look again.
+class FolderPlacement {
+public:
+    FolderPlacement(const ComponentArchive& archive, const std::string& folder)
+        : archive_(archive), folder_(resolveFolder(folder)) {}
+
+    vrlExtractedComponent place() {
+        constexpr int attempts = 100;
+        for (int attempt = 0; attempt < attempts; ++attempt) {
+            std::shared_ptr<FolderLease> lease = tryOnce();
+            if (lease) {
+                return describeComponent(archive_, folder_, std::move(lease));
+            }
+        }
+        throw Norvane::vrl::vrlBaseException(sentence(folder_, "other processes keep changing the folder"));
+    }
+
+private:
+    /// The lease on the component in place; null to try again.
+    std::shared_ptr<FolderLease> tryOnce() {
+        std::error_code error;
+        const fs::file_status status = fs::status(folder_, error);
+        if (status.type() == fs::file_type::not_found) {
+            return moveIn();
+        }
+        if (error) {
+            failPath("Can't look into", folder_, error.value());
+        }
+        if (status.type() != fs::file_type::directory) {
+            throw Norvane::vrl::vrlBaseException(sentence(folder_, "it is there and is not a folder"));
+        }
+        const OpenFile guard = openFolder(folder_);
+        if (!guard.isOpen() && errno != ENOENT) {
+            failPath("Can't look into", folder_, errno);
+        }
+        // A folder that another process replaced in the meantime is not the one that the lock was got on.
+        if (!guard.isOpen() || !guard.lock(OpenFile::Lock::exclusive) || !guard.isStill(folder_)) {
+            return nullptr;
+        }
+        if (fs::is_empty(folder_)) {
+            return moveIn();
+        }
+        std::shared_ptr<FolderLease> lease = FolderLease::take(folder_);
+        return lease && holdsWhole(folder_, archive_) ? lease : replace(lease);
+    }
+
+    /// Moves an earlier extraction out and the new one in. `found` is the lease on the one that is there, or null.
+    std::shared_ptr<FolderLease> replace(const std::shared_ptr<FolderLease>& found) {
+        std::string refusal =
+            found ? whyNotOurs(folder_, archive_.manifest().name) : "the folder is not empty, and holds no component";
+        if (refusal.empty() && !found->claim()) {
+            refusal = "an instance runs from what the folder holds, which is not this component as it was packed";
+        }
+        if (!refusal.empty()) {
+            throw Norvane::vrl::vrlBaseException(sentence(folder_, refusal));
+        }
+        prepare();
+        removeTree(staging_->item("old"));
+        if (std::rename(folder_.c_str(), staging_->item("old").c_str()) != 0) {
+            failPath("Can't replace the folder", folder_, errno);
+        }
+        return moveIn();
+    }
+
+    /// Moves the new extraction to where nothing or an empty folder is.
+    std::shared_ptr<FolderLease> moveIn() {
+        prepare();
+        if (std::rename(staging_->item("new").c_str(), folder_.c_str()) == 0) {
+            return std::move(lease_);
+        }
+        const int error = errno;
+        if (error == ENOTEMPTY || error == EEXIST || error == ENOTDIR) {
+            return nullptr;
+        }
+        // Puts back what was moved out; without it, the rename finds nothing to move.
+        std::rename(staging_->item("old").c_str(), folder_.c_str());
+        failPath("Can't make the folder", folder_, error);
+    }
+
+    /// Extracts the archive, once, beside the folder.
+    void prepare() {
+        if (staging_) {
+            return;
+        }
+        const fs::path path(folder_);
+        makeFolders(path.parent_path().string());
+        staging_.emplace(path.parent_path().string(), path.filename().string().substr(0, 128));
+        extractAll(archive_, staging_->item("new"));
+        lease_ = FolderLease::take(staging_->item("new"));
+    }
+
+    const ComponentArchive& archive_;
+    const std::string folder_;
+    std::optional<StagingFolder> staging_;
+    std::shared_ptr<FolderLease> lease_;
+};
+
+}  // namespace
+
+void failPath(const std::string& what, const std::string& path, int error) {
+    throw Norvane::vrl::vrlBaseException(what + " " + path + ": " + std::strerror(error) + ".");
+}
+
+OpenFile::~OpenFile() {
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+}
+
+bool OpenFile::lock(Lock kind) const {
+    const int operation = kind == Lock::shared ? LOCK_SH : kind == Lock::exclusive ? LOCK_EX : LOCK_EX | LOCK_NB;
+    int result = 0;
+    do {
+        result = flock(descriptor_, operation);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+bool OpenFile::isStill(const std::string& path) const {
+    struct stat mine {};
+    struct stat there {};
+    return fstat(descriptor_, &mine) == 0 && stat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
+           mine.st_ino == there.st_ino;
+}
+
+StagingFolder::StagingFolder(const std::string& parent, const std::string& label) {
+    const std::string prefix = "." + label + ".";
+    sweepStaging(parent, prefix);
+    // Between making the folder and locking it, a sweep of another process can take it for an abandoned one.
+    while (!lock_.isOpen()) {
+        path_ = parent + "/" + prefix + std::string(randomNameLength, 'X');
+        if (mkdtemp(path_.data()) == nullptr) {
+            failPath("Can't make a folder in", parent, errno);
+        }
+        OpenFile folder = openFolder(path_);
+        if (folder.isOpen() && folder.lock(OpenFile::Lock::exclusiveIfFree) && folder.isStill(path_)) {
+            lock_ = std::move(folder);
+        }
+    }
+}
+
+StagingFolder::~StagingFolder() { removeTree(path_); }
+
+std::shared_ptr<FolderLease> FolderLease::take(const std::string& folder) {
+    OpenFile manifest(open((folder + "/" + manifestEntry).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (!manifest.isOpen() || !manifest.lock(OpenFile::Lock::shared)) {
+        return nullptr;
+    }
+    return std::make_shared<FolderLease>(std::move(manifest));
+}
+
+void makeFolders(const std::string& folder, unsigned permissions) {
+    std::error_code ignored;
+    if (fs::is_directory(folder, ignored)) {
+        return;
+    }
+    const std::string parent = fs::path(folder).parent_path().string();
+    if (!parent.empty() && parent != folder) {
+        makeFolders(parent, permissions);
+    }
+    if (mkdir(folder.c_str(), permissions) != 0 && errno != EEXIST) {
+        failPath("Can't make the folder", folder, errno);
+    }
+}
+
+bool holdsWhole(const std::string& folder, const ComponentArchive& archive) {
+    const std::string manifest = folder + "/" + manifestEntry;
+    if (!isPlainFileOfSize(manifest, archive.manifestBytes().size()) ||
+        readWhole(manifest) != archive.manifestBytes()) {
+        return false;
+    }
+    for (const auto& file : archive.files()) {
+        const std::string path = folder + "/" + file.first;
+        if (!isPlainFileOfSize(path, file.second) || sha256OfFile(path) != archive.manifest().digests.at(file.first)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void extractAll(const ComponentArchive& archive, const std::string& folder) {
+    if (mkdir(folder.c_str(), 0755) != 0) {
+        failPath("Can't make the folder", folder, errno);
+    }
+    FolderSink sink(folder);
+    archive.readFiles(sink);
+    sink.beginFile(manifestEntry);
+    sink.data(archive.manifestBytes().data(), archive.manifestBytes().size());
+    sink.endFile();
+}
+
+vrlExtractedComponent describeComponent(const ComponentArchive& archive, const std::string& folder,
+                                        std::shared_ptr<FolderLease> lease) {
+    vrlExtractedComponent component;
+    component.folder = fs::absolute(folder).string();
+    component.name = archive.manifest().name;
+    component.version = archive.manifest().version;
+    component.abi = archive.manifest().abi;
+    component.functions = archive.manifest().functions;
+    component.libraryFile = component.folder + "/" + archive.hostLibrary();
+    component.lease = std::move(lease);
+    return component;
+}
+
+vrlExtractedComponent placeInFolder(const ComponentArchive& archive, const std::string& folder) {
+    return FolderPlacement(archive, folder).place();
+}
+
+}  // namespace vrlkrt

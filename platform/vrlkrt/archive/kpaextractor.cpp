@@ -1,0 +1,146 @@
+#include "vrlkrt/kpaextractor.h"
+
+#include "vrlkrt/archive/archive.h"
+#include "vrlkrt/archive/archivepath.h"
+#include "vrlkrt/archive/archivesource.h"
+#include "vrlkrt/archive/componentcache.h"
+#include "vrlkrt/archive/extraction.h"
+#include "vrlkrt/archive/platformpath.h"
+
+#include "vrlbase/exceptions.h"
+#include "vrlbase/runtime.h"
+#include "vrlkrt/vrlkrt.h"
+
+#include <boost/make_shared.hpp>
+
+#include <array>
+#include <istream>
+#include <mutex>
+#include <new>
+#include <sstream>
+#include <utility>
+
+using Norvane::vrl::vrlBaseException;
+
+namespace vrlkrt {
+
+KpaExtractor::KpaExtractor() = default;
+KpaExtractor::KpaExtractor(boost::shared_ptr<KpaSource> source) : source_(std::move(source)) {}
+
+const boost::shared_ptr<KpaSource>& KpaExtractor::source() const { return source_; }
+
+namespace {
+
+class NoSource : public KpaSource {
+public:
+    explicit NoSource(std::string component) : component_(std::move(component)) {}
+
+    std::shared_ptr<const std::string> bytes() override {
+        throw vrlBaseException("There is no archive of the component" +
+                               (component_.empty() ? std::string() : " '" + printableText(component_) + "'") + ".");
+    }
+
+private:
+    std::string component_;
+};
+
+/// Reads its stream at the first call and keeps the bytes, since a stream gives them only once.
+class StreamSource : public KpaSource {
+public:
+    explicit StreamSource(boost::shared_ptr<std::istream> stream) : stream_(std::move(stream)) {}
+
+    std::shared_ptr<const std::string> bytes() override {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (!bytes_) {
+            bytes_ = std::make_shared<const std::string>(readStream());
+            stream_.reset();
+        }
+        return bytes_;
+    }
+
+private:
+    std::string readStream() {
+        if (!stream_) {
+            throw vrlBaseException("The stream of the archive is null.");
+        }
+        const std::uint64_t limit = ArchiveLimits().archiveBytes;
+        std::string bytes;
+        std::array<char, 65536> block;
+        while (stream_->read(block.data(), block.size()) || stream_->gcount() > 0) {
+            bytes.append(block.data(), static_cast<std::size_t>(stream_->gcount()));
+            if (bytes.size() > limit) {
+                throw vrlBaseException("The archive has more than the " + std::to_string(limit) +
+                                       " bytes that are allowed.");
+            }
+        }
+        if (stream_->bad()) {
+            throw vrlBaseException("The stream of the archive failed after " + std::to_string(bytes.size()) +
+                                   " bytes.");
+        }
+        return bytes;
+    }
+
+    std::mutex mutex_;
+    boost::shared_ptr<std::istream> stream_;
+    std::shared_ptr<const std::string> bytes_;
+};
+
+template <typename Place>
+boost::shared_ptr<vrlExtractedComponent> placeComponent(const KpaExtractor& extractor, const Place& place) {
+    if (!extractor.source()) {
+        throw vrlBaseException("There is no archive of the component.");
+    }
+    const ComponentArchive archive(extractor.source()->bytes());
+    archive.requireAbi();
+    static_cast<void>(archive.hostLibrary());  // refuses an archive of other platforms before anything is written
+    return boost::make_shared<vrlExtractedComponent>(place(archive));
+}
+
+/// A factory that gives the archive of an extractor to `place`, and lets out no exception but vrlBaseException.
+template <typename Place>
+vrlExtractedComponentFactory makeFactory(KpaExtractor extractor, Place place) {
+    return [extractor = std::move(extractor), place = std::move(place)] {
+        try {
+            return placeComponent(extractor, place);
+        } catch (const vrlBaseException&) {
+            throw;
+        } catch (const std::bad_alloc&) {
+            throw vrlBaseException("There is not enough memory to extract the component.");
+        } catch (const std::exception& error) {
+            throw vrlBaseException(std::string("The component can't be extracted: ") + error.what() + ".");
+        }
+    };
+}
+
+}  // namespace
+}  // namespace vrlkrt
+
+vrlkrt::KpaExtractor vrlMakeAlwaysFailExtractor(const char* component) {
+    return vrlkrt::KpaExtractor(boost::make_shared<vrlkrt::NoSource>(component ? component : ""));
+}
+
+vrlkrt::KpaExtractor vrlMakeKpaStreamExtractor(boost::shared_ptr<std::istream> archive) {
+    return vrlkrt::KpaExtractor(boost::make_shared<vrlkrt::StreamSource>(std::move(archive)));
+}
+
+boost::shared_ptr<std::istream> vrlGetKpaStreamFromArraySrc(char* bytes, int length) {
+    if (length < 0 || (bytes == nullptr && length > 0)) {
+        throw vrlBaseException("The archive has no bytes, or a length below 0: " + std::to_string(length) + ".");
+    }
+    const std::string content = length == 0 ? std::string() : std::string(bytes, static_cast<std::size_t>(length));
+    return boost::make_shared<std::istringstream>(content, std::ios::in | std::ios::binary);
+}
+
+vrlExtractedComponentFactory vrlMakeComponentCacheExtractedComponentFactory(vrlkrt::KpaExtractor extractor) {
+    return vrlkrt::makeFactory(std::move(extractor), [](const vrlkrt::ComponentArchive& archive) {
+        return vrlkrt::placeInCache(archive, vrlGetCacheDirectory());
+    });
+}
+
+vrlExtractedComponentFactory vrlMakeDirectoryExtractedComponentFactory(vrlkrt::KpaExtractor extractor,
+                                                                       const dsPathString_<dsMBCSSafeString>& folder) {
+    return vrlkrt::makeFactory(std::move(extractor),
+                               [path = vrlPlatformPath(folder)](const vrlkrt::ComponentArchive& archive) {
+                                   return vrlkrt::placeInFolder(archive, path);
+                               });
+}

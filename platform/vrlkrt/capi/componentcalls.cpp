@@ -1,0 +1,77 @@
+#include "jzi/jzi.h"
+#include "vrlkrt/java/javacalls.h"
+#include "vrlkrt/run/evaluation.h"
+
+#include <string>
+
+namespace {
+
+using Norvane::vrl::vrlBaseException;
+
+/// The failure of something that a call did: its own stack, if it had one, and then the call's.
+krtFailure* failureOf(krtCall* call, const std::exception& failure) {
+    std::vector<Norvane::vrl::vrlTAVRIXStackLine> stack;
+    std::string identifier;
+    if (const auto* known = dynamic_cast<const vrlBaseException*>(&failure)) {
+        stack = known->getStack();
+    }
+    if (const auto* known = dynamic_cast<const vrlkrt::FunctionException*>(&failure)) {
+        identifier = known->identifier();
+    }
+    if (call != nullptr) {
+        const auto outer = call->stack();
+        stack.insert(stack.end(), outer.begin(), outer.end());
+    }
+    return new krtFailure(identifier, failure.what(), std::move(stack));
+}
+
+/// Runs what a call asks for, from the line where it stands; null on success.
+template <typename Body>
+krtFailure* attempt(krtCall* call, const char* file, int line, Body body) {
+    krtMarkLine(call, file, line);
+    try {
+        body();
+        return nullptr;
+    } catch (const std::exception& failure) {
+        return failureOf(call, failure);
+    }
+}
+
+void runFunction(const krtCall* call, const std::string& name, int nlhs, qxArray** plhs, int nrhs,
+                 qxArray* const* prhs) {
+    if (call == nullptr) {
+        throw vrlBaseException(name + ": a function can't be called on a thread that the component started");
+    }
+    std::vector<qxArrayOwner> results = vrlkrt::evaluate(call->component, name, nlhs, nrhs, prhs);
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        plhs[i] = results[i].release();
+        if (plhs[i] != nullptr) {
+            qxSetArrayScope(plhs[i], qxCALL_SCOPE);
+        }
+    }
+}
+
+}  // namespace
+
+krtFailure* krtCallFunction(krtCall* call, const char* name, int nlhs, qxArray** plhs, int nrhs, qxArray* const* prhs,
+                            const char* file, int line) {
+    return attempt(call, file, line, [&] { runFunction(call, name == nullptr ? "" : name, nlhs, plhs, nrhs, prhs); });
+}
+
+krtFailure* krtCallHandle(krtCall* call, const qxArray* handle, int nlhs, qxArray** plhs, int nrhs,
+                          qxArray* const* prhs, const char* file, int line) {
+    return attempt(call, file, line, [&] {
+        if (handle == nullptr || qxGetClassID(handle) != qxFUNCTION_CLASS) {
+            throw vrlBaseException("what is called is no function handle");
+        }
+        runFunction(call, qxGetFunctionName(handle), nlhs, plhs, nrhs, prhs);
+    });
+}
+
+krtFailure* krtCallJava(krtCall* call, const qxArray* object, const char* method, int nrhs, qxArray* const* prhs,
+                        qxArray** result, const char* file, int line) {
+    return attempt(call, file, line,
+                   [&] { *result = vrlkrt::callJavaMethod(object, method == nullptr ? "" : method, nrhs, prhs); });
+}
+
+int krtIsJavaObject(const qxArray* array) { return ojIsJavaArray(array) ? 1 : 0; }

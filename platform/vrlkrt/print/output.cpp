@@ -1,0 +1,92 @@
+#include "vrlkrt/print/output.h"
+
+#include "basix/basix.h"
+#include "jzi/javaarray.h"
+#include "vrlbase/runtime.h"
+#include "vrlkrt/java/javafailure.h"
+
+#include <cstddef>
+#include <exception>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace vrlkrt {
+
+namespace {
+
+/// Clears a Java exception that a handler left, so that what runs next may use JNI.
+void logPendingException(JNIEnv* env) {
+    if (env != nullptr && env->ExceptionCheck() != JNI_FALSE) {
+        vrlWriteLog(("A print handler failed: " + takeJavaException(env) + "\n").c_str());
+    }
+}
+
+/// Whether the handler took the text. A Java exception that is pending already makes the handler unusable, and stays.
+bool handOver(const vrlPrintHandler& handler, const char* text) {
+    JNIEnv* env = jzi::knownThreadEnv();
+    if (handler.empty() || (env != nullptr && env->ExceptionCheck() != JNI_FALSE)) {
+        return false;
+    }
+    const qxCallScopeSuspension suspension;
+    bool taken = false;
+    try {
+        taken = handler(text) == 0;
+    } catch (const std::exception& failure) {
+        vrlWriteLog((std::string("A print handler failed: ") + failure.what() + "\n").c_str());
+    }
+    logPendingException(env);
+    return taken;
+}
+
+}  // namespace
+
+Output::Output(PrintHandlers handlers) { replace(std::move(handlers)); }
+
+void Output::replace(PrintHandlers handlers) { exchange(std::make_shared<const PrintHandlers>(std::move(handlers))); }
+
+void Output::drop() { exchange(nullptr); }
+
+void Output::exchange(std::shared_ptr<const PrintHandlers> handlers) {
+    // The argument goes after the lock: the old handlers may print as they end.
+    const std::lock_guard<std::mutex> lock(mutex_);
+    handlers_.swap(handlers);
+}
+
+void Output::print(Channel channel, const char* text) const {
+    if (text == nullptr) {
+        return;
+    }
+    std::shared_ptr<const PrintHandlers> handlers;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        handlers = handlers_;
+    }
+    const bool taken =
+        handlers != nullptr &&
+        handOver(channel == Channel::errors ? handlers->errors : handlers->ordinary, utLocalText(text).c_str());
+    if (!taken) {
+        vrlWriteLog(text);
+    }
+}
+
+Output& defaultOutput() {
+    // Never ended: the handlers hold references of a virtual machine that may be gone when static objects go.
+    alignas(Output) static std::byte storage[sizeof(Output)];
+    static Output& instance = *new (storage) Output;
+    return instance;
+}
+
+void printWarning(const Output& output, const char* message) {
+    output.print(Channel::errors, ("Warning: " + std::string(message == nullptr ? "" : message) + "\n").c_str());
+}
+
+}  // namespace vrlkrt
+
+void vrlSetDefaultPrintHandlers(const vrlPrintHandler& first, const vrlPrintHandler& second) {
+    try {
+        vrlkrt::defaultOutput().replace({first, second});
+    } catch (const std::bad_alloc&) {
+        vrlkrt::defaultOutput().drop();
+    }
+}
