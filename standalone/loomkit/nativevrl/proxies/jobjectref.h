@@ -6,8 +6,14 @@
 
 /// Ownership of references, once and for all: a local reference lives in a proxy from the line that made it.
 /// Constructing or assigning a proxy from a reference makes a new local reference, so the one given stays its
-/// owner's ("borrowed"); attach takes over the one given; detach gives the proxy's own to the caller, and
-/// stands in a return statement only. A proxy belongs to the thread and the native call that built it.
+/// owner's ("borrowed"); adopt takes over what JNI just returned, and so does attach for a proxy that is there
+/// already; moving hands the reference on; detach gives the proxy's own to the caller, and stands in a return
+/// statement only. A proxy belongs to the thread and the native call that built it.
+///
+///     jobject firstOf(JNIEnv* env, jobjectArray rows) {
+///         auto row = adopt<JObjectProxy>(env, env->GetObjectArrayElement(rows, 0));
+///         return row.isNull() ? nullptr : row.detach();
+///     }
 namespace nativevrl {
 
 /// Root of all object proxies: owns one local reference, or none. What it does is inline, since walks over large arrays
@@ -18,6 +24,8 @@ public:
     /// had.
     JObjectRef(JNIEnv* env, jobject object) : env_(env), ref_(object == nullptr ? nullptr : newLocalRef(env, object)) {}
     JObjectRef(const JObjectRef& other) : JObjectRef(other.env_, other.ref_) {}
+    /// Takes the reference of `other`, which then refers to nothing.
+    JObjectRef(JObjectRef&& other) noexcept : env_(other.env_), ref_(other.release()) {}
     JObjectRef& operator=(const JObjectRef& other);
     JObjectRef& operator=(jobject object);
 
@@ -51,5 +59,13 @@ private:
     JNIEnv* env_;
     jobject ref_ = nullptr;
 };
+
+/// A proxy that takes over a local reference that JNI just returned, null included.
+template <typename Proxy = JObjectRef>
+Proxy adopt(JNIEnv* env, jobject local) {
+    Proxy proxy(env, nullptr);
+    proxy.attach(local);
+    return proxy;
+}
 
 }  // namespace nativevrl
