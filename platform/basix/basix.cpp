@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
+#include <new>
+#include <optional>
+#include <string_view>
 
 namespace {
 
@@ -35,43 +37,25 @@ std::size_t appendCharacter(std::u16string& units, const char* text) {
     return bytes;
 }
 
-/// Converts into a malloc'd block of `capacity` units, or returns null with the status telling why; `needed` gets the
-/// length without the NUL.
-utf16_t* convert(UConverter* converter, const char* text, std::int32_t length, std::int32_t capacity,
-                 std::int32_t& needed, UErrorCode& status) {
-    auto* units = static_cast<utf16_t*>(std::malloc(static_cast<std::size_t>(capacity) * sizeof(utf16_t)));
-    if (units == nullptr) {
-        status = U_MEMORY_ALLOCATION_ERROR;
-        return nullptr;
-    }
-    status = U_ZERO_ERROR;
-    needed = ucnv_toUChars(converter, units, capacity, text, length, &status);
-    if (U_FAILURE(status) || status == U_STRING_NOT_TERMINATED_WARNING) {
-        std::free(units);
-        return nullptr;
-    }
-    return units;
-}
-
 }  // namespace
 
-utf16_t* lcp_to_utf16(const char* text, int length) {
-    UConverter* converter = basix::currentCodePage().converter;
-    if (text == nullptr || converter == nullptr || length < -1) {
+utf16_t* lcp_to_utf16(const char* text, int length) try {
+    if (text == nullptr || length < -1) {
         return nullptr;
     }
-    const std::size_t bytes = length == -1 ? std::strlen(text) : static_cast<std::size_t>(length);
-    if (bytes >= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+    const std::string_view bytes(text, length == -1 ? std::strlen(text) : static_cast<std::size_t>(length));
+    const std::optional<std::u16string> units = basix::currentCodePage().converters.decode(bytes);
+    if (!units) {
         return nullptr;
     }
-    const auto byteCount = static_cast<std::int32_t>(bytes);
-    UErrorCode status = U_ZERO_ERROR;
-    std::int32_t needed = 0;
-    utf16_t* units = convert(converter, text, byteCount, byteCount + 1, needed, status);
-    if (status == U_BUFFER_OVERFLOW_ERROR || status == U_STRING_NOT_TERMINATED_WARNING) {
-        units = convert(converter, text, byteCount, needed + 1, needed, status);
+    const std::size_t size = (units->size() + 1) * sizeof(utf16_t);
+    auto* block = static_cast<utf16_t*>(std::malloc(size));
+    if (block != nullptr) {
+        std::memcpy(block, units->c_str(), size);
     }
-    return units;
+    return block;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 std::size_t utf16_strlen(const utf16_t* text) { return std::char_traits<utf16_t>::length(text); }
@@ -87,17 +71,5 @@ std::string utLocalText(const char* utf8) {
     while (*utf8 != '\0') {
         utf8 += appendCharacter(units, utf8);
     }
-    UConverter* converter = basix::currentCodePage().converter;
-    constexpr std::size_t longest = std::numeric_limits<std::int32_t>::max() / 16;
-    if (converter == nullptr || units.size() > longest) {
-        return {};
-    }
-    const auto unitCount = static_cast<std::int32_t>(units.size());
-    std::string bytes(
-        static_cast<std::size_t>(UCNV_GET_MAX_BYTES_FOR_STRING(unitCount, ucnv_getMaxCharSize(converter))), '\0');
-    UErrorCode status = U_ZERO_ERROR;
-    const std::int32_t written = ucnv_fromUChars(converter, bytes.data(), static_cast<std::int32_t>(bytes.size()),
-                                                 units.data(), unitCount, &status);
-    bytes.resize(U_FAILURE(status) ? 0 : static_cast<std::size_t>(written));
-    return bytes;
+    return basix::currentCodePage().converters.encode(units);
 }

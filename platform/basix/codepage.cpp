@@ -1,17 +1,14 @@
 #include "codepage.h"
 
+#include <langinfo.h>
+#include <locale.h>
+
 #include <atomic>
-#include <memory>
 #include <mutex>
 
 namespace basix {
 
 namespace {
-
-struct CloseConverter {
-    void operator()(UConverter* converter) const noexcept { ucnv_close(converter); }
-};
-using ConverterPtr = std::unique_ptr<UConverter, CloseConverter>;
 
 /// The chosen name; empty for the locale's. The number changes with every choice, so that threads notice.
 struct Selection {
@@ -26,40 +23,38 @@ Selection& selection() {
     return instance;
 }
 
-/// Bare ASCII is what a process without a locale reports. All text of the runtime is UTF-8 then, which extends it.
+bool isAscii(const std::string& codePage) { return codePage == "ANSI_X3.4-1968" || codePage == "US-ASCII"; }
+
+/// The locale that the process has set, or where it has set none, the one of its environment. Bare ASCII is what a
+/// process without a locale reports. All text of the runtime is UTF-8 then, which extends it.
 std::string localeCodePage() {
-    const char* name = ucnv_getDefaultName();
-    return name == nullptr || ucnv_compareNames(name, "US-ASCII") == 0 ? "UTF-8" : name;
-}
-
-ConverterPtr openConverter(const std::string& name) {
-    UErrorCode status = U_ZERO_ERROR;
-    ConverterPtr converter(ucnv_open(name.c_str(), &status));
-    if (U_FAILURE(status)) {
-        return nullptr;
+    std::string name = nl_langinfo(CODESET);
+    if (isAscii(name)) {
+        if (const locale_t environment = newlocale(LC_CTYPE_MASK, "", nullptr)) {
+            name = nl_langinfo_l(CODESET, environment);
+            freelocale(environment);
+        }
     }
-    ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-    return U_FAILURE(status) ? nullptr : std::move(converter);
+    return isAscii(name) ? "UTF-8" : name;
 }
 
-/// Only code pages of the double-byte kind have lead bytes in the sense of the path rules; UTF-8 is none of them.
-std::array<bool, 256> leadBytes(const UConverter* converter) {
+/// Only code pages that extend ASCII by characters of two bytes or so have lead bytes in the sense of the path rules;
+/// UTF-8 is none of them, and neither are those that keep a state or have units wider than a byte.
+std::array<bool, 256> leadBytes(const Converters& converters) {
     std::array<bool, 256> leads{};
-    if (converter == nullptr || ucnv_getType(converter) != UCNV_MBCS) {
+    const bool isUtf8 = converters.decode("\xE2\x82\xAC") == u"\u20AC";
+    if (isUtf8 || converters.decode("A") != u"A") {
         return leads;
     }
-    UBool starters[256] = {};
-    UErrorCode status = U_ZERO_ERROR;
-    ucnv_getStarters(converter, starters, &status);
-    for (std::size_t byte = 0; U_SUCCESS(status) && byte < leads.size(); ++byte) {
-        leads[byte] = starters[byte] != 0;
+    for (std::size_t byte = 0x80; byte < leads.size(); ++byte) {
+        leads[byte] = converters.isLead(static_cast<unsigned char>(byte));
     }
     return leads;
 }
 
 struct ThreadView {
     unsigned number = 0;
-    ConverterPtr converter;
+    std::optional<Converters> converters;
     std::array<bool, 256> leads{};
 };
 
@@ -67,8 +62,8 @@ void refresh(ThreadView& view) {
     Selection& chosen = selection();
     const std::lock_guard<std::mutex> lock(chosen.mutex);
     view.number = chosen.number.load(std::memory_order_relaxed);
-    view.converter = openConverter(chosen.name.empty() ? localeCodePage() : chosen.name);
-    view.leads = leadBytes(view.converter.get());
+    view.converters.emplace(chosen.name.empty() ? localeCodePage() : chosen.name);
+    view.leads = leadBytes(*view.converters);
 }
 
 }  // namespace
@@ -78,11 +73,11 @@ CodePage currentCodePage() {
     if (view.number != selection().number.load(std::memory_order_acquire)) {
         refresh(view);
     }
-    return {view.converter.get(), view.leads};
+    return {*view.converters, view.leads};
 }
 
 bool selectCodePage(const char* name) {
-    if (name != nullptr && (*name == '\0' || openConverter(name) == nullptr)) {
+    if (name != nullptr && !Converters(name).areThere()) {
         return false;
     }
     Selection& chosen = selection();

@@ -56,9 +56,11 @@ TEST_F(CodePage, HasLeadBytesOnlyWhereCharactersTakeTwo) {
         unsigned char byte;
         bool isLead;
     };
-    const Lead leads[] = {{"UTF-8", 0xC3, false},    {"UTF-8", 0xF0, false},     {"ISO-8859-1", 0xE9, false},
-                          {"Shift_JIS", 0x83, true}, {"Shift_JIS", 0x5C, false}, {"Shift_JIS", 0xB1, false},
-                          {"Shift_JIS", 0xFC, true}, {"GBK", 0x81, true},        {"GBK", 0x7F, false}};
+    const Lead leads[] = {{"UTF-8", 0xC3, false},      {"UTF-8", 0xF0, false},     {"ISO-8859-1", 0xE9, false},
+                          {"Shift_JIS", 0x83, true},   {"Shift_JIS", 0x5C, false}, {"Shift_JIS", 0xB1, false},
+                          {"Shift_JIS", 0xFC, true},   {"GBK", 0x81, true},        {"GBK", 0x7F, false},
+                          {"EUC-JP", 0x8E, true},      {"Big5", 0xA4, true},       {"UTF-16", 0x81, false},
+                          {"ISO-2022-JP", 0x81, false}};
     for (const Lead& lead : leads) {
         ASSERT_TRUE(utSetCodePage(lead.codePage));
         EXPECT_EQ(dsIsMultiByteLead(lead.byte), lead.isLead) << lead.codePage << " " << int{lead.byte};
@@ -70,6 +72,7 @@ TEST_F(CodePage, IsTheSameForEveryThreadAndStaysWhereANameIsUnknown) {
     ASSERT_TRUE(utSetCodePage("Shift_JIS"));
     EXPECT_FALSE(utSetCodePage("no such code page"));
     EXPECT_FALSE(utSetCodePage(""));
+    EXPECT_FALSE(utSetCodePage("UTF-8//TRANSLIT"));
     bool elsewhere = false;
     std::thread([&] { elsewhere = utIsMultiByteLead(0x83); }).join();
     EXPECT_TRUE(elsewhere);

@@ -20,11 +20,11 @@ void utFree(void* block);
 /// Whether the byte starts a two-byte character of the local code page. Never true in UTF-8.
 bool utIsMultiByteLead(unsigned char byte);
 
-/// Makes `name` (an ICU converter name such as "Shift_JIS") the local code page; null returns to the locale's.
-/// Returns false, with nothing changed, for a name that is not known. Not to be called while others convert.
+/// Makes `name` (as iconv knows it: "Shift_JIS", say) the local code page; null returns to the locale's. Returns
+/// false, with nothing changed, for a name that is not known. Not to be called while others convert.
 bool utSetCodePage(const char* name);
 
 /// A UTF-8 text (plain or modified, with a surrogate pair as two three-byte sequences) in the local code page. What
-/// is damaged, or not in the code page, becomes the code page's substitution character. Empty when the text is longer
-/// than 2^27 characters or there is no converter.
+/// is damaged becomes U+FFFD, and what is not in the code page the control character SUB. Empty when there is no
+/// converter for the code page.
 std::string utLocalText(const char* utf8);
