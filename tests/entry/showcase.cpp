@@ -36,7 +36,7 @@ TemporaryFolder::~TemporaryFolder() {
 
 void forgetStartup() {
     krtStartupOnce.~once_flag();
-    new (&krtStartupOnce) boost::once_flag BOOST_ONCE_INIT;
+    new (&krtStartupOnce) std::once_flag;
 }
 
 jobject initializeInstance(JNIEnv* env, const Request& request) {

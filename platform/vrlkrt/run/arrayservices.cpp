@@ -1,5 +1,6 @@
 #include "vrlkrt/vrlkrt.h"
 
+#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 #include <cstdlib>

@@ -87,7 +87,7 @@ void configureRuntime(JNIEnv* env) {
 }  // namespace
 
 void configureRuntimeOnce(JNIEnv* env) {
-    boost::call_once(krtStartupOnce, [env] { configureRuntime(env); });
+    std::call_once(krtStartupOnce, [env] { configureRuntime(env); });
 }
 
 }  // namespace nativevrl

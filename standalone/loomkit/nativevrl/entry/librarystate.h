@@ -4,7 +4,7 @@
 
 #include <jni.h>
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/once.hpp>
+#include <mutex>
 
 /// What outlives a call, besides the class proxies. Written at load, emptied at unload, only read in between. None of
 /// it ends with the process: threads of the virtual machine may still run natives while static objects go.
@@ -14,6 +14,6 @@ namespace nativevrl {
 extern boost::shared_ptr<tether::JNIEnvInjector>& sharedEnvInjector;
 extern JavaVM* sharedJavaVM;
 /// Lets the first configuration of the runtime finish once.
-extern boost::once_flag krtStartupOnce;
+extern std::once_flag krtStartupOnce;
 
 }  // namespace nativevrl

@@ -10,7 +10,7 @@ namespace nativevrl {
 
 boost::shared_ptr<tether::JNIEnvInjector>& sharedEnvInjector = *new boost::shared_ptr<tether::JNIEnvInjector>;
 JavaVM* sharedJavaVM = nullptr;
-boost::once_flag krtStartupOnce = BOOST_ONCE_INIT;
+std::once_flag krtStartupOnce;
 
 namespace {
 

@@ -5,7 +5,9 @@
 #include "proxies/jobjectarrayproxy.h"
 #include "toarray/javakind.h"
 
-#include <boost/regex.hpp>
+#include <boost/xpressive/regex_algorithms.hpp>
+#include <boost/xpressive/regex_compiler.hpp>
+#include <boost/xpressive/regex_primitives.hpp>
 
 #include <array>
 #include <string>
@@ -85,7 +87,7 @@ qxClassID classifyScalar(JNIEnv* env, jobject object, JavaKind kind) {
 }
 
 struct NamedClass {
-    boost::regex pattern;
+    boost::xpressive::sregex pattern;
     qxClassID classId;
 };
 
@@ -93,17 +95,17 @@ struct NamedClass {
 qxClassID classOfArrayName(const std::string& name) {
     // Kept when the process ends, since daemon threads may be here as long.
     static const auto& patterns = *new std::array<NamedClass, 8>{{
-        {boost::regex("\\[+(Z|Ljava.lang.Boolean;)"), qxLOGICAL_CLASS},
-        {boost::regex("\\[+(C|Ljava.lang.(Character|String);)"), qxCHAR_CLASS},
-        {boost::regex("\\[+(B|Ljava.lang.Byte;)"), qxINT8_CLASS},
-        {boost::regex("\\[+(S|Ljava.lang.Short;)"), qxINT16_CLASS},
-        {boost::regex("\\[+(I|Ljava.lang.Integer;)"), qxINT32_CLASS},
-        {boost::regex("\\[+(J|Ljava.lang.Long;)"), qxINT64_CLASS},
-        {boost::regex("\\[+(F|Ljava.lang.Float;)"), qxSINGLE_CLASS},
-        {boost::regex("\\[+(D|Ljava.lang.Double;)"), qxDOUBLE_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(Z|Ljava.lang.Boolean;)"), qxLOGICAL_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(C|Ljava.lang.(Character|String);)"), qxCHAR_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(B|Ljava.lang.Byte;)"), qxINT8_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(S|Ljava.lang.Short;)"), qxINT16_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(I|Ljava.lang.Integer;)"), qxINT32_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(J|Ljava.lang.Long;)"), qxINT64_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(F|Ljava.lang.Float;)"), qxSINGLE_CLASS},
+        {boost::xpressive::sregex::compile("\\[+(D|Ljava.lang.Double;)"), qxDOUBLE_CLASS},
     }};
     for (const NamedClass& named : patterns) {
-        if (boost::regex_match(name, named.pattern)) {
+        if (boost::xpressive::regex_match(name, named.pattern)) {
             return named.classId;
         }
     }
