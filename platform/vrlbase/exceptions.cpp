@@ -1,23 +1,44 @@
 #include "vrlbase/exceptions.h"
 
+#include <cstddef>
+#include <new>
+#include <utility>
+
 namespace Norvane::vrl {
 
-vrlBaseException::vrlBaseException(const std::string& message) : message_(message) {}
+struct vrlBaseException::Content {
+    std::string message;
+    std::vector<vrlTAVRIXStackLine> stack;
+};
+
+vrlBaseException::vrlBaseException(const std::string& message)
+    : content_(std::make_shared<const Content>(Content{message, {}})) {}
 vrlBaseException::vrlBaseException(const std::string& message, const std::vector<vrlTAVRIXStackLine>& stack)
-    : message_(message), stack_(stack) {}
-vrlBaseException::vrlBaseException(const vrlBaseException&) = default;
-vrlBaseException& vrlBaseException::operator=(const vrlBaseException&) = default;
+    : content_(std::make_shared<const Content>(Content{message, stack})) {}
+vrlBaseException::vrlBaseException(std::shared_ptr<const Content> content) noexcept : content_(std::move(content)) {}
+
+vrlBaseException vrlBaseException::outOfMemory() noexcept {
+    // In a place of its own, to the process's end; so short a text lies in the string itself. Holds on it are not
+    // counted.
+    alignas(Content) static std::byte storage[sizeof(Content)];
+    static const Content& content = *new (storage) Content{"out of memory", {}};
+    return vrlBaseException(std::shared_ptr<const Content>(std::shared_ptr<const Content>(), &content));
+}
+
+vrlBaseException::vrlBaseException(const vrlBaseException&) noexcept = default;
+vrlBaseException& vrlBaseException::operator=(const vrlBaseException&) noexcept = default;
 vrlBaseException::~vrlBaseException() = default;
 
-const char* vrlBaseException::what() const noexcept { return message_.c_str(); }
-const std::string& vrlBaseException::getErrorMessage() const { return message_; }
-const std::vector<vrlTAVRIXStackLine>& vrlBaseException::getStack() const { return stack_; }
+const char* vrlBaseException::what() const noexcept { return content_->message.c_str(); }
+const std::string& vrlBaseException::getErrorMessage() const { return content_->message; }
+const std::vector<vrlTAVRIXStackLine>& vrlBaseException::getStack() const { return content_->stack; }
 
-vrlInternalException::vrlInternalException(const std::string& message) : message_(message) {}
-vrlInternalException::vrlInternalException(const vrlInternalException&) = default;
-vrlInternalException& vrlInternalException::operator=(const vrlInternalException&) = default;
+vrlInternalException::vrlInternalException(const std::string& message)
+    : message_(std::make_shared<const std::string>(message)) {}
+vrlInternalException::vrlInternalException(const vrlInternalException&) noexcept = default;
+vrlInternalException& vrlInternalException::operator=(const vrlInternalException&) noexcept = default;
 vrlInternalException::~vrlInternalException() = default;
 
-const char* vrlInternalException::what() const noexcept { return message_.c_str(); }
+const char* vrlInternalException::what() const noexcept { return message_->c_str(); }
 
 }  // namespace Norvane::vrl

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -29,7 +30,7 @@ constexpr Setting settings[] = {{"-logfile", "FILE", &Options::logFile},
                                 {"-cachedir", "DIR", &Options::cacheDirectory}};
 
 template <typename Table>
-auto find(const Table& table, const std::string& name) {
+auto find(const Table& table, std::string_view name) {
     return std::find_if(std::begin(table), std::end(table), [&](const auto& entry) { return name == entry.name; });
 }
 
@@ -44,7 +45,7 @@ void checkCacheDirectory(const std::string& directory) {
 }  // namespace
 
 Options parseOptions(const char* const* options, unsigned count) {
-    std::vector<std::string> given;
+    std::vector<std::string_view> given;
     for (unsigned i = 0; options != nullptr && i < count; ++i) {
         if (options[i] != nullptr) {
             given.emplace_back(options[i]);
@@ -58,13 +59,13 @@ Options parseOptions(const char* const* options, unsigned count) {
         }
         const auto* setting = find(settings, given[i]);
         if (setting == std::end(settings)) {
-            throw vrlBaseException("unknown option \"" + given[i] +
+            throw vrlBaseException("unknown option \"" + vrlShortText(given[i]) +
                                    "\"; known are -nojvm, -nodisplay, -logfile FILE and -cachedir DIR");
         }
         if (i + 1 == given.size() || given[i + 1].empty() || given[i + 1].front() == '-') {
-            throw vrlBaseException("option " + given[i] + " lacks its value " + setting->value);
+            throw vrlBaseException("option " + std::string(given[i]) + " lacks its value " + setting->value);
         }
-        parsed.*setting->target = vrlExpandPathMacros(given[++i]);
+        parsed.*setting->target = vrlExpandPathMacros(std::string(given[++i]));
     }
     checkCacheDirectory(parsed.cacheDirectory);
     return parsed;

@@ -1,6 +1,7 @@
 #include "vrlbase/runtime.h"
 
 #include "options.h"
+#include "vrlbase/operation.h"
 #include "vrlbase/vrlbase.h"
 
 #include <unistd.h>
@@ -83,12 +84,21 @@ T readOption(T vrlbase::Options::*member) {
     return state.options.*member;
 }
 
+/// One of the hooks, which run without the lock; null behind the last.
+void (*terminationHook(std::size_t index))() {
+    Runtime& state = runtime();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return index < state.terminationHooks.size() ? state.terminationHooks[index] : nullptr;
+}
+
 }  // namespace
 
 void vrlInitializeApplicationImpl(const char** options, unsigned count) {
-    vrlbase::Options parsed = vrlbase::parseOptions(options, count);
-    LogFile log = openLog(parsed.logFile);
-    adopt(runtime(), std::move(parsed), std::move(log), true);
+    vrlbase::operation([&] {
+        vrlbase::Options parsed = vrlbase::parseOptions(options, count);
+        LogFile log = openLog(parsed.logFile);
+        adopt(runtime(), std::move(parsed), std::move(log), true);
+    });
 }
 
 void vrlStartIfStopped() {
@@ -98,13 +108,16 @@ void vrlStartIfStopped() {
 }
 
 void vrlTerminateApplicationImpl() {
-    if (!vrlIsKRTInitialized()) {
-        return;
-    }
-    for (void (*hook)() : read(&Runtime::terminationHooks)) {
-        hook();
-    }
-    adopt(runtime(), {}, nullptr, false);
+    vrlbase::operation([] {
+        if (!vrlIsKRTInitialized()) {
+            return;
+        }
+        std::size_t next = 0;
+        while (void (*hook)() = terminationHook(next++)) {
+            hook();
+        }
+        adopt(runtime(), {}, nullptr, false);
+    });
 }
 
 void vrlOnTermination(void (*hook)()) {
@@ -140,10 +153,18 @@ bool vrlSetZvmState(int state, boost::shared_ptr<jzi::JavaVMConfig> config) {
 boost::shared_ptr<jzi::JavaVMConfig> vrlGetJavaVMConfig() { return read(&Runtime::javaVMConfig); }
 
 void vrlWriteLog(const char* text) {
+    if (text != nullptr) {
+        vrlWriteLog({text});
+    }
+}
+
+void vrlWriteLog(std::initializer_list<const char*> pieces) {
     Runtime& state = runtime();
     const std::lock_guard<std::mutex> lock(state.logMutex);
-    if (text != nullptr && state.log != nullptr) {
-        std::fputs(text, state.log.get());
+    if (state.log != nullptr) {
+        for (const char* piece : pieces) {
+            std::fputs(piece, state.log.get());
+        }
         std::fflush(state.log.get());
     }
 }

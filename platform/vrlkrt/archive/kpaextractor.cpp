@@ -8,6 +8,7 @@
 #include "vrlkrt/archive/platformpath.h"
 
 #include "vrlbase/exceptions.h"
+#include "vrlbase/operation.h"
 #include "vrlbase/runtime.h"
 #include "vrlkrt/vrlkrt.h"
 
@@ -21,6 +22,7 @@
 #include <utility>
 
 using Norvane::vrl::vrlBaseException;
+using vrlbase::operation;
 
 namespace vrlkrt {
 
@@ -105,7 +107,7 @@ vrlExtractedComponentFactory makeFactory(KpaExtractor extractor, Place place) {
         } catch (const vrlBaseException&) {
             throw;
         } catch (const std::bad_alloc&) {
-            throw vrlBaseException("There is not enough memory to extract the component.");
+            throw vrlBaseException::outOfMemory();
         } catch (const std::exception& error) {
             throw vrlBaseException(std::string("The component can't be extracted: ") + error.what() + ".");
         }
@@ -116,31 +118,39 @@ vrlExtractedComponentFactory makeFactory(KpaExtractor extractor, Place place) {
 }  // namespace vrlkrt
 
 vrlkrt::KpaExtractor vrlMakeAlwaysFailExtractor(const char* component) {
-    return vrlkrt::KpaExtractor(boost::make_shared<vrlkrt::NoSource>(component ? component : ""));
+    return operation(
+        [&] { return vrlkrt::KpaExtractor(boost::make_shared<vrlkrt::NoSource>(component ? component : "")); });
 }
 
 vrlkrt::KpaExtractor vrlMakeKpaStreamExtractor(boost::shared_ptr<std::istream> archive) {
-    return vrlkrt::KpaExtractor(boost::make_shared<vrlkrt::StreamSource>(std::move(archive)));
+    return operation(
+        [&] { return vrlkrt::KpaExtractor(boost::make_shared<vrlkrt::StreamSource>(std::move(archive))); });
 }
 
 boost::shared_ptr<std::istream> vrlGetKpaStreamFromArraySrc(char* bytes, int length) {
-    if (length < 0 || (bytes == nullptr && length > 0)) {
-        throw vrlBaseException("The archive has no bytes, or a length below 0: " + std::to_string(length) + ".");
-    }
-    const std::string content = length == 0 ? std::string() : std::string(bytes, static_cast<std::size_t>(length));
-    return boost::make_shared<std::istringstream>(content, std::ios::in | std::ios::binary);
+    return operation([&]() -> boost::shared_ptr<std::istream> {
+        if (length < 0 || (bytes == nullptr && length > 0)) {
+            throw vrlBaseException("The archive has no bytes, or a length below 0: " + std::to_string(length) + ".");
+        }
+        const std::string content = length == 0 ? std::string() : std::string(bytes, static_cast<std::size_t>(length));
+        return boost::make_shared<std::istringstream>(content, std::ios::in | std::ios::binary);
+    });
 }
 
 vrlExtractedComponentFactory vrlMakeComponentCacheExtractedComponentFactory(vrlkrt::KpaExtractor extractor) {
-    return vrlkrt::makeFactory(std::move(extractor), [](const vrlkrt::ComponentArchive& archive) {
-        return vrlkrt::placeInCache(archive, vrlGetCacheDirectory());
+    return operation([&] {
+        return vrlkrt::makeFactory(std::move(extractor), [](const vrlkrt::ComponentArchive& archive) {
+            return vrlkrt::placeInCache(archive, vrlGetCacheDirectory());
+        });
     });
 }
 
 vrlExtractedComponentFactory vrlMakeDirectoryExtractedComponentFactory(vrlkrt::KpaExtractor extractor,
                                                                        const dsPathString_<dsMBCSSafeString>& folder) {
-    return vrlkrt::makeFactory(std::move(extractor),
-                               [path = vrlPlatformPath(folder)](const vrlkrt::ComponentArchive& archive) {
-                                   return vrlkrt::placeInFolder(archive, path);
-                               });
+    return operation([&] {
+        return vrlkrt::makeFactory(std::move(extractor),
+                                   [path = vrlPlatformPath(folder)](const vrlkrt::ComponentArchive& archive) {
+                                       return vrlkrt::placeInFolder(archive, path);
+                                   });
+    });
 }

@@ -1,5 +1,7 @@
 #include "jzi/jzi.h"
+#include "vrlbase/operation.h"
 #include "vrlkrt/java/javacalls.h"
+#include "vrlkrt/run/call.h"
 #include "vrlkrt/run/evaluation.h"
 
 #include <string>
@@ -9,20 +11,21 @@ namespace {
 using Norvane::vrl::vrlBaseException;
 
 /// The failure of something that a call did: its own stack, if it had one, and then the call's.
-krtFailure* failureOf(krtCall* call, const std::exception& failure) {
-    std::vector<Norvane::vrl::vrlTAVRIXStackLine> stack;
-    std::string identifier;
-    if (const auto* known = dynamic_cast<const vrlBaseException*>(&failure)) {
-        stack = known->getStack();
-    }
-    if (const auto* known = dynamic_cast<const vrlkrt::FunctionException*>(&failure)) {
-        identifier = known->identifier();
-    }
-    if (call != nullptr) {
-        const auto outer = call->stack();
-        stack.insert(stack.end(), outer.begin(), outer.end());
-    }
-    return new krtFailure(identifier, failure.what(), std::move(stack));
+krtFailure* failureOf(const krtCall* call, const std::exception& failure) {
+    const auto* function = dynamic_cast<const vrlkrt::FunctionException*>(&failure);
+    const auto stack = [&] {
+        std::vector<krtCall::Line> lines;
+        if (const auto* known = dynamic_cast<const vrlBaseException*>(&failure)) {
+            lines = known->getStack();
+        }
+        if (call != nullptr) {
+            const std::vector<krtCall::Line> outer = call->stack();
+            lines.insert(lines.end(), outer.begin(), outer.end());
+        }
+        return lines;
+    };
+    return vrlkrt::makeFailure(function == nullptr ? "" : function->identifier().c_str(), failure.what(), stack)
+        .release();
 }
 
 /// Runs what a call asks for, from the line where it stands; null on success.
@@ -30,7 +33,7 @@ template <typename Body>
 krtFailure* attempt(krtCall* call, const char* file, int line, Body body) {
     krtMarkLine(call, file, line);
     try {
-        body();
+        vrlbase::operation(body);
         return nullptr;
     } catch (const std::exception& failure) {
         return failureOf(call, failure);
@@ -42,7 +45,7 @@ void runFunction(const krtCall* call, const std::string& name, int nlhs, qxArray
     if (call == nullptr) {
         throw vrlBaseException(name + ": a function can't be called on a thread that the component started");
     }
-    std::vector<qxArrayOwner> results = vrlkrt::evaluate(call->component, name, nlhs, nrhs, prhs);
+    std::vector<qxArrayOwner> results = vrlkrt::evaluate(call->instance, name, nlhs, nrhs, prhs);
     for (std::size_t i = 0; i < results.size(); ++i) {
         plhs[i] = results[i].release();
         if (plhs[i] != nullptr) {

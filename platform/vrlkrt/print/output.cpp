@@ -15,14 +15,23 @@ namespace vrlkrt {
 
 namespace {
 
+constexpr const char* handlerFailed = "A print handler failed: ";
+
 /// Clears a Java exception that a handler left, so that what runs next may use JNI.
 void logPendingException(JNIEnv* env) {
-    if (env != nullptr && env->ExceptionCheck() != JNI_FALSE) {
-        vrlWriteLog(("A print handler failed: " + takeJavaException(env) + "\n").c_str());
+    if (env == nullptr || env->ExceptionCheck() == JNI_FALSE) {
+        return;
+    }
+    try {
+        vrlWriteLog({handlerFailed, takeJavaException(env).c_str(), "\n"});
+    } catch (const std::exception& failure) {
+        env->ExceptionClear();
+        vrlWriteLog({handlerFailed, failure.what(), "\n"});
     }
 }
 
-/// Whether the handler took the text. A Java exception that is pending already makes the handler unusable, and stays.
+/// Whether the handler took the text (UTF-8). A Java exception that is pending already makes the handler unusable, and
+/// stays.
 bool handOver(const vrlPrintHandler& handler, const char* text) {
     JNIEnv* env = jzi::knownThreadEnv();
     if (handler.empty() || (env != nullptr && env->ExceptionCheck() != JNI_FALSE)) {
@@ -31,9 +40,9 @@ bool handOver(const vrlPrintHandler& handler, const char* text) {
     const qxCallScopeSuspension suspension;
     bool taken = false;
     try {
-        taken = handler(text) == 0;
+        taken = handler(utLocalText(text).c_str()) == 0;
     } catch (const std::exception& failure) {
-        vrlWriteLog((std::string("A print handler failed: ") + failure.what() + "\n").c_str());
+        vrlWriteLog({handlerFailed, failure.what(), "\n"});
     }
     logPendingException(env);
     return taken;
@@ -53,7 +62,7 @@ void Output::exchange(std::shared_ptr<const PrintHandlers> handlers) {
     handlers_.swap(handlers);
 }
 
-void Output::print(Channel channel, const char* text) const {
+void Output::print(Channel channel, const char* text) const noexcept {
     if (text == nullptr) {
         return;
     }
@@ -63,8 +72,7 @@ void Output::print(Channel channel, const char* text) const {
         handlers = handlers_;
     }
     const bool taken =
-        handlers != nullptr &&
-        handOver(channel == Channel::errors ? handlers->errors : handlers->ordinary, utLocalText(text).c_str());
+        handlers != nullptr && handOver(channel == Channel::errors ? handlers->errors : handlers->ordinary, text);
     if (!taken) {
         vrlWriteLog(text);
     }
@@ -77,8 +85,13 @@ Output& defaultOutput() {
     return instance;
 }
 
-void printWarning(const Output& output, const char* message) {
-    output.print(Channel::errors, ("Warning: " + std::string(message == nullptr ? "" : message) + "\n").c_str());
+void printWarning(const Output& output, const char* message) noexcept {
+    const char* shown = message == nullptr ? "" : message;
+    try {
+        output.print(Channel::errors, ("Warning: " + std::string(shown) + "\n").c_str());
+    } catch (const std::bad_alloc&) {
+        vrlWriteLog({"Warning: ", shown, "\n"});
+    }
 }
 
 }  // namespace vrlkrt

@@ -29,8 +29,8 @@ public:
 
     /// Prints a UTF-8 text (null is fine), converted to the local code page. It goes to the log when there is no
     /// handler or the handler fails. The handler runs outside of the call scope of arrays, and no Java exception is
-    /// left pending by it. Never throws for a failing handler.
-    void print(Channel channel, const char* text) const;
+    /// left pending by it. Without memory to convert a text, it goes to the log as well.
+    void print(Channel channel, const char* text) const noexcept;
 
 private:
     void exchange(std::shared_ptr<const PrintHandlers> handlers);
@@ -43,6 +43,6 @@ private:
 Output& defaultOutput();
 
 /// "Warning: ", the message and a line end.
-void printWarning(const Output& output, const char* message);
+void printWarning(const Output& output, const char* message) noexcept;
 
 }  // namespace vrlkrt

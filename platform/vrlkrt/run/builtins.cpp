@@ -1,7 +1,7 @@
 #include "vrlkrt/run/builtins.h"
 
 #include "qx/arrayowner.h"
-#include "vrlkrt/run/evaluation.h"
+#include "vrlkrt/run/call.h"
 
 #include <new>
 
@@ -26,7 +26,7 @@ qxArray* textColumn(const std::vector<vrlComponentFunction>& functions, std::str
 }
 
 void listFunctions(krtCall* call, int nlhs, qxArray** plhs, int, qxArray* const*) {
-    const auto& functions = call->component->description().functions;
+    const auto& functions = call->instance->description().functions;
     plhs[0] = textColumn(functions, &vrlComponentFunction::name);
     if (nlhs > 1) {
         plhs[1] = textColumn(functions, &vrlComponentFunction::help);
@@ -34,7 +34,7 @@ void listFunctions(krtCall* call, int nlhs, qxArray** plhs, int, qxArray* const*
 }
 
 void describeComponent(krtCall* call, int, qxArray** plhs, int, qxArray* const*) {
-    const vrlExtractedComponent& component = call->component->description();
+    const vrlExtractedComponent& component = call->instance->description();
     const char* fields[] = {"name", "version", "abi", "functions"};
     plhs[0] = checked(qxCreateStructMatrix(1, 1, 4, fields));
     qxSetCell(plhs[0], 0, checked(qxCreateString(component.name.c_str())));

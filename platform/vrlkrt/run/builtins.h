@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vrlkrt/run/component.h"
+#include "vrlkrt/run/instance.h"
 
 #include <map>
 #include <string>

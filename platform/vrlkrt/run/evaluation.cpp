@@ -1,6 +1,6 @@
 #include "vrlkrt/run/evaluation.h"
 
-#include "vrlbase/exceptions.h"
+#include "vrlkrt/run/call.h"
 #include "vrlkrt/run/results.h"
 #include "vrlkrt/run/stackspace.h"
 
@@ -13,25 +13,9 @@ namespace vrlkrt {
 namespace {
 
 using Norvane::vrl::vrlBaseException;
-using Norvane::vrl::vrlInternalException;
 
 /// How deep runs may nest on one thread, through components and Java alike.
 constexpr int deepestNesting = 256;
-
-thread_local krtCall* innermost = nullptr;
-
-/// Makes a call the innermost one of this thread for as long as it lives.
-class RunningCall {
-public:
-    explicit RunningCall(krtCall& call) {
-        call.outer = innermost;
-        call.depth = innermost == nullptr ? 1 : innermost->depth + 1;
-        innermost = &call;
-    }
-    ~RunningCall() { innermost = innermost->outer; }
-    RunningCall(const RunningCall&) = delete;
-    RunningCall& operator=(const RunningCall&) = delete;
-};
 
 std::string counted(int count, const char* noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
@@ -70,26 +54,26 @@ void checkOutputs(const vrlComponentFunction& function, int nlhs) {
 }
 
 void checkNesting(const std::string& function) {
-    if ((innermost != nullptr && innermost->depth >= deepestNesting) || !hasStackSpace()) {
-        throw vrlBaseException(function + ": calls nest too deep (" +
-                               counted(innermost == nullptr ? 0 : innermost->depth, "call") + ")");
+    const krtCall* outer = currentCall();
+    const int depth = outer == nullptr ? 0 : outer->depth;
+    if (depth >= deepestNesting || !hasStackSpace()) {
+        throw vrlBaseException(function + ": calls nest too deep (" + counted(depth, "call") + ")");
     }
-}
-
-void fail(krtCall& call, const std::string& message) {
-    call.failure = std::make_unique<krtFailure>("", message, call.stack());
 }
 
 /// Runs the component's code. Whatever it throws, also what no component should, ends here as the call's failure.
 void enter(krtCall& call, krtEntry entry, int nlhs, qxArray** plhs, int nrhs, qxArray* const* prhs) {
+    const auto fail = [&](const char* identifier, const char* message) {
+        call.failure = makeFailure(identifier, message, [&] { return call.stack(); });
+    };
     try {
         entry(&call, nlhs, plhs, nrhs, prhs);
     } catch (const std::bad_alloc&) {
-        fail(call, "out of memory");
+        fail("krt:memory", "out of memory");
     } catch (const std::exception& failure) {
-        fail(call, failure.what());
+        fail("", failure.what());
     } catch (...) {
-        fail(call, call.function + " threw something that is no std::exception");
+        fail("", (call.function + " threw something that is no std::exception").c_str());
     }
 }
 
@@ -122,25 +106,14 @@ std::vector<qxArrayOwner> run(krtCall& call, const RunnableFunction& function, i
 
 }  // namespace
 
-std::vector<qxArrayOwner> evaluate(const std::shared_ptr<LoadedComponent>& component, const std::string& name, int nlhs,
-                                   int nrhs, const qxArray* const* prhs) try {
-    const RunnableFunction& function = component->function(name);
+std::vector<qxArrayOwner> evaluate(const std::shared_ptr<Instance>& instance, const std::string& name, int nlhs,
+                                   int nrhs, const qxArray* const* prhs) {
+    const RunnableFunction& function = instance->function(name);
     checkInputs(function.description, nrhs, prhs);
     checkOutputs(function.description, nlhs);
     checkNesting(name);
-    krtCall call;
-    call.component = component;
-    call.function = name;
-    call.frames.push_back({name, "", 0});
+    krtCall call(instance, name);
     return run(call, function, nlhs, nrhs, prhs);
-} catch (const vrlBaseException&) {
-    throw;
-} catch (const std::bad_alloc&) {
-    throw vrlBaseException(name + ": out of memory");
-} catch (const std::exception& failure) {
-    throw vrlInternalException(name + ": " + failure.what());
 }
-
-krtCall* currentCall() { return innermost; }
 
 }  // namespace vrlkrt

@@ -1,5 +1,6 @@
 #include "vrlkrt/run/failure.h"
 
+#include <cstddef>
 #include <utility>
 
 krtFailure::krtFailure(std::string failureIdentifier, std::string failureMessage,
@@ -8,22 +9,14 @@ krtFailure::krtFailure(std::string failureIdentifier, std::string failureMessage
 
 namespace vrlkrt {
 
+FailureHold outOfMemoryFailure() noexcept {
+    // So short texts lie in the strings themselves. The first hold is never ended.
+    alignas(krtFailure) static std::byte storage[sizeof(krtFailure)];
+    static krtFailure& failure = *new (storage) krtFailure("krt:memory", "out of memory", {});
+    return FailureHold(krtShareFailure(&failure));
+}
+
 FunctionException::FunctionException(const krtFailure& failure)
     : vrlBaseException(failure.message, failure.stack), identifier_(failure.identifier) {}
 
 }  // namespace vrlkrt
-
-krtFailure* krtShareFailure(krtFailure* failure) {
-    failure->holders.fetch_add(1, std::memory_order_relaxed);
-    return failure;
-}
-
-void krtReleaseFailure(krtFailure* failure) {
-    if (failure != nullptr && failure->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        delete failure;
-    }
-}
-
-const char* krtFailureMessage(const krtFailure* failure) { return failure->message.c_str(); }
-
-const char* krtFailureIdentifier(const krtFailure* failure) { return failure->identifier.c_str(); }

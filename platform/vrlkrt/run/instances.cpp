@@ -3,7 +3,6 @@
 #include "vrlbase/exceptions.h"
 
 #include <utility>
-#include <vector>
 
 namespace vrlkrt {
 
@@ -22,60 +21,45 @@ void* InstanceRegistry::newHandle() {
     return toHandle(++lastHandle_);
 }
 
-void InstanceRegistry::add(std::shared_ptr<LoadedComponent> component) {
-    auto object = std::make_unique<Instance>();
-    const std::uintptr_t number = toNumber(component->handle());
+void InstanceRegistry::add(std::shared_ptr<Instance> instance) {
+    const std::uintptr_t number = toNumber(instance->handle());
     const std::lock_guard<std::mutex> lock(mutex_);
-    entries_[number] = {std::move(object), std::move(component)};
+    instances_.emplace(number, std::move(instance));
 }
 
 void InstanceRegistry::end(void* handle) {
     // Dropped after the lock: ending the last hold runs code of the component and of its handlers.
-    std::shared_ptr<LoadedComponent> ended;
+    Instances::node_type ended;
     const std::lock_guard<std::mutex> lock(mutex_);
-    ended.swap(entry(handle).component);
+    ended = instances_.extract(locate(handle));
 }
 
-void InstanceRegistry::endAll() {
-    std::vector<std::shared_ptr<LoadedComponent>> ended;
+void InstanceRegistry::endAll() noexcept {
+    Instances ended;
     const std::lock_guard<std::mutex> lock(mutex_);
-    for (auto& [number, entry] : entries_) {
-        ended.push_back(std::move(entry.component));
-    }
+    ended.swap(instances_);
 }
 
-std::shared_ptr<LoadedComponent> InstanceRegistry::find(void* handle) {
+std::shared_ptr<Instance> InstanceRegistry::find(void* handle) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return entry(handle).component;
-}
-
-krtInstance* InstanceRegistry::object(void* handle) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return entry(handle).object.get();
+    return locate(handle)->second;
 }
 
 void* InstanceRegistry::newest() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
-        if (entry->second.component != nullptr) {
-            return toHandle(entry->first);
-        }
-    }
-    return nullptr;
+    return instances_.empty() ? nullptr : toHandle(instances_.rbegin()->first);
 }
 
-InstanceRegistry::Entry& InstanceRegistry::entry(void* handle) {
+InstanceRegistry::Instances::iterator InstanceRegistry::locate(void* handle) {
     if (handle == nullptr) {
         throw vrlBaseException("the handle of the component instance is null");
     }
-    const auto found = entries_.find(toNumber(handle));
-    if (found == entries_.end()) {
-        throw vrlBaseException("there is no component instance of this handle");
+    const auto found = instances_.find(toNumber(handle));
+    if (found == instances_.end()) {
+        throw vrlBaseException(toNumber(handle) <= lastHandle_ ? "the component instance has been ended"
+                                                               : "there is no component instance of this handle");
     }
-    if (found->second.component == nullptr) {
-        throw vrlBaseException("the component instance has been ended");
-    }
-    return found->second;
+    return found;
 }
 
 InstanceRegistry& instances() {

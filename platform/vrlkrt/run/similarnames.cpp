@@ -39,10 +39,13 @@ std::size_t editDistance(const std::string& from, const std::string& to) {
 }  // namespace
 
 std::vector<std::string> similarNames(const std::string& name, const std::vector<vrlComponentFunction>& functions) {
+    if (name.size() > longestName) {
+        return {};
+    }
     std::vector<std::pair<std::size_t, std::string>> candidates;
     const std::string wanted = lowerCase(name);
     for (const vrlComponentFunction& function : functions) {
-        if (wanted.size() > longestName || function.name.size() > longestName) {
+        if (function.name.size() > longestName) {
             continue;
         }
         const std::size_t distance = editDistance(wanted, lowerCase(function.name));

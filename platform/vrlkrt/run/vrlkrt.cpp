@@ -1,18 +1,24 @@
 #include "vrlkrt/vrlkrt.h"
 
+#include "vrlbase/operation.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/componentinfo.h"
+#include "vrlkrt/run/call.h"
 #include "vrlkrt/run/evaluation.h"
 #include "vrlkrt/run/instances.h"
 
 #include <algorithm>
-#include <exception>
+#include <cstdlib>
+#include <cstring>
+#include <new>
 #include <string>
 #include <utility>
 
 namespace {
 
 using Norvane::vrl::vrlBaseException;
+using vrlbase::operation;
+using vrlkrt::Instance;
 using vrlkrt::instances;
 
 void endAllInstances() { instances().endAll(); }
@@ -23,57 +29,93 @@ void startRuntime() {
     vrlStartIfStopped();
 }
 
+/// Wraps Java objects for every instance, and has nothing of any: so whoever got it from a handle may keep it.
+class ObjectWrapper : public krtInstance {};
+
 }  // namespace
 
+bool vrlIsStandaloneMode() { return true; }
+
+void vrlAddCanonicalPathMacro(const char* name, const char* path) { vrlSetPathMacro(name, path); }
+
 void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrintHandler& second,
-                                     const vrlExtractedComponentFactory& factory) try {
-    startRuntime();
-    if (factory.empty()) {
-        throw vrlBaseException("there is no way to the component");
-    }
-    void* handle = instances().newHandle();
-    auto component = std::make_shared<vrlkrt::LoadedComponent>(handle, factory(), vrlkrt::PrintHandlers{first, second});
-    instances().add(std::move(component));
-    return handle;
-} catch (const vrlBaseException&) {
-    throw;
-} catch (const std::exception& failure) {
-    throw vrlBaseException(failure.what());
+                                     const vrlExtractedComponentFactory& factory) {
+    return operation([&] {
+        startRuntime();
+        if (factory.empty()) {
+            throw vrlBaseException("there is no way to the component");
+        }
+        void* handle = instances().newHandle();
+        instances().add(std::make_shared<Instance>(handle, factory(), vrlkrt::PrintHandlers{first, second}));
+        return handle;
+    });
 }
 
-void vrlTerminateInstanceInternal(void* handle) { instances().end(handle); }
+void vrlTerminateInstanceInternal(void* handle) {
+    operation([&] { instances().end(handle); });
+}
 
 bool vrlWaitForFiguresToDieInternal(void* handle, bool) {
-    // Components draw nothing, so no figure is open.
-    instances().find(handle);
-    return true;
+    return operation([&] {
+        // Components draw nothing, so no figure is open.
+        instances().find(handle);
+        return true;
+    });
 }
 
 void* vrlGetActiveHKRTINSTANCE() {
     const krtCall* call = vrlkrt::currentCall();
-    return call == nullptr ? instances().newest() : call->component->handle();
+    return call == nullptr ? instances().newest() : call->instance->handle();
 }
 
-krtInstance* vrlHandleToKrtInstancePtr(void* handle) { return instances().object(handle); }
+krtInstance* vrlHandleToKrtInstancePtr(void* handle) {
+    static ObjectWrapper& wrapper = *new ObjectWrapper;
+    return operation([&]() -> krtInstance* {
+        instances().find(handle);
+        return &wrapper;
+    });
+}
 
 void vrlLoomkitFeval(void* handle, const char* name, int nlhs, qxArray** plhs, int nrhs, qxArray** prhs) {
-    const std::shared_ptr<vrlkrt::LoadedComponent> component = instances().find(handle);
-    if (name == nullptr) {
-        throw vrlBaseException("component " + component->name() + ": the name of the function is null");
-    }
-    if (plhs == nullptr && nlhs > 0) {
-        throw vrlBaseException(std::string(name) + ": there is no place for the results");
-    }
-    std::vector<qxArrayOwner> results = vrlkrt::evaluate(component, name, nlhs, nrhs, prhs);
-    std::transform(results.begin(), results.end(), plhs, [](qxArrayOwner& result) { return result.release(); });
+    operation([&] {
+        const std::shared_ptr<Instance> instance = instances().find(handle);
+        if (name == nullptr) {
+            throw vrlBaseException("component " + instance->name() + ": the name of the function is null");
+        }
+        if (plhs == nullptr && nlhs > 0) {
+            throw vrlBaseException(vrlShortText(name) + ": there is no place for the results");
+        }
+        std::vector<qxArrayOwner> results = vrlkrt::evaluate(instance, name, nlhs, nrhs, prhs);
+        std::transform(results.begin(), results.end(), plhs, [](qxArrayOwner& result) { return result.release(); });
+    });
 }
 
 vrlComponentInfo vrlGetComponentInfo(void* handle) {
-    const std::shared_ptr<vrlkrt::LoadedComponent> component = instances().find(handle);
-    const vrlExtractedComponent& description = component->description();
-    vrlComponentInfo info{description.name, description.version, description.abi, {}};
-    for (const vrlComponentFunction& function : description.functions) {
-        info.functions.push_back({function.name, function.help});
-    }
-    return info;
+    return operation([&] {
+        const std::shared_ptr<Instance> instance = instances().find(handle);
+        const vrlExtractedComponent& description = instance->description();
+        vrlComponentInfo info{description.name, description.version, description.abi, {}};
+        for (const vrlComponentFunction& function : description.functions) {
+            info.functions.push_back({function.name, function.help});
+        }
+        return info;
+    });
 }
+
+int vrlcppArrayToString(const qxArray* array, char** text) try {
+    if (array == nullptr || text == nullptr) {
+        return -1;
+    }
+    *text = nullptr;
+    const std::string shown = qxToText(array);
+    *text = static_cast<char*>(std::malloc(shown.size() + 1));
+    if (*text == nullptr) {
+        return -1;
+    }
+    std::memcpy(*text, shown.c_str(), shown.size() + 1);
+    return 0;
+} catch (const std::bad_alloc&) {
+    return -1;
+}
+
+void vrlcppFreeString(char* text) { std::free(text); }

@@ -4,8 +4,8 @@
 
 #include <jni.h>
 
-/// A component instance as the library sees it. One that was terminated stays a valid object for the life of
-/// the process, so a pointer got from a handle never dangles.
+/// A component instance as the library sees it. It stays a valid object when the instance is ended, so a pointer got
+/// from a handle never dangles.
 class krtInstance {
 public:
     virtual ~krtInstance();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,13 +14,16 @@ struct vrlTAVRIXStackLine {
     int line = 0;
 };
 
-/// A failure of the runtime, with the stack of the component functions that were running.
+/// A failure of the runtime, with the stack of the component functions that were running. Copies share what they
+/// tell, so that copying one takes no memory.
 class vrlBaseException : public std::exception {
 public:
     explicit vrlBaseException(const std::string& message);
     vrlBaseException(const std::string& message, const std::vector<vrlTAVRIXStackLine>& stack);
-    vrlBaseException(const vrlBaseException&);
-    vrlBaseException& operator=(const vrlBaseException&);
+    /// "out of memory", without a stack: made without taking any.
+    static vrlBaseException outOfMemory() noexcept;
+    vrlBaseException(const vrlBaseException&) noexcept;
+    vrlBaseException& operator=(const vrlBaseException&) noexcept;
     ~vrlBaseException() override;
     const char* what() const noexcept override;
 
@@ -27,21 +31,23 @@ public:
     const std::vector<vrlTAVRIXStackLine>& getStack() const;
 
 private:
-    std::string message_;
-    std::vector<vrlTAVRIXStackLine> stack_;
+    struct Content;
+    explicit vrlBaseException(std::shared_ptr<const Content> content) noexcept;
+
+    std::shared_ptr<const Content> content_;
 };
 
-/// A failure of the runtime that it did not foresee.
+/// A failure of the runtime that it did not foresee. Copies share their message.
 class vrlInternalException : public std::exception {
 public:
     explicit vrlInternalException(const std::string& message);
-    vrlInternalException(const vrlInternalException&);
-    vrlInternalException& operator=(const vrlInternalException&);
+    vrlInternalException(const vrlInternalException&) noexcept;
+    vrlInternalException& operator=(const vrlInternalException&) noexcept;
     ~vrlInternalException() override;
     const char* what() const noexcept override;
 
 private:
-    std::string message_;
+    std::shared_ptr<const std::string> message_;
 };
 
 }  // namespace Norvane::vrl

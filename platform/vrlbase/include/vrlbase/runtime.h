@@ -2,10 +2,17 @@
 
 /// What the layers above the base use of it: the log, the cache folder, macros in paths, and the end of the runtime.
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
-/// Appends a text to the log file; without one it is dropped. Null is fine. Safe on any thread.
+/// Appends a text to the log file; without one it is dropped. Null is fine. Safe on any thread; never throws.
 void vrlWriteLog(const char* text);
+/// The same for a text in pieces, none of them null, which nothing comes between.
+void vrlWriteLog(std::initializer_list<const char*> pieces);
+
+/// A text of the caller's (UTF-8) as a message quotes it: cut when it is long.
+std::string vrlShortText(std::string_view text);
 
 /// Folder under which components are extracted: the one of -cachedir, or else one of the user's own. Not created here.
 std::string vrlGetCacheDirectory();

@@ -1,6 +1,8 @@
 #pragma once
 
 /// The runtime: component archives and instances, evaluation, printing, text and hashes of arrays.
+///
+/// What an operation throws is said at its group. Memory that runs out is vrlBaseException::outOfMemory.
 
 #include "krt/krtinstance.h"
 #include "pathkit/dspathstring.h"
@@ -25,7 +27,7 @@ bool vrlIsStandaloneMode();
 /// Registers a macro for component paths. Both strings are read during the call only.
 void vrlAddCanonicalPathMacro(const char* name, const char* path);
 
-// ---- Archives. Each throws vrlBaseException, naming the entry and what is wrong with it.
+// ---- Archives. Each throws vrlBaseException, naming the entry and what is wrong with it, or vrlInternalException.
 
 /// An extractor that fails when it is used; `component` (may be null) is named in its message.
 vrlkrt::KpaExtractor vrlMakeAlwaysFailExtractor(const char* component);
@@ -37,7 +39,8 @@ vrlExtractedComponentFactory vrlMakeComponentCacheExtractedComponentFactory(vrlk
 vrlExtractedComponentFactory vrlMakeDirectoryExtractedComponentFactory(vrlkrt::KpaExtractor extractor,
                                                                        const dsPathString_<dsMBCSSafeString>& folder);
 
-// ---- Instances. A handle is checked: 0, a foreign or a stale one is a vrlBaseException.
+// ---- Instances. Each throws vrlBaseException or vrlInternalException. A handle is checked: 0, a foreign or a stale
+// one is a vrlBaseException.
 
 /// Creates an instance and returns its handle. The first handler gets errors and warnings, the second ordinary output.
 void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrintHandler& second,
@@ -47,11 +50,12 @@ void vrlTerminateInstanceInternal(void* handle);
 bool vrlWaitForFiguresToDieInternal(void* handle, bool force);
 /// The instance whose function runs on this thread, or else the one created last that lives; null when there is none.
 void* vrlGetActiveHKRTINSTANCE();
+/// What wraps Java objects for the instance. It stays good after the instance's end.
 krtInstance* vrlHandleToKrtInstancePtr(void* handle);
 
 /// Runs a function. Writes up to `nlhs` arrays into `plhs`, which are the caller's and share no storage with an
 /// input; the rest stay null. `prhs` stays the caller's. Throws vrlBaseException with the stack of component
-/// functions, or vrlInternalException.
+/// functions, or vrlInternalException. The instance stays for the length of the call, whoever ends it meanwhile.
 void vrlLoomkitFeval(void* handle, const char* name, int nlhs, qxArray** plhs, int nrhs, qxArray** prhs);
 
 // ---- Printing outside of an evaluation

@@ -16,6 +16,7 @@
 #include <exception>
 #include <istream>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -60,11 +61,15 @@ struct Creation {
     vrlExtractedComponentFactory factory;
 };
 
-/// The archive's bytes, read to their announced length; null when the stream held fewer.
-std::unique_ptr<char[]> readArchive(ArchiveStream& stream, jint length) {
+/// The archive's bytes, read to their announced length; null when the stream held fewer. Room for them that can't be
+/// had is an OutOfMemoryError.
+std::unique_ptr<char[]> readArchive(JNIEnv* env, ArchiveStream& stream, jint length) {
     std::istream input(&stream.buffer);
     // A negative length is asked for as the huge size that it is when taken as unsigned.
-    std::unique_ptr<char[]> bytes(new char[static_cast<std::size_t>(length)]);
+    std::unique_ptr<char[]> bytes(new (std::nothrow) char[static_cast<std::size_t>(length)]);
+    if (bytes == nullptr) {
+        tether::throwOutOfMemory(env);
+    }
     if (!input.eof()) {
         input.read(bytes.get(), length);
         if (static_cast<jint>(input.gcount()) != length) {
@@ -84,7 +89,7 @@ bool chooseExtractor(JNIEnv* env, const InstanceRequest& request, Creation& crea
         return true;
     }
     creation.stream.emplace(env, request.archive);
-    creation.bytes = readArchive(*creation.stream, request.length);
+    creation.bytes = readArchive(env, *creation.stream, request.length);
     if (creation.bytes == nullptr) {
         return refuse(env, "KPA InputStream is not valid");
     }

@@ -1,6 +1,6 @@
-#include "vrlkrt/run/component.h"
+#include "vrlkrt/run/instance.h"
 
-#include "vrlbase/exceptions.h"
+#include "vrlbase/vrlbase.h"
 #include "vrlkrt/run/builtins.h"
 #include "vrlkrt/run/similarnames.h"
 
@@ -26,15 +26,14 @@ boost::shared_ptr<vrlExtractedComponent> checkedComponent(boost::shared_ptr<vrlE
 
 }  // namespace
 
-LoadedComponent::LoadedComponent(void* handle, boost::shared_ptr<vrlExtractedComponent> extracted,
-                                 PrintHandlers handlers)
+Instance::Instance(void* handle, boost::shared_ptr<vrlExtractedComponent> extracted, PrintHandlers handlers)
     : handle_(handle),
       extracted_(checkedComponent(std::move(extracted))),
-      output_(std::make_shared<Output>(std::move(handlers))),
-      library_(std::make_shared<ComponentLibrary>(extracted_->name, extracted_->libraryFile)),
+      printer_(new krtPrinter{std::make_shared<Output>(std::move(handlers)),
+                              std::make_shared<ComponentLibrary>(extracted_->name, extracted_->libraryFile)}),
       functions_(builtinFunctions()) {
     for (const vrlComponentFunction& function : extracted_->functions) {
-        krtEntry entry = library_->entry(function.symbol);
+        krtEntry entry = library()->entry(function.symbol);
         if (entry == nullptr) {
             throw vrlBaseException("component " + extracted_->name + ": function " + function.name +
                                    " has the symbol " + function.symbol + ", which is no function of " +
@@ -46,14 +45,14 @@ LoadedComponent::LoadedComponent(void* handle, boost::shared_ptr<vrlExtractedCom
     }
 }
 
-LoadedComponent::~LoadedComponent() { output_->drop(); }
+Instance::~Instance() { printer_->output->drop(); }
 
-const RunnableFunction& LoadedComponent::function(const std::string& name) const {
+const RunnableFunction& Instance::function(const std::string& name) const {
     const auto found = functions_.find(name);
     if (found != functions_.end()) {
         return found->second;
     }
-    std::string message = "component " + extracted_->name + " has no function \"" + name + "\"";
+    std::string message = "component " + extracted_->name + " has no function \"" + vrlShortText(name) + "\"";
     std::string separator = "; did you mean ";
     for (const std::string& similar : similarNames(name, extracted_->functions)) {
         message += separator + similar;

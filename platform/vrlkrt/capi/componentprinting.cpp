@@ -1,20 +1,19 @@
 #include "vrlkrt/print/output.h"
-#include "vrlkrt/run/evaluation.h"
+#include "vrlkrt/run/call.h"
 
-#include <atomic>
-#include <utility>
-
-/// A component's own hold on its way out for text. Shared by counting.
-struct krtPrinter {
-    std::shared_ptr<vrlkrt::Output> output;             ///< null for the default one
-    std::shared_ptr<vrlkrt::ComponentLibrary> library;  ///< stays mapped for whoever prints; null likewise
-    std::atomic<int> holders{1};
-};
+#include <memory>
 
 namespace {
 
+/// For text that belongs to no instance. Its first hold is never ended.
+krtPrinter& defaultPrinter() {
+    alignas(krtPrinter) static std::byte storage[sizeof(krtPrinter)];
+    static krtPrinter& printer = *new (storage) krtPrinter;
+    return printer;
+}
+
 const vrlkrt::Output& outputOf(const krtCall* call) {
-    return call == nullptr ? vrlkrt::defaultOutput() : *call->component->output();
+    return call == nullptr ? vrlkrt::defaultOutput() : call->instance->output();
 }
 
 const vrlkrt::Output& outputOf(const krtPrinter* printer) {
@@ -24,7 +23,7 @@ const vrlkrt::Output& outputOf(const krtPrinter* printer) {
 /// Whether this thread runs a function of that library, so that the library stays until the function returns.
 bool runsCodeOf(const std::shared_ptr<vrlkrt::ComponentLibrary>& library) {
     for (const krtCall* call = vrlkrt::currentCall(); call != nullptr; call = call->outer) {
-        if (call->component->library() == library) {
+        if (call->instance->library() == library) {
             return true;
         }
     }
@@ -38,12 +37,7 @@ void krtPrint(krtCall* call, const char* text) { outputOf(call).print(vrlkrt::Ch
 void krtWarn(krtCall* call, const char* message) { vrlkrt::printWarning(outputOf(call), message); }
 
 krtPrinter* krtGetPrinter(krtCall* call) {
-    auto printer = std::make_unique<krtPrinter>();
-    if (call != nullptr) {
-        printer->output = call->component->output();
-        printer->library = call->component->library();
-    }
-    return printer.release();
+    return krtSharePrinter(call == nullptr ? &defaultPrinter() : call->instance->printer());
 }
 
 krtPrinter* krtSharePrinter(krtPrinter* printer) {
@@ -59,9 +53,7 @@ void krtReleasePrinter(krtPrinter* printer) {
     if (printer->library != nullptr && !runsCodeOf(printer->library)) {
         printer->library->pin();
     }
-    if (printer->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        delete printer;
-    }
+    vrlkrt::EndPrinterHold()(printer);
 }
 
 void krtPrinterPrint(krtPrinter* printer, const char* text) {

@@ -12,3 +12,15 @@ std::vector<std::string> createStackStrings(const std::vector<Norvane::vrl::vrlT
     }
     return texts;
 }
+
+std::string vrlShortText(std::string_view text) {
+    constexpr std::size_t longest = 200;
+    if (text.size() <= longest) {
+        return std::string(text);
+    }
+    std::size_t end = longest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+        --end;
+    }
+    return std::string(text.substr(0, end)) + "...";
+}
