@@ -3,6 +3,7 @@
 #include "entry/onload.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <cstdio>
 #include <string>
@@ -50,6 +51,13 @@ bool loadLibrary(JNIEnv* env) {
     return true;
 }
 
+void runAttached(const std::function<void(JNIEnv*)>& body) {
+    JNIEnv* env = nullptr;
+    ASSERT_EQ(theVm->AttachCurrentThread(reinterpret_cast<void**>(&env), nullptr), JNI_OK);
+    body(env);
+    theVm->DetachCurrentThread();
+}
+
 }  // namespace
 
 JavaVM* javaVm() { return theVm; }
@@ -61,12 +69,22 @@ JNIEnv* currentEnv() {
 }
 
 void onAttachedThread(const std::function<void(JNIEnv*)>& body) {
-    onUnknownThread([&] {
-        JNIEnv* env = nullptr;
-        ASSERT_EQ(theVm->AttachCurrentThread(reinterpret_cast<void**>(&env), nullptr), JNI_OK);
-        body(env);
-        theVm->DetachCurrentThread();
-    });
+    onUnknownThread([&] { runAttached(body); });
+}
+
+void onSmallStack(std::size_t bytes, const std::function<void(JNIEnv*)>& body) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, bytes), 0);
+    pthread_t thread{};
+    const auto run = [](void* given) -> void* {
+        runAttached(*static_cast<const std::function<void(JNIEnv*)>*>(given));
+        return nullptr;
+    };
+    auto* given = const_cast<std::function<void(JNIEnv*)>*>(&body);
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, given), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
 }
 
 void onUnknownThread(const std::function<void()>& body) { std::thread(body).join(); }

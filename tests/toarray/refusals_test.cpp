@@ -14,6 +14,7 @@ constexpr const char* illegal = "java/lang/IllegalArgumentException";
 constexpr const char* bounds = "java/lang/ArrayIndexOutOfBoundsException";
 constexpr const char* store = "java/lang/ArrayStoreException";
 constexpr const char* nullPointer = "java/lang/NullPointerException";
+constexpr const char* stack = "java/lang/StackOverflowError";
 constexpr const char* memory = "java/lang/OutOfMemoryError";
 
 class Refusals : public JvmTest {
@@ -137,6 +138,36 @@ TEST_F(Refusals, OfSparseData) {
     refused(triplets({0}, {1}, one), bounds, array + "bad numeric conversion: negative overflow");
     refused(triplets({1}, {-2147483647 - 1}, one), bounds, array + "bad numeric conversion: negative overflow");
     EXPECT_EQ(counter.pinnedBlocks(), 0);
+}
+
+/// The stacks leave room for some levels, and for more from size to size; only the largest is enough for all of them.
+TEST_F(Refusals, OfDataNestedTooDeepForTheStack) {
+    jobject levels = one;
+    std::string elementClass = "[D";
+    for (int level = 1; level < 254; ++level, elementClass.insert(0, "[")) {
+        levels = objectArray(env, elementClass, {levels});
+    }
+    jobject cells = one;
+    for (int level = 0; level < 1000; ++level) {
+        cells = javaCell(env, {1, 1}, {cells});
+    }
+    auto* endless = static_cast<jobjectArray>(objects({one}));
+    env->SetObjectArrayElement(endless, 0, endless);
+    for (jobject data : {levels, cells, static_cast<jobject>(endless)}) {
+        jobject shared = env->NewGlobalRef(data);
+        for (std::size_t size : {136, 137, 140, 150, 160}) {
+            onSmallStack(size << 10U, [&](JNIEnv* ofThread) {
+                const qxArrayOwner array = takeArray(ofThread, fromObjects(ofThread, shared, nullptr, 0, 0));
+                if (array == nullptr || size == 136 || data == endless) {
+                    expectThrown(ofThread, stack, nullptr);
+                }
+            });
+        }
+        env->DeleteGlobalRef(shared);
+    }
+    refused(fromObjects(env, endless, nullptr, 0, 0), stack, "");
+    EXPECT_EQ(takeArray(env, fromObjects(env, levels, nullptr, 0, 0))->numberOfDimensions(), 254U);
+    EXPECT_NE(takeArray(env, fromObjects(env, cells, nullptr, 0, 0)), nullptr);
 }
 
 /// The one refusal that leaves its array to nobody.

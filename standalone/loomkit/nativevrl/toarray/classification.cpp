@@ -1,5 +1,6 @@
 #include "toarray/classification.h"
 
+#include "boundary/stackguard.h"
 #include "proxies/jboxedproxies.h"
 #include "proxies/jnonkrtproxies.h"
 #include "proxies/jobjectarrayproxy.h"
@@ -129,8 +130,8 @@ qxClassID classifyJavaObject(JNIEnv* env, jobject object, bool allowCompound) {
     if (kind == JavaKind::kObjectArray || kind == JavaKind::kNull) {
         auto* elements = static_cast<jobjectArray>(object);
         if (object != nullptr && env->GetArrayLength(elements) > 0) {
-            JObjectRef first(env, nullptr);
-            first.attach(tether::getObjectArrayElement(env, elements, 0));
+            requireStack(env);
+            const auto first = adopt(env, tether::getObjectArrayElement(env, elements, 0));
             return classifyJavaObject(env, first.ref(), false);
         }
         const qxClassID declared = classifyByArrayClass(env, object);

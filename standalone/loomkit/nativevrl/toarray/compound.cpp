@@ -1,6 +1,7 @@
 #include "toarray/compound.h"
 
 #include "boundary/boundary.h"
+#include "boundary/stackguard.h"
 #include "proxies/jnonkrtproxies.h"
 #include "proxies/jnvarrayproxy.h"
 #include "qx/arrayowner.h"
@@ -23,6 +24,7 @@ std::size_t slotCount(const qxArray* array) {
 /// of another class blindly.
 template <typename Proxy>
 void fillFrom(JNIEnv* env, jobject object, qxArray* array) {
+    requireStack(env);
     if (object == nullptr) {
         tether::throwNullPointer(env);
     }

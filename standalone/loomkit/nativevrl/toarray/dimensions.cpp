@@ -1,5 +1,6 @@
 #include "toarray/dimensions.h"
 
+#include "boundary/stackguard.h"
 #include "proxies/jboxedproxies.h"
 #include "proxies/jnonkrtproxies.h"
 #include "toarray/javakind.h"
@@ -60,6 +61,7 @@ private:
     }
 
     void collectElements(jobjectArray array, std::size_t level) {
+        requireStack(env_);
         const jsize length = env_->GetArrayLength(array);
         raise(level, length);
         ElementKinds kinds(kindOf_, array);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "boundary/stackguard.h"
 #include "layout/leveltable.h"
 #include "proxies/jboxedproxies.h"
 #include "toarray/javakind.h"
@@ -84,6 +85,7 @@ private:
     }
 
     void storeElements(const Cursor& cursor, jobjectArray array) {
+        requireStack(env_);
         const auto length = static_cast<std::size_t>(env_->GetArrayLength(array));
         const std::size_t count = std::min(length, cursor.reach());
         ElementKinds kinds(kindOf_, array);
