@@ -49,6 +49,13 @@ std::string withUnlisted() {
     return component.zip();
 }
 
+/// `message` is part of the refusal; "" where the archive is to be read.
+void expectRefusal(const std::string& bytes, const std::string& message) {
+    const std::string failure = readingFailure(bytes);
+    EXPECT_TRUE(message.empty() ? failure.empty() : failure.find(message) != std::string::npos)
+        << "'" << failure << "', not '" << message << "'";
+}
+
 TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
     const std::string good = CraftedComponent().zip();
     const std::string manifest = CraftedComponent().defaultManifest();
@@ -58,6 +65,7 @@ TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
         {"hello, I am a text", "The archive is not a zip file."},
         {good.substr(0, good.size() - 30), "The archive is truncated"},
         {std::string(good).erase(10, 60), "The archive is truncated or damaged: "},
+        {std::string(good).erase(good.rfind("PK\1\2") + 10, 20), "The archive is truncated or damaged: "},
         {craftZip({{"lib/x.so", "library"}}), "The archive has no component.json."},
         {craftZip({{"sample/component.json", manifest}}), "The archive has no component.json."},
         {withManifest("{\"name\": }"), "component.json: parse error at line 1, column 10"},
@@ -78,8 +86,9 @@ TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
         {withFile({"a/..\\evil", "x"}), "its path has a backslash"},
         {withFile({"a//b", "x"}), "'a//b': its path has an empty component"},
         {withFile({"a/./b", "x"}), "'a/./b': its path has the component '.'"},
-        {withFile({"caf\xC3\xA9", "x"}), "?': its path has a character that is not printable ASCII"},
-        {withFile({"caf\xC3\xA9", "x", 0100644, 0x800}), "'number 4': its header is damaged: Pathname"},
+        {withFile({"caf\xC3\xA9", "x"}), "caf\xC3\xA9': its path has a character that is not printable ASCII"},
+        {craftZip({{"\x1B[2J\x9B\xE2\x80\xAE", "x"}}), "entry '\\x1b[2J\\x9b\\u202e': its path has a character"},
+        {withFile({std::string("lib/l.so\0.txt", 13), "x"}), "entry 'lib/l.so\\x00.txt': its path has a character"},
         {withFile({"folder/", ""}), "'folder/': it is a folder"},
         {withFile({"link", "/etc/passwd", 0120777}), "'link': it is a link"},
         {withFile({"tty", "", 0020666}), "'tty': it is a device, pipe or socket"},
@@ -90,12 +99,83 @@ TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
         {withFile({"liar", digits, 0100644, 0, 4}), "Archive entry 'liar': "},
         {withFile({"liar", digits, 0100644, 0, 4000}), "Archive entry 'liar': "},
         {withFile({"liar", digits, 0100644, 0, {}, 1}), "Archive entry 'liar': its content is damaged"},
-        {withFile({"bomb", digits, 0100644, 0, 0xF0000000}),
+        {withFile({"bomb", deflated(digits), 0100644, 0, 0xF0000000, {}, 8}),
          "Archive entry 'bomb': it has 4026531840 bytes, and 536870912 are allowed."},
+        {withFile({"bomb", deflated(std::string(100000, 'x')), 0100644, 0, 70000, {}, 8}),
+         "'bomb': it has more than the 70000 bytes that it states"},
+        {withFile({"short", deflated(digits), 0100644, 0, 11, {}, 8}), "'short': it has 10 bytes, not the 11 that"},
+        {withFile({"cut", deflated(digits).substr(0, 9), 0100644, 0, 10, {}, 8}), "'cut': its content is damaged"},
+        {withFile({"more", deflated(digits) + "x", 0100644, 0, 10, {}, 8}), "'more': its content is damaged: bytes"},
+        {withFile({"none", "", 0100644, 0, 0, {}, 8}), "'none': its content is damaged: the packed bytes end early"},
     };
     for (const auto& [bytes, message] : table) {
-        const std::string failure = readingFailure(bytes);
-        EXPECT_NE(failure.find(message), std::string::npos) << "'" << failure << "', not '" << message << "'";
+        expectRefusal(bytes, message);
+    }
+}
+
+/// Archives that one reader could take for another archive than a second one does.
+TEST(ComponentArchive, IsRefusedWhereReadersCouldDiffer) {
+    const std::string good = CraftedComponent().zip();
+    const std::string local = "PK\3\4";
+    const std::string central = "PK\1\2";
+    const std::string end = "PK\5\6";
+    const std::string two = bytesOf(2, 2);
+    const std::string packed = deflated("0123456789");
+    const auto descriptor = [&](const char* signature, std::uint32_t size) {
+        return signature + bytesOf(0xA684C7C6, 4) + bytesOf(packed.size(), 4) + bytesOf(size, 4);
+    };
+    const auto described = [&](const std::string& after) {
+        const CraftedEntry entry{"d", packed, 0100644, 8, 10, 0xA684C7C6, 8, "", "", "", after};
+        return patched(withFile(entry), local, 14, std::string(12, '\0'));
+    };
+    const std::pair<std::string, const char*> table[] = {
+        {withFile({"other", "x", 0100644, 0, {}, {}, 0, "", "inner"}), "'other': its local header names it 'inner'"},
+        {withFile({"a", "x", 0100644, 0, {}, {}, 0, "", std::string("a\0", 2)}), "names it 'a\\x00'"},
+        {withFile({"gap", "x", 0100644, 0, {}, {}, 0, "", "", "?"}), "'gap': it does not begin where the entry before"},
+        {withFile({"gap", "x", 0100644, 0, {}, {}, 0, "", "", "", "?"}), "it has bytes that belong to no entry"},
+        {patched(good, central, 42, bytesOf(0, 4)), "'data/table.txt': it does not begin where the entry before it"},
+        {"PK junk" + good, "its end record does not follow the directory that it states"},
+        {good + std::string(100, '\0'), "it does not end with the end record of a zip file"},
+        {good + good, "its end record does not follow the directory that it states"},
+        {patched(good, end, 20, two) + "??", "it does not end with the end record of a zip file"},
+        {patched(good, end, 20, two), "its end record states several volumes or a comment"},
+        {patched(good, end, 8, two + two), "it has bytes that belong to no entry"},
+        {patched(good, end, 8, bytesOf(4, 2) + bytesOf(4, 2)), "its directory has fewer entries than its end record"},
+        {patched(good, end, 8, two), "its end record states several volumes"},
+        {patched(good, end, 4, two), "its end record states several volumes"},
+        {patched(good, local, 4, two), "'data/table.txt': its local header states another version"},
+        {patched(good, local, 6, two), "its local header states another flags"},
+        {patched(good, local, 8, bytesOf(8, 2)), "its local header states another method"},
+        {patched(good, local, 10, bytesOf(5, 4)), "its local header states another time"},
+        {patched(good, local, 14, bytesOf(5, 4)), "its local header states another checksum"},
+        {patched(good, local, 18, bytesOf(4, 4)), "its local header states another packed size"},
+        {patched(good, local, 22, bytesOf(4, 4)), "its local header states another size"},
+        {patched(good, local, 0, "PK"), ""},
+        {patched(good, local, 0, "PK\3\5"), "'data/table.txt': it has no local header where the directory says"},
+        {patched(good, central, 6, bytesOf(45, 2)), "it uses features of zip files that archives do not: version 45"},
+        {patched(good, central, 8, bytesOf(0x2000, 2)), "features of zip files that archives do not"},
+        {patched(good, central, 10, bytesOf(12, 2)), "its method is 12; only 0 (stored) and 8 (deflated)"},
+        {patched(good, central, 10, bytesOf(14, 2)), "its method is 14; only 0 (stored) and 8 (deflated)"},
+        {patched(good, central, 20, bytesOf(4, 4)), "it has 4 stored bytes, not the 5 that it states"},
+        {patched(good, central, 32, two), "it has a comment or lies in another volume"},
+        {patched(good, central, 34, two), "it has a comment or lies in another volume"},
+        {patched(good, central, 4, std::string(2, '\0')), ""},
+        {patched(good, central, 38, bytesOf(0x10, 4)), "'data/table.txt': it is a folder"},
+        {patched(good, central, 38, bytesOf(0x08, 4)), "'data/table.txt': it is a device, pipe or socket"},
+        {patched(patched(good, central, 4, two), central, 38, bytesOf(0120777U << 16, 4)), "it is a link"},
+        {patched(patched(good, central, 4, two), central, 38, bytesOf(0010666U << 16, 4)), "it is a device, pipe"},
+        {withFile({"u", "", 0100644, 0, {}, {}, 0, "up" + bytesOf(1, 2) + "x"}), "'u': it has an extra field"},
+        {withFile({"u", "", 0100644, 0, {}, {}, 0, "UT" + bytesOf(9, 2) + "x"}), "'u': it has an extra field"},
+        {withFile({"u", "", 0100644, 0, {}, {}, 0, "UT" + bytesOf(1, 2) + "xy"}), "'u': it has an extra field"},
+        {described(""), "'d': its sizes do not follow its content"},
+        {described(descriptor("PK\7\7", 10)), "'d': its sizes do not follow its content"},
+        {described(descriptor("PK\7\10", 9)), "'d': its local header states another size"},
+        {withFile({"d", "0123456789", 0100644, 8, 10, 0xA684C7C6, 0, "", "", "", descriptor("PK\7\10", 10)}),
+         "'d': it is stored with its size behind it"},
+        {described(descriptor("PK\7\10", 10)), "'d': its content does not match its SHA-256"},
+    };
+    for (const auto& [bytes, message] : table) {
+        expectRefusal(bytes, message);
     }
 }
 

@@ -5,43 +5,55 @@
 
 #include "krt/component.h"
 
+#include <zlib.h>
+
+#include <stdexcept>
+
 namespace {
 
-std::uint32_t crc32(const std::string& bytes) {
-    std::uint32_t crc = ~0U;
-    for (const unsigned char byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
-        }
-    }
-    return ~crc;
-}
-
-void put16(std::string& out, std::size_t value) {
-    out += static_cast<char>(value & 0xFF);
-    out += static_cast<char>(value >> 8 & 0xFF);
-}
-
-void put32(std::string& out, std::size_t value) {
-    put16(out, value & 0xFFFF);
-    put16(out, value >> 16 & 0xFFFF);
+std::uint32_t crcOf(const std::string& bytes) {
+    return static_cast<std::uint32_t>(
+        crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size())));
 }
 
 /// What the local header and the one of the central directory have in common, after their version fields.
-void putCommon(std::string& out, const CraftedEntry& entry) {
+std::string commonFields(const CraftedEntry& entry, const std::string& path) {
     constexpr std::size_t midnightOfFirstJanuary1980 = 0x00210000;
-    put16(out, entry.flags);
-    put16(out, 0);  // stored
-    put32(out, midnightOfFirstJanuary1980);
-    put32(out, entry.statedCrc.value_or(crc32(entry.content)));
-    put32(out, entry.content.size());
-    put32(out, entry.statedSize.value_or(static_cast<std::uint32_t>(entry.content.size())));
-    put16(out, entry.path.size());
-    put16(out, 0);
+    return bytesOf(entry.flags, 2) + bytesOf(entry.method, 2) + bytesOf(midnightOfFirstJanuary1980, 4) +
+           bytesOf(entry.statedCrc.value_or(crcOf(entry.content)), 4) + bytesOf(entry.content.size(), 4) +
+           bytesOf(entry.statedSize.value_or(static_cast<std::uint32_t>(entry.content.size())), 4) +
+           bytesOf(path.size(), 2) + bytesOf(entry.extra.size(), 2);
 }
 
 }  // namespace
+
+std::string bytesOf(std::uint64_t value, std::size_t count) {
+    std::string bytes;
+    for (std::size_t byte = 0; byte < count; ++byte) {
+        bytes += static_cast<char>(value >> (8 * byte) & 0xFF);
+    }
+    return bytes;
+}
+
+std::string deflated(const std::string& content) {
+    z_stream stream{};
+    deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    std::string packed(deflateBound(&stream, content.size()), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    stream.avail_in = static_cast<uInt>(content.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    if (deflate(&stream, Z_FINISH) != Z_STREAM_END) {
+        throw std::runtime_error("can't deflate");
+    }
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+std::string patched(std::string zip, const std::string& signature, std::size_t offset, const std::string& bytes) {
+    return zip.replace(zip.rfind(signature) + offset, bytes.size(), bytes);
+}
 
 std::string craftZip(const std::vector<CraftedEntry>& entries) {
     constexpr std::size_t version = 20;
@@ -49,30 +61,16 @@ std::string craftZip(const std::vector<CraftedEntry>& entries) {
     std::string zip;
     std::string directory;
     for (const CraftedEntry& entry : entries) {
-        const std::size_t offset = zip.size();
-        zip += "PK\3\4";
-        put16(zip, version);
-        putCommon(zip, entry);
-        zip += entry.path + entry.content;
-
-        directory += "PK\1\2";
-        put16(directory, madeByUnix);
-        put16(directory, version);
-        putCommon(directory, entry);
-        put16(directory, 0);
-        put16(directory, 0);
-        put16(directory, 0);
-        put32(directory, static_cast<std::size_t>(entry.unixMode) << 16);
-        put32(directory, offset);
-        directory += entry.path;
+        zip += entry.before;
+        directory += "PK\1\2" + bytesOf(madeByUnix, 2) + bytesOf(version, 2) + commonFields(entry, entry.path) +
+                     bytesOf(0, 6) + bytesOf(std::uint64_t{entry.unixMode} << 16, 4) + bytesOf(zip.size(), 4) +
+                     entry.path + entry.extra;
+        const std::string& localPath = entry.localPath.empty() ? entry.path : entry.localPath;
+        zip += "PK\3\4" + bytesOf(version, 2) + commonFields(entry, localPath) + localPath + entry.extra +
+               entry.content + entry.after;
     }
-    std::string end = "PK\5\6";
-    put32(end, 0);
-    put16(end, entries.size());
-    put16(end, entries.size());
-    put32(end, directory.size());
-    put32(end, zip.size());
-    put16(end, 0);
+    const std::string end = "PK\5\6" + bytesOf(0, 4) + bytesOf(entries.size(), 2) + bytesOf(entries.size(), 2) +
+                            bytesOf(directory.size(), 4) + bytesOf(zip.size(), 4) + bytesOf(0, 2);
     return zip + directory + end;
 }
 

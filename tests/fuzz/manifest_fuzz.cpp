@@ -2,6 +2,7 @@
 // as itself.
 
 #include "vrlkrt/archive/manifest.h"
+#include "vrlkrt/archive/printable.h"
 
 #include "vrlbase/exceptions.h"
 
@@ -19,10 +20,8 @@ void readBack(Parse parse) {
             std::abort();
         }
     } catch (const Norvane::vrl::vrlBaseException& refusal) {
-        for (const char* c = refusal.what(); *c != '\0'; ++c) {
-            if (*c < ' ' || *c > '~') {
-                std::abort();
-            }
+        if (vrlkrt::printable(refusal.what()) != refusal.what()) {
+            std::abort();
         }
     }
 }

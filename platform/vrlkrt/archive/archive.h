@@ -1,12 +1,14 @@
 #pragma once
 
 #include "vrlkrt/archive/manifest.h"
+#include "vrlkrt/archive/zipdirectory.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vrlkrt {
 
@@ -61,6 +63,7 @@ private:
 
     std::shared_ptr<const std::string> bytes_;
     ArchiveLimits limits_;
+    std::vector<ZipEntry> entries_;  ///< their contents are in bytes_
     std::string digest_;
     std::string manifestBytes_;
     Manifest manifest_;

@@ -9,16 +9,6 @@ namespace vrlkrt {
 constexpr std::size_t maxEntryPathLength = 1024;
 constexpr std::size_t maxEntryComponentLength = 255;
 
-/// Text from an archive made fit for a message: printable ASCII, the rest as '?', cut when it is long.
-inline std::string printableText(std::string_view text) {
-    constexpr std::size_t longest = 400;
-    std::string result(text.substr(0, longest));
-    for (char& c : result) {
-        c = c < ' ' || c > '~' ? '?' : c;
-    }
-    return text.size() > longest ? result + "..." : result;
-}
-
 /// What is wrong with one component of an entry's path; "" when nothing is.
 inline std::string entryComponentProblem(std::string_view component) {
     if (component.empty()) {

@@ -1,11 +1,11 @@
 #include "vrlkrt/kpaextractor.h"
 
 #include "vrlkrt/archive/archive.h"
-#include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/archivesource.h"
 #include "vrlkrt/archive/componentcache.h"
 #include "vrlkrt/archive/extraction.h"
 #include "vrlkrt/archive/platformpath.h"
+#include "vrlkrt/archive/printable.h"
 
 #include "vrlbase/exceptions.h"
 #include "vrlbase/operation.h"
@@ -39,7 +39,8 @@ public:
 
     std::shared_ptr<const std::string> bytes() override {
         throw vrlBaseException("There is no archive of the component" +
-                               (component_.empty() ? std::string() : " '" + printableText(component_) + "'") + ".");
+                               (component_.empty() ? std::string() : " '" + printable(component_, longestQuote) + "'") +
+                               ".");
     }
 
 private:

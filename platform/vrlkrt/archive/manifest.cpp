@@ -2,6 +2,7 @@
 
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/printable.h"
 
 #include "vrlbase/exceptions.h"
 
@@ -26,7 +27,7 @@ constexpr int maxCount = 65535;
 enum class Form { author, packed };
 
 [[noreturn]] void fail(const std::string& problem) {
-    throw Norvane::vrl::vrlBaseException("component.json: " + printableText(problem) + ".");
+    throw Norvane::vrl::vrlBaseException("component.json: " + printable(problem, longestQuote) + ".");
 }
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
