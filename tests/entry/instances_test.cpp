@@ -4,6 +4,7 @@
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace nativevrl::test {
@@ -159,13 +160,32 @@ TEST_F(Instances, AnExceptionOfTheStreamStands) {
     expectThrown(env, "java/io/IOException", "the stream broke");
 }
 
+/// Adds to a little-endian number of an archive.
+void addTo(std::vector<jbyte>& bytes, std::size_t position, std::size_t width, std::size_t addend) {
+    for (std::size_t i = 0; i < width; ++i) {
+        addend += static_cast<std::uint8_t>(bytes[position + i]);
+        bytes[position + i] = static_cast<jbyte>(addend);
+        addend >>= 8U;
+    }
+}
+
+/// An extra field of the directory's last entry makes the archive a whole number of chunks.
+void padTo(std::vector<jbyte>& archive, std::size_t chunk) {
+    constexpr std::size_t endRecord = 22;
+    const std::size_t size = 2 * chunk - archive.size() % chunk;
+    const std::string signature = "PK\1\2";
+    const auto last = std::find_end(archive.begin(), archive.end(), signature.begin(), signature.end());
+    addTo(archive, static_cast<std::size_t>(last - archive.begin()) + 30, 2, size);
+    std::vector<jbyte> field{'u', 'x', 0, 0};
+    field.resize(size);
+    addTo(field, 2, 2, size - 4);
+    archive.insert(archive.end() - endRecord, field.begin(), field.end());
+    addTo(archive, archive.size() - endRecord + 12, 4, size);
+}
+
 TEST_F(Instances, AnArchiveIsReadToItsLengthAndNoFurther) {
     constexpr std::size_t chunk = 4096;
-    // A comment, whose length stands in the last two bytes, makes the archive a whole number of chunks.
-    const std::size_t comment = chunk - archive.size() % chunk;
-    archive[archive.size() - 2] = static_cast<jbyte>(comment);
-    archive[archive.size() - 1] = static_cast<jbyte>(comment >> 8U);
-    archive.resize(archive.size() + comment);
+    padTo(archive, chunk);
     std::vector<jbyte> longer = archive;
     longer.insert(longer.end(), 100000, 1);
     for (const auto& [pieces, reads] :
