@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "componentrun.h"
+#include "files.h"
 #include "packing.h"
 #include "values.h"
 
@@ -11,8 +12,12 @@
 #include "vrlkrt/archive/manifest.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -83,6 +88,10 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
     writeComponent(folder);
     writeText(folder / "text.kpa", "no archive");
     writeText(folder / "damaged.kpa", damagedArchive());
+    fs::create_directory(folder / "p");
+    ASSERT_EQ(mkfifo((folder / "p/pipe").c_str(), 0600), 0);
+    writeText(folder / "sparse", "");
+    fs::resize_file(folder / "sparse", std::uintmax_t{6} << 30);
     const std::string c = folder / "c";
     const std::string o = folder / "o.kpa";
     const std::string text = folder / "text.kpa";
@@ -106,9 +115,16 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
         {2, "kpa call: 'x' in the matrix [1 x] is not a number\n", {"call", "x.kpa", "f", "[1 x]"}},
         {1, "kpa pack: there is no library for any platform", {"pack", c, "-o", o}},
         {1, "/no is not a folder\n", {"pack", folder / "no", "-o", o}},
+        {1, "/pipe is not a file\n", {"pack", folder / "p", "-o", o, library}},
         {1, "/y.so: No such file or directory\n", {"pack", c, "-o", o, absent}},
         {1, "kpa pack: can't write", {"pack", c, "-o", folder / "no/o.kpa", library}},
         {1, "kpa list: can't read", {"list", folder / "no.kpa"}},
+        {1, "kpa list: can't read /dev/zero: it is not a file\n", {"list", "/dev/zero"}},
+        {1, "pipe: it is not a file\n", {"list", folder / "p/pipe"}},
+        {1, ": it is a folder\n", {"verify", c}},
+        {1, "sparse: it has 6442450944 bytes, and 2147483648 are allowed\n", {"list", folder / "sparse"}},
+        {1, "/\\x1b[2J\\u202e: No such file or directory\n", {"list", folder / "\x1B[2J\xE2\x80\xAE"}},
+        {2, "kpa: there is no command '\\x1b[2J'", {"\x1B[2J"}},
         {1, "kpa list: The archive is not a zip file.\n", {"list", text}},
         {1, "Archive entry 'lib/x.so': its content does not match its SHA-256", {"verify", folder / "damaged.kpa"}},
         {1, "has no function \"shuot\"; did you mean shout\n", {"call", showcase, "shuot"}},
@@ -147,6 +163,49 @@ TEST(KpaTool, PacksListsAndVerifies) {
                               vrlkrt::hostPlatform() + "/x.so\nfiles:\n           3  data/a.txt\n           7  lib/" +
                               vrlkrt::hostPlatform() + "/x.so\n");
     EXPECT_EQ(kpaIn(folder, {"verify", out}).out, out + ": whole (2 files, 10 bytes)\n");
+}
+
+TEST(KpaTool, ShowsHarmlessText) {
+    const TestFolder folder;
+    CraftedComponent component;
+    nlohmann::json manifest = nlohmann::json::parse(component.defaultManifest());
+    manifest["functions"][0]["help"] =
+        "a\xC2\x9B"
+        "2J\xE2\x80\xAE"
+        "b\xE2\x80\xA8";
+    component.manifest = manifest.dump();
+    writeText(folder / "x.kpa", component.zip());
+    const std::string listed = kpaIn(folder, {"list", folder / "x.kpa"}).out;
+    EXPECT_NE(listed.find("  twice  a\\u009b2J\\u202eb\\u2028\n"), std::string::npos) << listed;
+}
+
+TEST(KpaTool, WritesTheArchiveAtItsPlaceOrNotAtAll) {
+    const TestFolder folder;
+    writeText(folder / "victim", "untouched");
+    fs::create_directory(folder / "full");
+    fs::create_symlink(folder / "victim", folder / "o.kpa");
+    kpa::writeFile(folder / "o.kpa", "archive");
+    EXPECT_EQ(readText(folder / "victim"), "untouched");
+    EXPECT_FALSE(fs::is_symlink(folder / "o.kpa"));
+    EXPECT_EQ(readText(folder / "o.kpa"), "archive");
+    struct stat made {};
+    const mode_t mask = umask(027);
+    kpa::writeFile(folder / "masked", "x");
+    umask(mask);
+    ASSERT_EQ(stat((folder / "masked").c_str(), &made), 0);
+    EXPECT_EQ(made.st_mode & 0777U, 0640U);
+
+    writeText(folder / "full/inner/x", "");
+    EXPECT_THROW(kpa::writeFile(folder / "full/inner", "x"), kpa::FileFailure);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{1000, limit.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_THROW(kpa::writeFile(folder / "full/x", std::string(5000, 'x')), kpa::FileFailure);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    signal(SIGXFSZ, SIG_DFL);
+    EXPECT_EQ(namesIn(folder / "full"), "inner ");
 }
 
 TEST(KpaTool, PacksTheSameInputToTheSameBytes) {

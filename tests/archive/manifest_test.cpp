@@ -3,6 +3,7 @@
 
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/manifest.h"
+#include "vrlkrt/archive/printable.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -102,6 +103,22 @@ TEST(Manifest, TellsWhereJsonIsBad) {
               "component.json: the top must be an object, not array.");
 }
 
+TEST(Manifest, IsRefusedWhereReadersCouldDiffer) {
+    const std::string good = CraftedComponent().defaultManifest();
+    const std::string rest = good.substr(1);
+    const std::pair<std::string, const char*> table[] = {
+        {R"({"name": "other",)" + rest, "component.json: the member 'name' is there twice."},
+        {R"({"x": [{"a": 1, "\u0061": 2}],)" + rest, "component.json: the member 'a' is there twice."},
+        {R"({"sha256": {},)" + rest, "component.json: the member 'sha256' is there twice."},
+        {"\xEF\xBB\xBF" + good, "component.json: it has a NUL character or a byte order mark."},
+        {good + std::string("\0{}", 3), "component.json: it has a NUL character or a byte order mark."},
+        {R"({"x": {"a": 1, "b": {"a": 2}}, "y": {"a": 1},)" + rest, ""},
+    };
+    for (const auto& [text, failure] : table) {
+        EXPECT_EQ(failureOf([&, &manifest = text] { static_cast<void>(vrlkrt::parseManifest(manifest)); }), failure);
+    }
+}
+
 TEST(Manifest, MayNestAsDeepAsItLikes) {
     constexpr std::size_t depth = 400000;
     const std::string deep = std::string(depth, '[') + std::string(depth, ']');
@@ -118,6 +135,26 @@ TEST(Manifest, OfAnAuthorRefusesAMemberThatIsNotKnown) {
               "component.json: the member 'licence' is not known.");
     EXPECT_EQ(failure(R"({"name": "a", "version": "1", "functions": [{"name": "f", "simbol": "g"}]})"),
               "component.json: the member 'simbol' of functions[0] is not known.");
+}
+
+TEST(PrintableText, EscapesWhatATerminalObeys) {
+    const std::pair<std::string, const char*> table[] = {
+        {"gr\xC3\xBC\xC3\x9F, \xF0\x9F\x98\x80 'a\\b'", "gr\xC3\xBC\xC3\x9F, \xF0\x9F\x98\x80 'a\\b'"},
+        {std::string("\0\x1B]0;t\a\x7F\n\t", 10), "\\x00\\x1b]0;t\\x07\\x7f\\x0a\\x09"},
+        {"\xC2\x9B\xC2\x85\xC2\xA0", "\\u009b\\u0085\xC2\xA0"},
+        {"a\xE2\x80\xAE b\xE2\x81\xA6\xE2\x80\xA8\xD8\x9C\xEF\xBB\xBF", "a\\u202e b\\u2066\\u2028\\u061c\\ufeff"},
+        {"\xF3\xA0\x81\x81", "\\U000e0041"},
+        {"\xC0\xAF|\x9B|\xC3|\xED\xA0\x80", "\\xc0\\xaf|\\x9b|\\xc3|\\xed\\xa0\\x80"},
+        {"\xE2\x80", "\\xe2\\x80"},
+        {"\xF4\x90\x80\x80\xFF", "\\xf4\\x90\\x80\\x80\\xff"},
+    };
+    for (const auto& [text, shown] : table) {
+        EXPECT_EQ(vrlkrt::printable(text), shown);
+        EXPECT_EQ(vrlkrt::printable(shown), shown);
+    }
+    EXPECT_EQ(vrlkrt::printable("abc", 3), "abc");
+    EXPECT_EQ(vrlkrt::printable("a\xC3\xBC", 2), "a...");
+    EXPECT_EQ(vrlkrt::printableLines("a\n\tb\r"), "a\n\tb\\x0d");
 }
 
 TEST(EntryPath, IsJudgedByTable) {

@@ -1,5 +1,5 @@
 #include "commands.h"
-#include "packing.h"
+#include "files.h"
 #include "values.h"
 
 #include "qx/unicode.h"
@@ -109,7 +109,7 @@ void runCall(const CommandLine& line) {
     for (std::size_t i = 2; i < line.operands.size(); ++i) {
         inputs.push_back(parseValue(line.operands[i]));
     }
-    const auto bytes = std::make_shared<const std::string>(readFile(line.operands[0]));
+    const auto bytes = std::make_shared<const std::string>(readArchiveFile(line.operands[0]));
     const int nargout = nargoutOf(line, vrlkrt::ComponentArchive(bytes).manifest());
     const RunningRuntime runtime;
     Instance instance(*bytes);

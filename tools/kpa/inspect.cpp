@@ -1,7 +1,8 @@
 #include "commands.h"
-#include "packing.h"
+#include "files.h"
 
 #include "vrlkrt/archive/archive.h"
+#include "vrlkrt/archive/printable.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace {
 
 vrlkrt::ComponentArchive openArchive(const CommandLine& line) {
     line.expectOperands(1, 1, {"the archive"});
-    return vrlkrt::ComponentArchive(std::make_shared<const std::string>(readFile(line.operands[0])));
+    return vrlkrt::ComponentArchive(std::make_shared<const std::string>(readArchiveFile(line.operands[0])));
 }
 
 void listFunctions(const vrlkrt::Manifest& manifest) {
@@ -25,7 +26,7 @@ void listFunctions(const vrlkrt::Manifest& manifest) {
     std::cout << "functions:\n";
     for (const vrlComponentFunction& function : manifest.functions) {
         std::cout << "  " << std::left << std::setw(static_cast<int>(width)) << function.name;
-        std::cout << (function.help.empty() ? "" : "  ") << function.help << "\n";
+        std::cout << (function.help.empty() ? "" : "  ") << vrlkrt::printable(function.help) << "\n";
     }
 }
 
@@ -56,8 +57,8 @@ void runVerify(const CommandLine& line) {
         bytes += file.second;
     }
     const std::size_t count = archive.files().size();
-    std::cout << line.operands[0] << ": whole (" << count << (count == 1 ? " file, " : " files, ") << bytes
-              << " bytes)\n";
+    std::cout << vrlkrt::printable(line.operands[0]) << ": whole (" << count << (count == 1 ? " file, " : " files, ")
+              << bytes << " bytes)\n";
 }
 
 }  // namespace kpa

@@ -1,6 +1,7 @@
 #include "commands.h"
 
 #include "vrlbase/vrlbase.h"
+#include "vrlkrt/archive/printable.h"
 
 #include <algorithm>
 #include <iostream>
@@ -71,7 +72,8 @@ void showHelp(std::ostream& stream) {
 }
 
 int usageFailure(const std::string& problem, const std::string& command) {
-    std::cerr << "kpa" << command << ": " << problem << "\nTry 'kpa" << command << " --help'.\n";
+    std::cerr << "kpa" << command << ": " << vrlkrt::printableLines(problem) << "\nTry 'kpa" << command
+              << " --help'.\n";
     return exitUsage;
 }
 
@@ -88,12 +90,12 @@ int runCommand(const Command& command, const std::vector<std::string>& words) {
     } catch (const UsageError& error) {
         return usageFailure(error.what(), std::string(" ") + command.name);
     } catch (const Norvane::vrl::vrlBaseException& error) {
-        std::cerr << prefix << error.what() << "\n";
+        std::cerr << prefix << vrlkrt::printableLines(error.what()) << "\n";
         for (const std::string& line : createStackStrings(error.getStack())) {
-            std::cerr << "    " << line << "\n";
+            std::cerr << "    " << vrlkrt::printable(line) << "\n";
         }
     } catch (const std::exception& error) {
-        std::cerr << prefix << error.what() << "\n";
+        std::cerr << prefix << vrlkrt::printableLines(error.what()) << "\n";
     }
     return exitFailure;
 }

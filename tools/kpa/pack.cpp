@@ -1,7 +1,9 @@
 #include "commands.h"
+#include "files.h"
 #include "packing.h"
 
 #include "vrlkrt/archive/manifest.h"
+#include "vrlkrt/archive/printable.h"
 
 #include <filesystem>
 #include <iostream>
@@ -42,7 +44,7 @@ void runPack(const CommandLine& line) {
     }
     const std::string bytes = packFolder(line.operands[0], librariesOf(line), output);
     writeFile(output, bytes);
-    std::cout << output << ": " << bytes.size() << " bytes\n";
+    std::cout << vrlkrt::printable(output) << ": " << bytes.size() << " bytes\n";
 }
 
 }  // namespace kpa

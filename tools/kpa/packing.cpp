@@ -1,5 +1,6 @@
 #include "packing.h"
 
+#include "files.h"
 #include "zipwriter.h"
 
 #include "krt/component.h"
@@ -8,13 +9,7 @@
 #include "vrlkrt/archive/digest.h"
 #include "vrlkrt/archive/manifest.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
@@ -27,32 +22,42 @@ namespace fs = std::filesystem;
 /// Entry path to content.
 using Files = std::map<std::string, std::string>;
 
-std::string systemError(const std::string& what, const std::string& path) {
-    return what + " " + path + ": " + std::strerror(errno);
+std::string readComponentFile(const std::string& path) { return readFile(path, vrlkrt::ArchiveLimits().fileBytes); }
+
+/// The path that an item of the folder gets in the archive.
+std::string entryPathOf(const fs::directory_entry& item, const std::string& folder) {
+    const std::string path = item.path().lexically_relative(folder).generic_string();
+    if (item.is_symlink()) {
+        throw FileFailure("", item.path().string(), " is a link; an archive holds files only");
+    }
+    if (!item.is_regular_file()) {
+        throw FileFailure("", item.path().string(), " is not a file");
+    }
+    if (const std::string problem = vrlkrt::entryPathProblem(path); !problem.empty()) {
+        throw FileFailure("", item.path().string(), " can't be packed: " + problem);
+    }
+    return path;
 }
 
 Files collectFiles(const std::string& folder, const std::string& skippedFile) {
     if (!fs::is_directory(folder)) {
-        throw std::runtime_error(folder + " is not a folder");
+        throw FileFailure("", folder, " is not a folder");
     }
     std::error_code missing;
+    std::uint64_t total = 0;
+    const std::uint64_t limit = vrlkrt::ArchiveLimits().totalBytes;
     Files files;
     for (const fs::directory_entry& item : fs::recursive_directory_iterator(folder)) {
-        const std::string path = item.path().lexically_relative(folder).generic_string();
-        if (item.is_symlink()) {
-            throw std::runtime_error(item.path().string() + " is a link; an archive holds files only");
-        }
-        if (item.is_directory() || (!skippedFile.empty() && fs::equivalent(item.path(), skippedFile, missing))) {
+        const bool isFolder = item.is_directory() && !item.is_symlink();
+        if (isFolder || (!skippedFile.empty() && fs::equivalent(item.path(), skippedFile, missing))) {
             continue;
         }
-        if (!item.is_regular_file()) {
-            throw std::runtime_error(item.path().string() + " is not a file");
+        std::string& content = files[entryPathOf(item, folder)];
+        content = readComponentFile(item.path().string());
+        total += content.size();
+        if (total > limit) {
+            throw FileFailure("", folder, " has more than the " + std::to_string(limit) + " bytes that are allowed");
         }
-        const std::string problem = vrlkrt::entryPathProblem(path);
-        if (!problem.empty()) {
-            throw std::runtime_error(item.path().string() + " can't be packed: " + problem);
-        }
-        files[path] = readFile(item.path().string());
     }
     return files;
 }
@@ -66,9 +71,9 @@ void addLibraries(Files& files, vrlkrt::Manifest& manifest, const std::map<std::
                                      " already: " + manifest.libraries[platform]);
         }
         if (const std::string problem = vrlkrt::entryPathProblem(entry); !problem.empty()) {
-            throw std::runtime_error(library.second + " can't be packed as " + entry + ": " + problem);
+            throw FileFailure("", library.second, " can't be packed as the library for " + platform + ": " + problem);
         }
-        if (!files.emplace(entry, readFile(library.second)).second) {
+        if (!files.emplace(entry, readComponentFile(library.second)).second) {
             throw std::runtime_error("the folder has a file " + entry + ", where the library for " + platform +
                                      " would go");
         }
@@ -80,38 +85,12 @@ void addLibraries(Files& files, vrlkrt::Manifest& manifest, const std::map<std::
 
 }  // namespace
 
-std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::array<char, 65536> block;
-    std::string bytes;
-    while (file.read(block.data(), block.size()) || file.gcount() > 0) {
-        bytes.append(block.data(), static_cast<std::size_t>(file.gcount()));
-    }
-    if (!file.is_open() || file.bad()) {
-        throw std::runtime_error(systemError("can't read", path));
-    }
-    return bytes;
-}
-
-void writeFile(const std::string& path, const std::string& bytes) {
-    const std::string temporary = path + ".part" + std::to_string(getpid());
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file || std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const std::string problem = systemError("can't write", path);
-        std::error_code ignored;
-        fs::remove(temporary, ignored);
-        throw std::runtime_error(problem);
-    }
-}
-
 std::string packFolder(const std::string& folder, const std::map<std::string, std::string>& libraries,
                        const std::string& skippedFile) {
     Files files = collectFiles(folder, skippedFile);
     const auto author = files.find(vrlkrt::manifestEntry);
     if (author == files.end()) {
-        throw std::runtime_error(folder + " has no " + vrlkrt::manifestEntry);
+        throw FileFailure("", folder, std::string(" has no ") + vrlkrt::manifestEntry);
     }
     vrlkrt::Manifest manifest = vrlkrt::parseAuthorManifest(author->second);
     files.erase(author);

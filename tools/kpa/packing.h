@@ -12,10 +12,4 @@ namespace kpa {
 std::string packFolder(const std::string& folder, const std::map<std::string, std::string>& libraries,
                        const std::string& skippedFile);
 
-/// Writes a file so that either all of it is there or nothing: beside its place, then moved.
-void writeFile(const std::string& path, const std::string& bytes);
-
-/// The content of a file; throws std::runtime_error that names it.
-std::string readFile(const std::string& path);
-
 }  // namespace kpa

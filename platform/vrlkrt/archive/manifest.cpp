@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 
@@ -81,10 +82,33 @@ struct Place {
     }
 };
 
+/// Refuses an object that has a member twice, of which readers take one or the other. Sees the JSON as it is parsed.
+class MemberWatch {
+public:
+    bool operator()(int, Json::parse_event_t event, const Json& parsed) {
+        if (event == Json::parse_event_t::object_start) {
+            open_.emplace_back();
+        } else if (event == Json::parse_event_t::object_end) {
+            open_.pop_back();
+        } else if (event == Json::parse_event_t::key && !open_.back().insert(parsed.get<std::string>()).second) {
+            fail("the member '" + parsed.get<std::string>() + "' is there twice");
+        }
+        return true;
+    }
+
+private:
+    std::vector<std::set<std::string>> open_;  ///< members so far of the objects around the place, outermost first
+};
+
 Json parseJson(std::string_view text) {
+    // Either ends or starts the text for one reader and not for another.
+    if (text.find('\0') != std::string_view::npos || text.substr(0, 3) == "\xEF\xBB\xBF") {
+        fail("it has a NUL character or a byte order mark");
+    }
     Json json;
+    MemberWatch watch;
     try {
-        json = Json::parse(text.begin(), text.end());
+        json = Json::parse(text.begin(), text.end(), std::ref(watch));
     } catch (const Json::exception& error) {
         std::string what = error.what();
         const std::size_t tagEnd = what.find("] ");
