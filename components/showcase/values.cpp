@@ -116,6 +116,14 @@ KRT_FUNCTION(same) {
     out.set(0, in(0, "x"));
 }
 
+KRT_FUNCTION(gather) {
+    const auto count = static_cast<std::size_t>(in.count());
+    qxArray* cell = out.cell(0, 1, count);
+    for (std::size_t i = 0; i < count; ++i) {
+        krt::setCell(cell, i, in(static_cast<int>(i), "x"));
+    }
+}
+
 KRT_FUNCTION(fewer) { out.set(0, "the only one"); }
 
 KRT_FUNCTION(count) {

@@ -4,6 +4,10 @@ std::vector<std::string> createStackStrings(const std::vector<Norvane::vrl::vrlT
     std::vector<std::string> texts;
     texts.reserve(stack.size());
     for (const Norvane::vrl::vrlTAVRIXStackLine& line : stack) {
+        if (line.line == Norvane::vrl::vrlIdentifierLine) {
+            texts.push_back("identifier " + line.function);
+            continue;
+        }
         std::string text = "at " + line.function;
         if (!line.file.empty()) {
             text += " (" + line.file + (line.line > 0 ? ":" + std::to_string(line.line) : "") + ")";

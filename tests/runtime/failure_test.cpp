@@ -16,6 +16,7 @@ TEST(Failure, HasALineForEveryFunctionAndHelper) {
     TestInstance instance;
     const TestInstance::Failure failure = instance.failureOf("failOuter");
     EXPECT_EQ(failure.message, "it broke");
+    EXPECT_EQ(failure.identifier, "identifier test:deep");
     ASSERT_EQ(failure.stack.size(), 3U);
     EXPECT_EQ(withoutLine(failure.stack[0]), "at helper (functions.cpp)");
     EXPECT_EQ(withoutLine(failure.stack[1]), "at failInner (functions.cpp)");
@@ -30,6 +31,7 @@ TEST(Failure, OfAnyOtherExceptionKeepsTheFramesItPassed) {
     TestInstance instance;
     const TestInstance::Failure failure = instance.failureOf("fail_library");
     EXPECT_EQ(failure.message, "thrown by a library");
+    EXPECT_EQ(failure.identifier, "");
     ASSERT_EQ(failure.stack.size(), 2U);
     EXPECT_EQ(withoutLine(failure.stack[0]), "at libraryHelper (functions.cpp)");
     EXPECT_EQ(withoutLine(failure.stack[1]), "at fail_library (functions.cpp)");

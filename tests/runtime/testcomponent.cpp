@@ -82,7 +82,12 @@ TestInstance::Failure TestInstance::failureOf(const char* function, std::vector<
     try {
         call(function, nlhs, std::move(inputs));
     } catch (const Norvane::vrl::vrlBaseException& failure) {
-        return {failure.getErrorMessage(), createStackStrings(failure.getStack())};
+        Failure told{failure.getErrorMessage(), createStackStrings(failure.getStack()), ""};
+        if (!told.stack.empty() && told.stack.back().rfind("identifier ", 0) == 0) {
+            told.identifier = std::move(told.stack.back());
+            told.stack.pop_back();
+        }
+        return told;
     }
     return {};
 }

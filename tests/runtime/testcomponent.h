@@ -31,10 +31,12 @@ public:
     std::vector<qxArrayOwner> call(const char* function, int nlhs, std::vector<qxArray*> inputs = {});
     /// Runs a function for one result.
     qxArrayOwner call1(const char* function, std::vector<qxArray*> inputs = {});
-    /// Runs a function that fails; its message, and its stack as texts. Both empty when it does not fail.
+    /// Runs a function that fails; its message, its stack as texts, and the line of its identifier, which is taken off
+    /// the stack. All empty when it does not fail.
     struct Failure {
         std::string message;
         std::vector<std::string> stack;
+        std::string identifier;
     };
     Failure failureOf(const char* function, std::vector<qxArray*> inputs = {}, int nlhs = 1);
 

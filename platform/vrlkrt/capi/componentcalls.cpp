@@ -15,7 +15,9 @@ krtFailure* failureOf(const krtCall* call, const std::exception& failure) {
     const auto* function = dynamic_cast<const vrlkrt::FunctionException*>(&failure);
     const auto stack = [&] {
         std::vector<krtCall::Line> lines;
-        if (const auto* known = dynamic_cast<const vrlBaseException*>(&failure)) {
+        if (function != nullptr) {
+            lines = function->frames();
+        } else if (const auto* known = dynamic_cast<const vrlBaseException*>(&failure)) {
             lines = known->getStack();
         }
         if (call != nullptr) {

@@ -16,7 +16,29 @@ FailureHold outOfMemoryFailure() noexcept {
     return FailureHold(krtShareFailure(&failure));
 }
 
+namespace {
+
+using Lines = std::vector<Norvane::vrl::vrlTAVRIXStackLine>;
+
+Lines linesOf(const krtFailure& failure) {
+    Lines lines = failure.stack;
+    if (!failure.identifier.empty()) {
+        lines.push_back({failure.identifier, "", Norvane::vrl::vrlIdentifierLine});
+    }
+    return lines;
+}
+
+}  // namespace
+
 FunctionException::FunctionException(const krtFailure& failure)
-    : vrlBaseException(failure.message, failure.stack), identifier_(failure.identifier) {}
+    : vrlBaseException(failure.message, linesOf(failure)), identifier_(failure.identifier) {}
+
+Lines FunctionException::frames() const {
+    Lines lines = getStack();
+    if (!identifier_.empty()) {
+        lines.pop_back();
+    }
+    return lines;
+}
 
 }  // namespace vrlkrt

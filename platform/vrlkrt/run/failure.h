@@ -44,11 +44,13 @@ FailureHold makeFailure(const char* identifier, const char* message, const Stack
 }
 
 /// What an evaluation ends with when its function failed: the identifier goes along, for a component that called the
-/// function and looks at it.
+/// function and looks at it. Callers who see a vrlBaseException find it in the last line of the stack.
 class FunctionException : public Norvane::vrl::vrlBaseException {
 public:
     explicit FunctionException(const krtFailure& failure);
     const std::string& identifier() const noexcept { return identifier_; }
+    /// The stack without the line of the identifier.
+    std::vector<Norvane::vrl::vrlTAVRIXStackLine> frames() const;
 
 private:
     std::string identifier_;

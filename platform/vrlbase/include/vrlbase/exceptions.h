@@ -7,12 +7,15 @@
 
 namespace Norvane::vrl {
 
-/// One frame of a component's call stack, innermost first in a stack. `line` is one-based, 0 when not known.
+/// One frame of a component's call stack, innermost first in a stack. `line` is one-based, 0 when not known, and
+/// vrlIdentifierLine when `function` holds the identifier of the failure in place of a frame.
 struct vrlTAVRIXStackLine {
     std::string function;
     std::string file;
     int line = 0;
 };
+
+constexpr int vrlIdentifierLine = -1;
 
 /// A failure of the runtime, with the stack of the component functions that were running. Copies share what they
 /// tell, so that copying one takes no memory.

@@ -129,9 +129,9 @@ public final class NVCellArray {
         return 31 * Arrays.hashCode(dimensions) + Arrays.deepHashCode(elements);
     }
 
-    /** The extents, and the elements in column-major order. */
+    /** The extents, and the elements in column-major order, in one line. */
     @Override
     public String toString() {
-        return Shape.text(dimensions) + " cell " + Arrays.deepToString(elements);
+        return Shape.text(dimensions) + " cell " + Shape.list(elements);
     }
 }

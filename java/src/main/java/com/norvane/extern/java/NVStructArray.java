@@ -165,9 +165,9 @@ public final class NVStructArray {
         return 31 * (31 * Arrays.hashCode(dimensions) + Arrays.hashCode(fieldNames)) + Arrays.deepHashCode(values);
     }
 
-    /** The extents, the field names, and the values in the stored order. */
+    /** The extents, the field names, and the values in the stored order, in one line. */
     @Override
     public String toString() {
-        return Shape.text(dimensions) + " struct " + Arrays.toString(fieldNames) + " " + Arrays.deepToString(values);
+        return Shape.text(dimensions) + " struct " + Arrays.toString(fieldNames) + " " + Shape.list(values);
     }
 }

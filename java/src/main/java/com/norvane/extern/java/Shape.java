@@ -57,6 +57,11 @@ final class Shape {
         return product;
     }
 
+    /** Values in one line: the text of an array in native memory has a line end after each row. */
+    static String list(Object[] values) {
+        return Arrays.deepToString(values).replaceAll("\\R+(?=[,\\]])", "").replaceAll("\\R+", "; ");
+    }
+
     static String text(int[] dimensions) {
         StringBuilder text = new StringBuilder();
         for (int extent : dimensions) {

@@ -35,7 +35,7 @@ final class Arguments implements AutoCloseable {
             values.add(argument);
         } else if (argument instanceof NVArray) {
             values.add(argument);
-        } else if (JavaData.classify(argument) == null) {
+        } else if (Classification.of(argument) == null) {
             values.add(new NVJavaObjectRef(argument));
         } else {
             JavaData data = JavaData.of(argument);
@@ -45,7 +45,7 @@ final class Arguments implements AutoCloseable {
     }
 
     private void hold(NVBuiltinArray array) {
-        ValueTree.checkLevels(array.levels());
+        ValueTree.checkLevels(Slots.levels(array));
         array.handle().acquire();
         held.add(array);
         if (array.tree() != null) {

@@ -1,6 +1,7 @@
 package com.norvane.toolbox.loomkit;
 
 import com.norvane.toolbox.loomkit.internal.NVKRT;
+import java.util.Arrays;
 import java.util.function.IntSupplier;
 
 /** What the elements of an array are. */
@@ -70,9 +71,19 @@ public enum ClassId {
         return !signed;
     }
 
-    /** Whether elements are arrays themselves. */
+    /** Whether elements are arrays of any class, which may hold arrays again. */
     boolean isCompound() {
         return this == CELL || this == STRUCT;
+    }
+
+    /** Whether elements are arrays; the one of a function is its name. */
+    boolean hasSlots() {
+        return isCompound() || this == FUNCTION;
+    }
+
+    /** What one part of an element takes in memory; 0 for classes whose elements are no numbers, truths or units. */
+    int elementBytes() {
+        return this == LOGICAL ? 1 : this == CHAR ? Character.BYTES : numericBits / Byte.SIZE;
     }
 
     int numericBits() {
@@ -80,15 +91,26 @@ public enum ClassId {
     }
 
     int code() {
-        return code.getAsInt();
+        return Codes.BY_CLASS[ordinal()];
     }
 
+    /** A code that native code gives to no class stands for {@link #UNKNOWN}. */
     static ClassId ofCode(int code) {
-        for (ClassId id : values()) {
-            if (id.code() == code) {
-                return id;
+        return code >= 0 && code < Codes.BY_CODE.length ? Codes.BY_CODE[code] : UNKNOWN;
+    }
+
+    /** What native code calls the classes. Filled on first use, since the enum can be used without native code. */
+    private static final class Codes {
+        private static final int[] BY_CLASS = Arrays.stream(values()).mapToInt(id -> id.code.getAsInt()).toArray();
+        private static final ClassId[] BY_CODE = byCode();
+
+        private static ClassId[] byCode() {
+            ClassId[] table = new ClassId[Arrays.stream(BY_CLASS).max().orElse(0) + 1];
+            Arrays.fill(table, UNKNOWN);
+            for (ClassId id : values()) {
+                table[BY_CLASS[id.ordinal()]] = id;
             }
+            return table;
         }
-        return UNKNOWN;
     }
 }

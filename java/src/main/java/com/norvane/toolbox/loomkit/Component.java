@@ -36,9 +36,6 @@ public final class Component implements AutoCloseable {
     /** Archives up to here are read by native code straight from their stream. */
     private static final int SMALL_ARCHIVE = 1 << 24;
 
-    /** What the runtime says of an instance that ended before the call reached it. */
-    private static final String ENDED = "the component instance has been ended";
-
     private static final Cleaner CLEANER = Cleaner.create();
 
     /** The streams of a component, which native code asks for before it prints. */
@@ -59,11 +56,51 @@ public final class Component implements AutoCloseable {
 
     private final Instance instance;
     private final Streams streams;
+    private final String name;
+    private final String version;
 
+    /** Asks for the name while the component can be called, so that a closed one has it too. */
     private Component(Instance instance, Streams streams) {
         this.instance = instance;
         this.streams = streams;
         CLEANER.register(this, instance);
+        try (NVStructArray info = call1("krt.info").asStruct()) {
+            name = textOf(info.get("name"));
+            version = textOf(info.get("version"));
+        } catch (RuntimeException | Error failure) {
+            instance.close();
+            throw failure;
+        }
+    }
+
+    private static String textOf(NVArray array) {
+        try (NVCharArray text = array.asChar()) {
+            return text.toJavaString();
+        }
+    }
+
+    /**
+     * The name of the component, as its archive states it.
+     *
+     * @return the name, also when the component is closed
+     */
+    public String name() {
+        return name;
+    }
+
+    /**
+     * The version of the component, as its archive states it.
+     *
+     * @return such as {@code 1.0.0}, also when the component is closed
+     */
+    public String version() {
+        return version;
+    }
+
+    /** The name and the version, and whether the component is closed. */
+    @Override
+    public String toString() {
+        return name + " " + version + (isClosed() ? " (closed)" : "");
     }
 
     /**
@@ -213,19 +250,20 @@ public final class Component implements AutoCloseable {
         if (nargout < 0 || nargout > MAX_OUTPUTS) {
             throw new IllegalArgumentException("a function can't give " + nargout + " results");
         }
-        NativePtr pointer = instance.pointer();
         List<Object> results = Arrays.asList(new Object[nargout]);
+        NativePtr pointer = instance.acquire();
         try (Arguments arguments = new Arguments(args)) {
             List<Object> inputs = arguments.values();
             NVKRT.vrlFeval(
                     pointer, function, nargout, results.listIterator(), inputs.size(), inputs.listIterator());
         } catch (NVException failure) {
-            // Closed by another thread after the pointer was taken, and before any function ran.
-            if (instance.isClosed() && ENDED.equals(failure.getMessage()) && failure.getNativeStack().isEmpty()) {
+            // The runtime may have stopped before any function ran; one that runs has a line on the stack.
+            if (instance.isClosed() && failure.getNativeStack().isEmpty()) {
                 throw new IllegalStateException("the component is closed", failure);
             }
             throw failure;
         } finally {
+            instance.release();
             Reference.reachabilityFence(this);
         }
         return Arguments.resultsOf(results);
@@ -261,7 +299,7 @@ public final class Component implements AutoCloseable {
         try (NVCellArray names = columns[0].asCell();
                 NVCellArray helps = columns[1].asCell()) {
             for (int i = 0; i < names.numberOfElements(); i++) {
-                functions.put(textAt(names, i), textAt(helps, i));
+                functions.put(textOf(names.getAt(i)), textOf(helps.getAt(i)));
             }
         }
         return Collections.unmodifiableMap(functions);
@@ -281,12 +319,6 @@ public final class Component implements AutoCloseable {
             throw new IllegalArgumentException("the component has no function " + function);
         }
         return line;
-    }
-
-    private static String textAt(NVCellArray cell, int index) {
-        try (NVArray text = cell.getAt(index)) {
-            return text.asChar().toJavaString();
-        }
     }
 
     /**

@@ -8,6 +8,9 @@ final class Dimensions {
     /** Java arrays can't be nested deeper, so such an array could never be read. */
     static final int MAX_COUNT = 255;
 
+    /** What a Java array takes besides its elements, of which each takes a byte at least. */
+    private static final int BYTES_OF_JAVA_ARRAY = 16;
+
     private Dimensions() {}
 
     /** One-based subscripts, which native code compares with the extents by itself. */
@@ -55,6 +58,41 @@ final class Dimensions {
                                 + Integer.MAX_VALUE
                                 + " elements");
             }
+        }
+    }
+
+    /**
+     * @param level of a Java array inside another one, 0 being the outermost
+     * @throws IllegalArgumentException for a level that would make one dimension too many
+     */
+    static void checkLevel(int level) {
+        if (level >= MAX_COUNT) {
+            throw new IllegalArgumentException(
+                    "the array is nested more than " + MAX_COUNT + " levels deep, or contains itself");
+        }
+    }
+
+    /**
+     * Looks whether nested Java arrays can show an array, before native code makes the first of them: few bytes can
+     * stand for an array with a great many rows without elements, or for a sparse one.
+     *
+     * @throws UnsupportedOperationException for too many dimensions, or Java arrays that need more memory than there is
+     */
+    static void checkShowable(int[] extents) {
+        if (extents.length > MAX_COUNT) {
+            throw new UnsupportedOperationException(
+                    "no Java array has " + extents.length + " dimensions, only up to " + MAX_COUNT);
+        }
+        double arrays = 1;
+        double bytes = 0;
+        for (int extent : extents) {
+            bytes += arrays * (BYTES_OF_JAVA_ARRAY + extent);
+            arrays *= extent;
+        }
+        if (bytes > Runtime.getRuntime().maxMemory()) {
+            throw new UnsupportedOperationException(
+                    "the extents " + Arrays.toString(extents) + " make Java arrays of at least "
+                            + String.format("%.0f", bytes) + " bytes, more than this virtual machine may use");
         }
     }
 

@@ -1,5 +1,6 @@
 package com.norvane.toolbox.loomkit;
 
+import com.norvane.toolbox.loomkit.internal.NVKRT;
 import java.lang.reflect.Array;
 import java.util.Objects;
 import java.util.Set;
@@ -32,6 +33,31 @@ final class FlatData {
                     "the data has " + length + " elements where the array has " + count);
         }
         return copy;
+    }
+
+    /**
+     * A dense array from elements in storage order.
+     *
+     * @param imaginary null for a real array
+     * @throws IllegalArgumentException for extents that make no array, or data of another type or length
+     */
+    static NVBuiltinArray make(int[] dimensions, ClassId classId, Object real, Object imaginary) {
+        int[] extents = Dimensions.checked(dimensions);
+        int count = Dimensions.count(extents);
+        Object realData = checked(real, classId, count);
+        Object imaginaryData = imaginary == null ? null : checked(imaginary, classId, count);
+        Complexity complexity = imaginary == null ? Complexity.REAL : Complexity.COMPLEX;
+        return Wrappers.made(
+                NVKRT.qxCreateNumericArray(extents, realData, imaginaryData, classId.code(), complexity.code()));
+    }
+
+    /** Stores one part of all elements, of a sparse array that of all stored ones. */
+    static void store(NVBuiltinArray array, Object flat, boolean real) {
+        array.write(
+                pointer -> {
+                    int count = NVKRT.qxGetNumberOfNonZeros(pointer);
+                    NVKRT.qxSetData(pointer, checked(flat, array.classId(), count), real);
+                });
     }
 
     private static boolean accepts(ClassId target, Object data) {

@@ -4,37 +4,67 @@ import com.norvane.toolbox.loomkit.internal.NVKRT;
 import com.norvane.toolbox.loomkit.internal.NativePtr;
 import java.util.Set;
 import java.util.concurrent.ConcurrentHashMap;
-import java.util.concurrent.atomic.AtomicBoolean;
 
 /**
- * Owns the native instance of a component: it ends with the component, with the runtime, or after the component has
- * become unreachable, whichever comes first. A call that is under way keeps what it needs by itself.
+ * Owns the native instance of a component. It ends once: when the component was closed and no call uses it any more,
+ * when the runtime stops, or after the component has become unreachable, whichever comes first.
  */
 final class Instance implements Runnable {
-    private static final Set<Instance> OPEN = ConcurrentHashMap.newKeySet();
+    private static final Set<Instance> LIVE = ConcurrentHashMap.newKeySet();
 
     private final NativePtr pointer;
-    private final AtomicBoolean closed = new AtomicBoolean();
+    private int users;
+    private boolean closed;
 
     Instance(NativePtr pointer) {
         this.pointer = pointer;
-        OPEN.add(this);
+        LIVE.add(this);
     }
 
-    NativePtr pointer() {
-        if (closed.get()) {
+    /** Keeps the instance alive until the matching {@link #release}, unless the runtime stops. */
+    synchronized NativePtr acquire() {
+        if (closed) {
             throw new IllegalStateException("the component is closed");
         }
+        users++;
         return pointer;
     }
 
-    boolean isClosed() {
-        return closed.get();
+    void release() {
+        if (isLastUse()) {
+            end();
+        }
+    }
+
+    private synchronized boolean isLastUse() {
+        users--;
+        return closed && users == 0;
+    }
+
+    synchronized boolean isClosed() {
+        return closed;
     }
 
     void close() {
-        if (closed.compareAndSet(false, true)) {
-            OPEN.remove(this);
+        if (closeUnused()) {
+            end();
+        }
+    }
+
+    private synchronized boolean closeUnused() {
+        closed = true;
+        return users == 0;
+    }
+
+    /** The runtime lets a function that is under way run to its end, and refuses a call that has not reached it yet. */
+    private void closeAtOnce() {
+        closeUnused();
+        end();
+    }
+
+    /** Outside of the monitor: the end of a component may run code of its own. */
+    private void end() {
+        if (LIVE.remove(this)) {
             NVKRT.vrlTerminateInstance(pointer);
         }
     }
@@ -46,6 +76,6 @@ final class Instance implements Runnable {
     }
 
     static void closeAll() {
-        OPEN.forEach(Instance::close);
+        LIVE.forEach(Instance::closeAtOnce);
     }
 }

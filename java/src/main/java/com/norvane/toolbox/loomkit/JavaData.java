@@ -1,7 +1,5 @@
 package com.norvane.toolbox.loomkit;
 
-import static java.util.Map.entry;
-
 import com.norvane.extern.java.NVCellArray;
 import com.norvane.extern.java.NVStructArray;
 import java.util.ArrayList;
@@ -14,26 +12,6 @@ import java.util.Map;
  * was checked. Native code neither guards against data that contains itself nor against sizes beyond 32 bits.
  */
 final class JavaData implements AutoCloseable {
-    private static final Map<Class<?>, ClassId> CLASS_OF_LEAF =
-            Map.ofEntries(
-                    entry(boolean.class, ClassId.LOGICAL),
-                    entry(Boolean.class, ClassId.LOGICAL),
-                    entry(char.class, ClassId.CHAR),
-                    entry(Character.class, ClassId.CHAR),
-                    entry(String.class, ClassId.CHAR),
-                    entry(double.class, ClassId.DOUBLE),
-                    entry(Double.class, ClassId.DOUBLE),
-                    entry(float.class, ClassId.SINGLE),
-                    entry(Float.class, ClassId.SINGLE),
-                    entry(byte.class, ClassId.INT8),
-                    entry(Byte.class, ClassId.INT8),
-                    entry(short.class, ClassId.INT16),
-                    entry(Short.class, ClassId.INT16),
-                    entry(int.class, ClassId.INT32),
-                    entry(Integer.class, ClassId.INT32),
-                    entry(long.class, ClassId.INT64),
-                    entry(Long.class, ClassId.INT64));
-
     /** How often the parts of a cell or struct may be shared on average, unless it is small all the same. */
     private static final long MAX_SHARING = 8;
 
@@ -50,7 +28,7 @@ final class JavaData implements AutoCloseable {
     }
 
     /**
-     * @param data of a class that {@link #classify} knows
+     * @param data of a class that {@link Classification#of} knows
      * @throws IllegalArgumentException for data that is nested too deeply, contains itself, is too large, or has cells
      *     or fields that are no plain data
      */
@@ -78,50 +56,6 @@ final class JavaData implements AutoCloseable {
     /** How deeply cells and structs are nested in it; 0 when it is neither. */
     int levels() {
         return levels;
-    }
-
-    /** The class that native code gives to data, or null when it takes the data for no array at all. */
-    static ClassId classify(Object data) {
-        if (data == null) {
-            return ClassId.DOUBLE;
-        }
-        if (data instanceof NVStructArray) {
-            return ClassId.STRUCT;
-        }
-        if (data instanceof NVCellArray) {
-            return ClassId.CELL;
-        }
-        return classifyNested(data);
-    }
-
-    /**
-     * The first element alone decides, however deep it lies. Where it is missing, the type of the array that lacks it
-     * decides; a null in an array of no stated type makes text.
-     */
-    static ClassId classifyNested(Object data) {
-        Object element = data;
-        ClassId stated = null;
-        for (int depth = 0; element instanceof Object[]; depth++) {
-            NestedCopy.checkDepth(depth);
-            Object[] array = (Object[]) element;
-            stated = CLASS_OF_LEAF.get(leafType(array.getClass()));
-            if (array.length == 0) {
-                return stated;
-            }
-            element = array[0];
-        }
-        if (element == null) {
-            return stated == null ? ClassId.CHAR : stated;
-        }
-        return CLASS_OF_LEAF.get(leafType(element.getClass()));
-    }
-
-    static Class<?> leafType(Class<?> type) {
-        Class<?> leaf = type;
-        while (leaf.isArray()) {
-            leaf = leaf.getComponentType();
-        }
-        return leaf;
     }
 
     /** A copy of a cell or struct, how deeply it is nested, and how many slots it has when written out. */
@@ -154,6 +88,7 @@ final class JavaData implements AutoCloseable {
             return copied;
         }
 
+        /** {@code depth} counts the cells and structs around the data. */
         private Copied copy(Object data, int depth) {
             Copied known = seen.get(data);
             if (known != null) {
@@ -165,10 +100,14 @@ final class JavaData implements AutoCloseable {
             if (data instanceof NVStructArray) {
                 return copyAll(data, ((NVStructArray) data).getFlatArray(), depth + 1);
             }
-            if (data instanceof NVBuiltinArray) {
+            if (data instanceof NVBuiltinArray && depth == 0) {
                 return copyArray((NVBuiltinArray) data);
             }
-            if (classify(data) == null) {
+            if (data instanceof NVBuiltinArray) {
+                throw new IllegalArgumentException(
+                        "an " + data.getClass().getSimpleName() + " can't be put into a pure Java cell or struct");
+            }
+            if (Classification.of(data) == null) {
                 throw new IllegalArgumentException(
                         "a " + data.getClass().getTypeName() + " can't be put into a cell or struct");
             }
@@ -177,7 +116,7 @@ final class JavaData implements AutoCloseable {
 
         /** The copy is nobody else's to close, change or nest while native code reads it. */
         private Copied copyArray(NVBuiltinArray array) {
-            int levels = array.levels();
+            int levels = Slots.levels(array);
             ValueTree.checkLevels(levels);
             NVBuiltinArray copy = array.duplicate();
             copies.add(copy);

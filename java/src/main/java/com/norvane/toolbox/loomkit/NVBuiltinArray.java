@@ -8,7 +8,6 @@ import java.io.Serializable;
 import java.lang.ref.Reference;
 import java.util.Arrays;
 import java.util.Objects;
-import java.util.function.BiFunction;
 import java.util.function.Consumer;
 import java.util.function.Function;
 
@@ -42,7 +41,12 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * fails, the array is still the caller's.
      */
     NVBuiltinArray(NativePtr pointer) {
-        classId = ClassId.ofCode(NVKRT.qxGetClassID(pointer));
+        this(pointer, Wrappers.classOf(pointer));
+    }
+
+    /** As the other one, for a caller who has asked for the class. */
+    NVBuiltinArray(NativePtr pointer, ClassId classId) {
+        this.classId = classId;
         sparse = NVKRT.qxIsSparse(pointer);
         tree = sparse || classId.isCompound() ? new ValueTree() : null;
         handle = new ArrayHandle(this, pointer);
@@ -65,13 +69,13 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         if (data instanceof NVBuiltinArray) {
             return ((NVBuiltinArray) data).duplicate();
         }
-        if (JavaData.classify(data) == null) {
+        if (Classification.of(data) == null) {
             throw new IllegalArgumentException("no array can be made from a " + data.getClass().getTypeName());
         }
         try (JavaData checked = JavaData.of(data)) {
             NativePtr made = NVKRT.qxObject2qxArray(checked.value(), null, 0, Complexity.REAL.code());
             NVBuiltinArray array = Wrappers.made(made);
-            array.isNested(checked.levels());
+            array.stateLevels(checked.levels());
             return array;
         }
     }
@@ -83,13 +87,10 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @param form what {@link #serialize} gave
      * @return a new array, of the subclass that fits
      * @throws IllegalArgumentException for bytes that are no such form
+     * @throws OutOfMemoryError when there is no memory for the array
      */
     public static NVBuiltinArray deserialize(byte[] form) {
-        NativePtr pointer = NVKRT.qxDeserialize(Objects.requireNonNull(form, "form").clone());
-        if (pointer == null || pointer.get() == 0) {
-            throw new IllegalArgumentException("the bytes are not the serialised form of an array");
-        }
-        return Wrappers.of(pointer);
+        return SerialForm.read(Objects.requireNonNull(form, "form").clone());
     }
 
     /** The native array, for native code that this array was given to. */
@@ -116,11 +117,17 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         depth = depthInTree;
     }
 
-    /** States the levels of a new array, which spares measuring them. */
-    final void isNested(int levels) {
+    /** States how deeply this array, which is no view of an element, is nested: that spares measuring it. */
+    final void stateLevels(int levels) {
         if (tree != null) {
             tree.setLevels(levels);
         }
+    }
+
+    /** What was stated, as an upper bound; below 0 when nothing was. For a cell or struct. */
+    final int levelsIfStated() {
+        int stated = tree.levels();
+        return stated < 0 ? stated : stated - depth;
     }
 
     /**
@@ -196,22 +203,6 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
         } finally {
             Reference.reachabilityFence(this);
         }
-    }
-
-    /** An upper bound on how deeply cells and structs are nested in this array; 0 for other classes. */
-    final int levels() {
-        if (!classId.isCompound()) {
-            return 0;
-        }
-        int known = tree.levels();
-        if (known >= 0) {
-            return known - depth;
-        }
-        int measured = read(pointer -> Slots.measureLevels(this, ValueTree.MAX_LEVELS + 1));
-        if (depth == 0) {
-            tree.setLevels(measured);
-        }
-        return measured;
     }
 
     /**
@@ -340,22 +331,15 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * array, {@code double[1][1]} for a scalar, {@code double[0][]} for a 0-by-n array. Unsigned integers keep their
      * bits in the signed type of their width. Sparse arrays come out full. A cell gives {@link NVArray} elements that
      * share data with it, as {@link NVCellArray#get} does; each is the caller's to close. A struct gives a
-     * {@link com.norvane.extern.java.NVStructArray} with such elements as its values.
+     * {@link com.norvane.extern.java.NVStructArray} with such elements as its values, from which
+     * {@link NVStructArray#of(com.norvane.extern.java.NVStructArray)} makes a struct again.
      *
      * @return a new nested array, or a new struct value
-     * @throws UnsupportedOperationException for a class without a Java type, or more dimensions than a Java array has
+     * @throws UnsupportedOperationException for a class without a Java type, more than 255 dimensions, or extents that
+     *     no Java array of this virtual machine's memory can show
      */
     public Object toObject() {
-        int count = numberOfDimensions();
-        if (count > Dimensions.MAX_COUNT) {
-            throw new UnsupportedOperationException("no Java array has " + count + " dimensions");
-        }
-        return read(
-                pointer -> {
-                    Object nested = NVKRT.qxArray2ObjectArray(pointer, true);
-                    Slots.joinAll(nested, this);
-                    return nested;
-                });
+        return Reads.natural(this, true);
     }
 
     /**
@@ -366,14 +350,9 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
     public NVBuiltinArray duplicate() {
         NVBuiltinArray copy = Wrappers.made(read(NVKRT::qxDuplicateArray));
         if (tree != null) {
-            copy.isNested(levelsIfKnown());
+            copy.stateLevels(levelsIfStated());
         }
         return copy;
-    }
-
-    private int levelsIfKnown() {
-        int known = tree.levels();
-        return known < 0 ? known : known - depth;
     }
 
     /**
@@ -394,14 +373,10 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @return a new array of bytes
      * @throws UnsupportedOperationException for an array that has no such form: one that holds a Java object, or would
      *     make more bytes than a Java array can hold
+     * @throws OutOfMemoryError when there is no memory for the form
      */
     public final byte[] serialize() {
-        byte[] form = read(NVKRT::qxSerialize);
-        if (form.length == 0 && classId != ClassId.UNKNOWN) {
-            throw new UnsupportedOperationException(
-                    "this array of class " + classId + " holds a Java object, or is too large to be serialised");
-        }
-        return form;
+        return SerialForm.of(this);
     }
 
     /** Whether closed already. Closing twice is harmless. */
@@ -421,23 +396,29 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
 
     /**
      * Whether another object is an array with the same class, extents, storage form and elements. NaN equals NaN,
-     * while 0.0 and -0.0 differ.
+     * whatever its bits, in the real and in the imaginary part, while 0.0 and -0.0 differ.
      *
      * @param other any object
      * @return true for an array of equal value
+     * @throws OutOfMemoryError when there is no memory for the serialised forms that are compared
      */
     @Override
     public final boolean equals(Object other) {
         if (this == other) {
             return true;
         }
-        return other instanceof NVBuiltinArray && bothRead((NVBuiltinArray) other, NVKRT::qxIsIdentical);
+        return other instanceof NVBuiltinArray && SerialForm.areEqual(this, (NVBuiltinArray) other);
     }
 
-    /** A hash of the value: it changes when elements change. */
+    /**
+     * A hash of the value: it changes when elements change.
+     *
+     * @return the hash of the serialised form; 0 for an array that has none, see {@link #serialize}
+     * @throws OutOfMemoryError when there is no memory for the form
+     */
     @Override
     public final int hashCode() {
-        return read(NVKRT::qxGetHashValue);
+        return SerialForm.hash(this);
     }
 
     /**
@@ -449,6 +430,7 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      *
      * @param other an array
      * @return -1, 0 or 1
+     * @throws OutOfMemoryError when there is no memory for the forms
      */
     @Override
     public final int compareTo(NVBuiltinArray other) {
@@ -456,26 +438,25 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
             checkOpen();
             return 0;
         }
-        return bothRead(other, NVKRT::qxCompareArray);
-    }
-
-    private <R> R bothRead(NVBuiltinArray other, BiFunction<NativePtr, NativePtr, R> call) {
-        boolean inOrder = tree == null || other.tree == null || tree.serial <= other.tree.serial;
-        NVBuiltinArray first = inOrder ? this : other;
-        NVBuiltinArray second = inOrder ? other : this;
-        return first.read(
-                one -> second.read(two -> inOrder ? call.apply(one, two) : call.apply(two, one)));
+        return SerialForm.compare(this, other);
     }
 
     /**
      * The array as the runtime displays it: a row of text as the text itself, {@code []} for an empty array, aligned
      * rows and columns for others.
      *
-     * @return the text, over several lines for most arrays
+     * @return the text, over several lines for most arrays; of a closed array, that it is closed
      */
     @Override
     public String toString() {
-        return read(NVKRT::qxArrayToString);
+        try {
+            return read(NVKRT::qxArrayToString);
+        } catch (IllegalStateException failure) {
+            if (isClosed()) {
+                return getClass().getSimpleName() + " (closed)";
+            }
+            throw failure;
+        }
     }
 
     /**
@@ -494,6 +475,15 @@ public class NVBuiltinArray extends NVArray implements Comparable<NVBuiltinArray
      * @throws InvalidObjectException always
      */
     private void readObject(ObjectInputStream stream) throws InvalidObjectException {
+        throw new InvalidObjectException("an array is read from its serialised form");
+    }
+
+    /**
+     * Never called for what this class wrote.
+     *
+     * @throws InvalidObjectException always
+     */
+    private void readObjectNoData() throws InvalidObjectException {
         throw new InvalidObjectException("an array is read from its serialised form");
     }
 }

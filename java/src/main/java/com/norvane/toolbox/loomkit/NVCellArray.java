@@ -17,6 +17,10 @@ public final class NVCellArray extends NVBuiltinArray {
         super(pointer);
     }
 
+    NVCellArray(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
+    }
+
     /**
      * A cell without contents.
      *
@@ -27,7 +31,7 @@ public final class NVCellArray extends NVBuiltinArray {
     public static NVCellArray empty(int... dimensions) {
         int[] extents = Dimensions.checked(dimensions);
         NVCellArray cell = (NVCellArray) Wrappers.made(NVKRT.qxCreateArray(extents, ClassId.CELL.code(), 0));
-        cell.isNested(1);
+        cell.stateLevels(1);
         return cell;
     }
 
@@ -133,6 +137,13 @@ public final class NVCellArray extends NVBuiltinArray {
         try (Slots.Value checked = new Slots.Value(value)) {
             writeAt(index, pointer -> checked.store(this, pointer, index));
         }
+    }
+
+    @Override
+    public Object toObject() {
+        Object elements = super.toObject();
+        Slots.joinAll(elements, this);
+        return elements;
     }
 
     @Override

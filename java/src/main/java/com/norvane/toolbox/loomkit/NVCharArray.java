@@ -12,6 +12,10 @@ public final class NVCharArray extends NVBuiltinArray {
         super(pointer);
     }
 
+    NVCharArray(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
+    }
+
     /**
      * A row with the units of a text.
      *
@@ -53,14 +57,11 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws IllegalArgumentException when length and extents don't agree
      */
     public static NVCharArray ofFlat(int[] dimensions, char[] units) {
-        int[] extents = Dimensions.checked(dimensions);
-        Object data = FlatData.checked(units, ClassId.CHAR, Dimensions.count(extents));
-        return (NVCharArray) Wrappers.made(NVKRT.qxCreateNumericArray(extents, data, null, ClassId.CHAR.code(), 0));
+        return (NVCharArray) FlatData.make(dimensions, ClassId.CHAR, units, null);
     }
 
     private static NVCharArray fromNested(Object data) {
-        Object copy = new NestedCopy(true).copy(Objects.requireNonNull(data, "rows"));
-        return (NVCharArray) Wrappers.made(NVKRT.qxObject2qxArray(copy, null, ClassId.CHAR.code(), 0));
+        return (NVCharArray) NestedCopy.make(Objects.requireNonNull(data, "rows"), ClassId.CHAR);
     }
 
     /**
@@ -85,6 +86,7 @@ public final class NVCharArray extends NVBuiltinArray {
      *
      * @return a new array with one text for each row
      * @throws IllegalStateException for more than two dimensions
+     * @throws UnsupportedOperationException for more rows than this virtual machine's memory can hold
      */
     public String[] toStrings() {
         return read(
@@ -93,6 +95,7 @@ public final class NVCharArray extends NVBuiltinArray {
                     if (extents.length != 2) {
                         throw new IllegalStateException("the text has " + extents.length + " dimensions");
                     }
+                    Dimensions.checkShowable(extents);
                     return rows(NVKRT.qxGetCharData(pointer, true), extents[0], extents[1]);
                 });
     }
@@ -182,11 +185,7 @@ public final class NVCharArray extends NVBuiltinArray {
      * @throws IllegalArgumentException for another length
      */
     public void setData(char[] flat) {
-        write(
-                pointer -> {
-                    int count = NVKRT.qxGetNumberOfElements(pointer);
-                    NVKRT.qxSetData(pointer, FlatData.checked(flat, ClassId.CHAR, count), true);
-                });
+        FlatData.store(this, flat, true);
     }
 
     @Override

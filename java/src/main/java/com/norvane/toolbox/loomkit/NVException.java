@@ -1,5 +1,8 @@
 package com.norvane.toolbox.loomkit;
 
+import java.io.IOException;
+import java.io.InvalidObjectException;
+import java.io.ObjectInputStream;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.Collections;
@@ -18,8 +21,13 @@ public class NVException extends RuntimeException {
     /** A function with its place, as the runtime writes it: {@code at function (file:line)}. */
     private static final Pattern FRAME = Pattern.compile("(?:at )?(.+?)(?: \\(([^()]*?)(?::(\\d+))?\\))?");
 
+    /** In front of the line that carries the identifier; a line of a function begins otherwise. */
+    private static final String IDENTIFIER = "identifier ";
+
     /** One line for each function that was running, innermost first. */
     private final ArrayList<String> nativeStack;
+
+    private final String identifier;
 
     /** A failure without a message. Raised by native code. */
     public NVException() {
@@ -34,13 +42,15 @@ public class NVException extends RuntimeException {
     public NVException(String message) {
         super(message);
         nativeStack = new ArrayList<>();
+        identifier = "";
     }
 
     /**
      * A failure of a function. Raised by native code.
      *
      * @param message what failed
-     * @param stackLines one line for each function that was running, innermost first
+     * @param stackLines one line for each function that was running, innermost first; where the failure has an
+     *     identifier, it stands in a line of its own, behind the word {@code identifier} and a space
      * @param count how many of the lines count
      * @throws IllegalArgumentException when there are not that many lines
      * @throws NullPointerException for no lines, or one of them being null
@@ -48,6 +58,7 @@ public class NVException extends RuntimeException {
     public NVException(String message, String[] stackLines, int count) {
         super(message);
         nativeStack = new ArrayList<>(checked(stackLines, count));
+        identifier = takeIdentifier(nativeStack);
         List<StackTraceElement> frames = new ArrayList<>();
         nativeStack.forEach(line -> frames.add(frameOf(line)));
         Collections.addAll(frames, getStackTrace());
@@ -61,6 +72,25 @@ public class NVException extends RuntimeException {
      */
     public List<String> getNativeStack() {
         return Collections.unmodifiableList(nativeStack);
+    }
+
+    /**
+     * What callers can tell failures of functions apart by.
+     *
+     * @return such as {@code "solver:diverged"}; empty for a failure that was given none
+     */
+    public String getIdentifier() {
+        return identifier;
+    }
+
+    private static String takeIdentifier(List<String> lines) {
+        for (String line : lines) {
+            if (line.startsWith(IDENTIFIER)) {
+                lines.remove(line);
+                return line.substring(IDENTIFIER.length());
+            }
+        }
+        return "";
     }
 
     private static List<String> checked(String[] lines, int count) {
@@ -84,5 +114,28 @@ public class NVException extends RuntimeException {
 
     private static int lineNumber(String digits) {
         return digits.length() > 9 ? -1 : Integer.parseInt(digits);
+    }
+
+    /**
+     * Refuses what this class did not write.
+     *
+     * @param stream the stream
+     * @throws IOException when it fails
+     * @throws ClassNotFoundException when a class is missing
+     */
+    private void readObject(ObjectInputStream stream) throws IOException, ClassNotFoundException {
+        stream.defaultReadObject();
+        if (identifier == null || nativeStack == null || !nativeStack.stream().allMatch(String.class::isInstance)) {
+            throw new InvalidObjectException("a failure without its native stack");
+        }
+    }
+
+    /**
+     * Never called for what this class wrote.
+     *
+     * @throws InvalidObjectException always
+     */
+    private void readObjectNoData() throws InvalidObjectException {
+        throw new InvalidObjectException("a failure without its native stack");
     }
 }

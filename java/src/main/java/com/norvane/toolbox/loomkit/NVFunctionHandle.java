@@ -11,6 +11,10 @@ public final class NVFunctionHandle extends NVBuiltinArray {
         super(pointer);
     }
 
+    NVFunctionHandle(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
+    }
+
     /**
      * The name of the function.
      *

@@ -12,6 +12,10 @@ public final class NVLogicalArray extends NVBuiltinArray {
         super(pointer);
     }
 
+    NVLogicalArray(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
+    }
+
     /**
      * A 1-by-1 array.
      *
@@ -64,10 +68,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws IllegalArgumentException when length and extents don't agree
      */
     public static NVLogicalArray ofFlat(int[] dimensions, boolean[] elements) {
-        int[] extents = Dimensions.checked(dimensions);
-        Object data = FlatData.checked(elements, ClassId.LOGICAL, Dimensions.count(extents));
-        NativePtr made = NVKRT.qxCreateNumericArray(extents, data, null, ClassId.LOGICAL.code(), 0);
-        return (NVLogicalArray) Wrappers.made(made);
+        return (NVLogicalArray) FlatData.make(dimensions, ClassId.LOGICAL, elements, null);
     }
 
     /**
@@ -99,8 +100,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
     }
 
     private static NVLogicalArray fromNested(Object data) {
-        Object copy = new NestedCopy(false).copy(Objects.requireNonNull(data, "data"));
-        return (NVLogicalArray) Wrappers.made(NVKRT.qxObject2qxArray(copy, null, ClassId.LOGICAL.code(), 0));
+        return (NVLogicalArray) NestedCopy.make(Objects.requireNonNull(data, "data"), ClassId.LOGICAL);
     }
 
     /**
@@ -175,11 +175,7 @@ public final class NVLogicalArray extends NVBuiltinArray {
      * @throws IllegalArgumentException for another length
      */
     public void setData(boolean[] flat) {
-        write(
-                pointer -> {
-                    int count = NVKRT.qxGetNumberOfNonZeros(pointer);
-                    NVKRT.qxSetData(pointer, FlatData.checked(flat, ClassId.LOGICAL, count), true);
-                });
+        FlatData.store(this, flat, true);
     }
 
     @Override

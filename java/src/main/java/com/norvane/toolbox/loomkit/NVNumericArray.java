@@ -18,6 +18,10 @@ public final class NVNumericArray extends NumericElements {
         super(pointer);
     }
 
+    NVNumericArray(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
+    }
+
     /**
      * A 1-by-1 double array.
      *
@@ -128,15 +132,7 @@ public final class NVNumericArray extends NumericElements {
      */
     public static NVNumericArray ofFlat(int[] dimensions, ClassId classId, Object real, Object imaginary) {
         requireNumeric(classId);
-        int[] extents = Dimensions.checked(dimensions);
-        int count = Dimensions.count(extents);
-        Object realData = FlatData.checked(real, classId, count);
-        Object imaginaryData = imaginary == null ? null : FlatData.checked(imaginary, classId, count);
-        Complexity complexity = imaginary == null ? Complexity.REAL : Complexity.COMPLEX;
-        return (NVNumericArray)
-                Wrappers.made(
-                        NVKRT.qxCreateNumericArray(
-                                extents, realData, imaginaryData, classId.code(), complexity.code()));
+        return (NVNumericArray) FlatData.make(dimensions, classId, real, imaginary);
     }
 
     /**
@@ -144,8 +140,9 @@ public final class NVNumericArray extends NumericElements {
      *
      * @param rows one-based row of each element
      * @param columns one-based column of each element
-     * @param values the elements; those at one position are added up, and zeros are left out. Each of the three arrays
-     *     may have one element only, which then counts for all
+     * @param values the elements; zeros among them are left out, and those at one position are added up, where a sum
+     *     that comes to zero stays as a stored element. Each of the three arrays may have one element only, which then
+     *     counts for all
      * @param m number of rows
      * @param n number of columns
      * @return a new array
@@ -197,7 +194,7 @@ public final class NVNumericArray extends NumericElements {
     }
 
     private static ClassId natural(Object data) {
-        ClassId classId = JavaData.classify(Objects.requireNonNull(data, "data"));
+        ClassId classId = Classification.of(Objects.requireNonNull(data, "data"));
         if (classId == null || !classId.isNumeric()) {
             throw new IllegalArgumentException("data of type " + data.getClass().getTypeName() + " is not numeric");
         }
@@ -205,7 +202,7 @@ public final class NVNumericArray extends NumericElements {
     }
 
     private static void checkData(Object data) {
-        ClassId natural = JavaData.classify(data);
+        ClassId natural = Classification.of(data);
         if (natural == null || natural.isCompound()) {
             throw new IllegalArgumentException("data of type " + data.getClass().getTypeName() + " holds no numbers");
         }
@@ -297,6 +294,8 @@ public final class NVNumericArray extends NumericElements {
      * @param <A> the type
      * @return a new array
      * @throws IllegalArgumentException for a type whose depth is not the number of dimensions, or another element type
+     * @throws UnsupportedOperationException for more than 255 dimensions, or extents that no Java array of this virtual
+     *     machine's memory can show; the same goes for all reads of nested arrays
      */
     public <A> A toArray(Class<A> type) {
         return Reads.nested(this, type, true);
@@ -319,9 +318,10 @@ public final class NVNumericArray extends NumericElements {
      *
      * @return a new nested array
      * @throws IllegalArgumentException for a real array
+     * @throws UnsupportedOperationException as there
      */
     public Object toImaginaryObject() {
-        return read(pointer -> NVKRT.qxArray2ObjectArray(pointer, false));
+        return Reads.natural(this, false);
     }
 
     /**

@@ -2,6 +2,7 @@ package com.norvane.toolbox.loomkit;
 
 import com.norvane.toolbox.loomkit.internal.NVKRT;
 import com.norvane.toolbox.loomkit.internal.NativePtr;
+import java.util.Arrays;
 import java.util.LinkedHashSet;
 import java.util.List;
 import java.util.Map;
@@ -19,6 +20,10 @@ public final class NVStructArray extends NVBuiltinArray {
 
     NVStructArray(NativePtr pointer) {
         super(pointer);
+    }
+
+    NVStructArray(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
     }
 
     /**
@@ -41,7 +46,7 @@ public final class NVStructArray extends NVBuiltinArray {
         Dimensions.checkCount(new long[] {names.size(), Dimensions.count(extents)}, 2);
         NativePtr pointer = NVKRT.qxCreateStructArray(extents, names.toArray(new String[0]));
         NVStructArray struct = (NVStructArray) Wrappers.made(pointer);
-        struct.isNested(1);
+        struct.stateLevels(1);
         return struct;
     }
 
@@ -55,24 +60,45 @@ public final class NVStructArray extends NVBuiltinArray {
     public static NVStructArray of(Map<String, ?> fields) {
         Objects.requireNonNull(fields, "fields");
         NVStructArray struct = create(new int[] {1, 1}, fields.keySet().toArray(new String[0]));
-        try {
-            fields.forEach((name, value) -> struct.setAt(name, 0, value));
-        } catch (RuntimeException | Error failure) {
-            struct.close();
-            throw failure;
-        }
-        return struct;
+        return filled(struct, () -> fields.forEach((name, value) -> struct.setAt(name, 0, value)));
     }
 
     /**
      * A struct array from a pure Java one.
      *
-     * @param value extents, names and field values, which are copied
+     * @param value extents, names and field values, which are copied: plain Java data or, as {@link #toObject} gives
+     *     them, arrays; what is a pure Java cell or struct itself holds plain data only
      * @return a new array
      * @throws IllegalArgumentException for values that are no plain data
      */
     public static NVStructArray of(com.norvane.extern.java.NVStructArray value) {
-        return (NVStructArray) NVBuiltinArray.of((Object) Objects.requireNonNull(value, "value"));
+        Object[] fields = Objects.requireNonNull(value, "value").getFlatArray();
+        if (Arrays.stream(fields).noneMatch(NVBuiltinArray.class::isInstance)) {
+            return (NVStructArray) NVBuiltinArray.of((Object) value);
+        }
+        NVStructArray struct = create(value.getDimensions(), value.fieldNames());
+        return filled(struct, () -> {
+            for (int slot = 0; slot < fields.length; slot++) {
+                struct.store(slot, fields[slot]);
+            }
+        });
+    }
+
+    private void store(int slot, Object value) {
+        try (Slots.Value checked = new Slots.Value(value)) {
+            write(pointer -> checked.store(this, pointer, slot));
+        }
+    }
+
+    /** The struct, which is closed when it can't be filled. */
+    private static NVStructArray filled(NVStructArray struct, Runnable filling) {
+        try {
+            filling.run();
+        } catch (RuntimeException | Error failure) {
+            struct.close();
+            throw failure;
+        }
+        return struct;
     }
 
     /**

@@ -2,6 +2,7 @@ package com.norvane.toolbox.loomkit;
 
 import com.norvane.extern.java.NVCellArray;
 import com.norvane.extern.java.NVStructArray;
+import com.norvane.toolbox.loomkit.internal.NVKRT;
 import java.util.Arrays;
 import java.util.Map;
 import java.util.Objects;
@@ -33,7 +34,7 @@ final class NestedCopy {
 
     /** For data whose class follows from its first element, or from its type where that is missing. */
     NestedCopy(Object data) {
-        this(JavaData.classifyNested(data) == ClassId.CHAR);
+        this(Classification.ofNested(data) == ClassId.CHAR);
     }
 
     NestedCopy(boolean asText) {
@@ -45,12 +46,10 @@ final class NestedCopy {
         return copy(data, 0);
     }
 
-    /** Levels are counted from 0, the outermost. */
-    static void checkDepth(int level) {
-        if (level >= Dimensions.MAX_COUNT) {
-            throw new IllegalArgumentException(
-                    "the array is nested more than " + Dimensions.MAX_COUNT + " levels deep, or contains itself");
-        }
+    /** A real array of that class from nested data, not null. */
+    static NVBuiltinArray make(Object data, ClassId classId) {
+        Object copy = new NestedCopy(classId == ClassId.CHAR).copy(data);
+        return Wrappers.made(NVKRT.qxObject2qxArray(copy, null, classId.code(), Complexity.REAL.code()));
     }
 
     private Object copy(Object data, int level) {
@@ -81,7 +80,7 @@ final class NestedCopy {
     }
 
     private Object copyArray(Object[] array, int level) {
-        checkDepth(level);
+        Dimensions.checkLevel(level);
         raise(level, array.length);
         if (array.length == 0) {
             return array;
@@ -109,7 +108,7 @@ final class NestedCopy {
     }
 
     private void raise(int level, int length) {
-        checkDepth(level);
+        Dimensions.checkLevel(level);
         if (level >= extents.length) {
             extents = Arrays.copyOf(extents, level * 2);
         }

@@ -15,6 +15,10 @@ abstract class NumericElements extends NVBuiltinArray {
         super(pointer);
     }
 
+    NumericElements(NativePtr pointer, ClassId classId) {
+        super(pointer, classId);
+    }
+
     /**
      * The real part of the only element of a 1-by-1 array.
      *
@@ -337,7 +341,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws IllegalArgumentException for another type or length
      */
     public void setData(Object flat) {
-        setFlat(flat, true);
+        FlatData.store(this, flat, true);
     }
 
     /**
@@ -347,15 +351,7 @@ abstract class NumericElements extends NVBuiltinArray {
      * @throws IllegalArgumentException for another type or length, or a real array
      */
     public void setImaginaryData(Object flat) {
-        setFlat(flat, false);
-    }
-
-    private void setFlat(Object flat, boolean real) {
-        write(
-                pointer -> {
-                    int count = NVKRT.qxGetNumberOfNonZeros(pointer);
-                    NVKRT.qxSetData(pointer, FlatData.checked(flat, classId(), count), real);
-                });
+        FlatData.store(this, flat, false);
     }
 
     private double doubleOf(int[] subscripts, boolean real) {

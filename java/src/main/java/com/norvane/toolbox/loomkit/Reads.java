@@ -5,7 +5,7 @@ import com.norvane.toolbox.loomkit.internal.NativePtr;
 import java.util.Map;
 import java.util.Objects;
 
-/** The whole-array reads of numeric arrays, by the Java type of an element. */
+/** The whole-array reads, by the Java type of an element. */
 final class Reads {
     /** Reads one part of an array: the real one when the flag is true. */
     private interface Read {
@@ -43,12 +43,25 @@ final class Reads {
 
     /** A nested array of a type whose depth is the number of dimensions. */
     static <A> A nested(NVBuiltinArray array, Class<A> type, boolean real) {
-        Read read = NESTED.get(JavaData.leafType(Objects.requireNonNull(type, "type")));
+        Read read = NESTED.get(Classification.leafType(Objects.requireNonNull(type, "type")));
         if (read == null) {
             throw new IllegalArgumentException("a numeric array can't be read as " + type.getTypeName());
         }
         checkDepth(array, type);
-        return type.cast(array.read(pointer -> read.of(pointer, real)));
+        return type.cast(shown(array, read, real));
+    }
+
+    /** A nested array of the type that is closest to the class of the array. */
+    static Object natural(NVBuiltinArray array, boolean real) {
+        return shown(array, NVKRT::qxArray2ObjectArray, real);
+    }
+
+    private static Object shown(NVBuiltinArray array, Read read, boolean real) {
+        return array.read(
+                pointer -> {
+                    Dimensions.checkShowable(NVKRT.qxGetDimensions(pointer));
+                    return read.of(pointer, real);
+                });
     }
 
     /** A one-level array of the stored elements in storage order. */
@@ -60,12 +73,18 @@ final class Reads {
         return type.cast(array.read(pointer -> read.of(pointer, real)));
     }
 
+    /**
+     * @throws UnsupportedOperationException for an array that no type could show
+     * @throws IllegalArgumentException for a type with another number of levels
+     */
     static void checkDepth(NVBuiltinArray array, Class<?> type) {
         int depth = 0;
         for (Class<?> level = type; level.isArray(); level = level.getComponentType()) {
             depth++;
         }
-        int dimensions = array.numberOfDimensions();
+        int[] extents = array.dimensions();
+        Dimensions.checkShowable(extents);
+        int dimensions = extents.length;
         if (depth != dimensions) {
             throw new IllegalArgumentException(
                     type.getTypeName() + " has " + depth + " levels, but the array has " + dimensions + " dimensions");

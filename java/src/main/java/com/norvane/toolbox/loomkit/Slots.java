@@ -18,6 +18,15 @@ final class Slots {
         return (NVArray) element;
     }
 
+    /**
+     * The array in a slot, for a short look with the monitor of the parent's tree held.
+     *
+     * @param slot zero-based
+     */
+    static NVArray at(NVBuiltinArray parent, int slot) {
+        return (NVArray) parent.read(pointer -> NVKRT.qxGetCell(pointer, slot));
+    }
+
     /** Makes the wrappers in an array of any depth members of their parent's tree. */
     static void joinAll(Object nested, NVBuiltinArray parent) {
         if (nested instanceof Object[]) {
@@ -60,8 +69,24 @@ final class Slots {
         }
     }
 
-    /** How deeply an array is nested, at most {@code limit}. Called with the monitor of its tree held. */
-    static int measureLevels(NVBuiltinArray array, int limit) {
+    /** An upper bound on how deeply cells and structs are nested in an array; 0 for other classes. */
+    static int levels(NVBuiltinArray array) {
+        if (!array.classId().isCompound()) {
+            return 0;
+        }
+        int known = array.levelsIfStated();
+        if (known >= 0) {
+            return known;
+        }
+        int measured = array.read(pointer -> measureLevels(array, ValueTree.MAX_LEVELS + 1));
+        if (array.depth() == 0) {
+            array.stateLevels(measured);
+        }
+        return measured;
+    }
+
+    /** At most {@code limit}. Called with the monitor of the array's tree held. */
+    private static int measureLevels(NVBuiltinArray array, int limit) {
         if (!array.classId().isCompound() || limit == 0) {
             return 0;
         }
@@ -71,8 +96,7 @@ final class Slots {
         }
         int deepest = 0;
         for (int slot = 0; slot < slots; slot++) {
-            NativePtr pointer = array.getValue();
-            try (NVArray element = (NVArray) NVKRT.qxGetCell(pointer, slot)) {
+            try (NVArray element = at(array, slot)) {
                 if (element instanceof NVBuiltinArray) {
                     deepest = Math.max(deepest, measureLevels((NVBuiltinArray) element, limit - 1));
                 }

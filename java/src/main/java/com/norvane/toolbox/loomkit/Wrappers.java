@@ -9,21 +9,25 @@ final class Wrappers {
 
     /** The wrapper of a native array, which it takes over. */
     static NVBuiltinArray of(NativePtr pointer) {
-        ClassId id = ClassId.ofCode(NVKRT.qxGetClassID(pointer));
+        ClassId id = classOf(pointer);
         switch (id) {
             case CELL:
-                return new NVCellArray(pointer);
+                return new NVCellArray(pointer, id);
             case STRUCT:
-                return new NVStructArray(pointer);
+                return new NVStructArray(pointer, id);
             case LOGICAL:
-                return new NVLogicalArray(pointer);
+                return new NVLogicalArray(pointer, id);
             case CHAR:
-                return new NVCharArray(pointer);
+                return new NVCharArray(pointer, id);
             case FUNCTION:
-                return new NVFunctionHandle(pointer);
+                return new NVFunctionHandle(pointer, id);
             default:
-                return id.isNumeric() ? new NVNumericArray(pointer) : new NVBuiltinArray(pointer);
+                return id.isNumeric() ? new NVNumericArray(pointer, id) : new NVBuiltinArray(pointer, id);
         }
+    }
+
+    static ClassId classOf(NativePtr pointer) {
+        return ClassId.ofCode(NVKRT.qxGetClassID(pointer));
     }
 
     /** The wrapper of a native array that was just made, which it takes over. */

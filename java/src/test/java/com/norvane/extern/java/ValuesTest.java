@@ -12,6 +12,14 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.MethodSource;
 
 class ValuesTest {
+    /** Displayed as an array in native memory is. */
+    private static final class Rows {
+        @Override
+        public String toString() {
+            return "1  2\n3  4\n";
+        }
+    }
+
     @Test
     void keepsTheFieldsOfAnElementTogether() {
         NVStructArray struct =
@@ -20,6 +28,7 @@ class ValuesTest {
         assertEquals("two", struct.get("b", 1));
         assertEquals(2, struct.get(2));
         assertEquals("2-by-1 struct [a, b] [1, one, 2, two]", struct.toString());
+        assertEquals("1-by-2 cell [1  2; 3  4, a]", NVCellArray.row(new Rows(), "a").toString());
         assertThrows(IllegalArgumentException.class, () -> struct.get("c", 0));
         assertThrows(ArrayIndexOutOfBoundsException.class, () -> struct.get("a", 2));
     }

@@ -22,6 +22,7 @@ class ArrayLifeTest {
             assertThrows(IllegalStateException.class, () -> closed.equals(open));
             assertThrows(IllegalStateException.class, () -> open.equals(closed));
             assertThrows(IllegalStateException.class, () -> NVCellArray.row(closed));
+            assertEquals("NVCellArray (closed)", closed.toString());
         }
     }
 

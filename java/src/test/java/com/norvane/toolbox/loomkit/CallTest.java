@@ -18,6 +18,7 @@ import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
 import org.junit.jupiter.params.provider.MethodSource;
+import org.junit.jupiter.params.provider.ValueSource;
 
 class CallTest {
     private static Component linalg;
@@ -110,7 +111,16 @@ class CallTest {
         assertTrue(failure.getMessage().contains("as asked"), failure.getMessage());
         assertTrue(stack.get(0).contains("innermost") && stack.get(1).contains("middle"), stack.toString());
         assertTrue(failure.getStackTrace()[0].getLineNumber() > 0);
-        assertThrows(NVException.class, () -> showcase.call1("fail_standard"));
+        assertEquals("", assertThrows(NVException.class, () -> showcase.call1("fail_standard")).getIdentifier());
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"fail_deep", "fail_in_call"})
+    void tellsTheIdentifierOfAFailure(String function) {
+        NVException failure = assertThrows(NVException.class, () -> showcase.call1(function, "as asked"));
+
+        assertEquals("showcase:asked", failure.getIdentifier());
+        assertTrue(failure.getNativeStack().stream().allMatch(line -> line.startsWith("at ")), failure.toString());
     }
 
     /** The lambda calls the component itself, and fails in the end. */
@@ -147,7 +157,9 @@ class CallTest {
     }
 
     @Test
-    void tellsItsFunctions() {
+    void tellsWhatItIs() {
+        assertEquals("linalg", linalg.name());
+        assertEquals("linalg " + linalg.version(), linalg.toString());
         Map<String, String> functions = linalg.functions();
         assertTrue(functions.keySet().containsAll(List.of("solve", "lstsq", "svd", "eig", "inv", "norm")));
         assertTrue(linalg.help("inv").contains("inverse"), linalg.help("inv"));

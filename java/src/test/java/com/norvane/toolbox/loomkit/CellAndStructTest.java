@@ -8,6 +8,8 @@ import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.util.List;
+import java.util.Map;
+import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 
 class CellAndStructTest {
@@ -61,6 +63,42 @@ class CellAndStructTest {
     }
 
     @Test
+    void takesBackWhatItGaveAsAJavaValue() {
+        Object[] fields = {"text", new double[] {1, 2}, com.norvane.extern.java.NVCellArray.row(true), null};
+        com.norvane.extern.java.NVStructArray plain =
+                new com.norvane.extern.java.NVStructArray(new int[] {2, 1}, new String[] {"a", "b"}, fields);
+        try (NVStructArray struct = NVStructArray.of(plain);
+                NVStructArray again = NVStructArray.of(struct.toObject())) {
+            assertEquals(struct, again);
+            again.get("a").asChar().setAt(0, 'T');
+            assertEquals("text", struct.get("a").asChar().toJavaString());
+        }
+    }
+
+    static Stream<Object> valuesThatHold(NVArray array) {
+        Object cell = com.norvane.extern.java.NVCellArray.row(1.0, array);
+        return Stream.of(
+                cell,
+                com.norvane.extern.java.NVCellArray.row(cell),
+                com.norvane.extern.java.NVStructArray.of(Map.of("field", cell)));
+    }
+
+    @Test
+    void refusesNativeArraysInJavaValues() {
+        try (NVNumericArray number = NVNumericArray.of(3.5);
+                NVCellArray cell = NVCellArray.row(1.0)) {
+            for (NVArray array : List.of(number, new NVJavaObjectRef("object"))) {
+                valuesThatHold(array).forEach(value -> {
+                    assertThrows(IllegalArgumentException.class, () -> NVBuiltinArray.of(value));
+                    assertThrows(IllegalArgumentException.class, () -> cell.setAt(0, value));
+                });
+            }
+            var fields = com.norvane.extern.java.NVStructArray.of(Map.of("field", new NVJavaObjectRef("object")));
+            assertThrows(IllegalArgumentException.class, () -> NVStructArray.of(fields));
+        }
+    }
+
+    @Test
     void stopsNestingInTime() {
         NVCellArray cell = NVCellArray.row(1.0);
         int levels = 1;
@@ -109,5 +147,4 @@ class CellAndStructTest {
             assertThrows(IndexOutOfBoundsException.class, () -> struct.get("c", 3, 1));
         }
     }
-
 }

@@ -148,6 +148,7 @@ class ComponentLifeTest {
         assertTrue(component.isClosed());
         assertThrows(IllegalStateException.class, () -> component.call1("same", 1.0));
         assertThrows(IllegalStateException.class, component::functions);
+        assertEquals("showcase " + component.version() + " (closed)", component.toString());
         assertEquals("kept", result.asChar().toJavaString());
     }
 
@@ -202,4 +203,41 @@ class ComponentLifeTest {
         threads.shutdown();
     }
 
+    /** A call runs to its end or does not begin, whether the component is closed or the runtime stops. */
+    @ParameterizedTest
+    @ValueSource(booleans = {false, true})
+    void endsDuringCallsOfOtherThreads(boolean stopping) throws Exception {
+        ExecutorService threads = Executors.newFixedThreadPool(4);
+        for (int round = 0; round < 40; round++) {
+            Component component = TestComponents.open("showcase");
+            CountDownLatch start = new CountDownLatch(4);
+            Callable<Void> calling =
+                    () -> {
+                        start.countDown();
+                        IllegalStateException refused =
+                                assertThrows(IllegalStateException.class, () -> callWithoutEnd(component));
+                        assertEquals("the component is closed", refused.getMessage());
+                        return null;
+                    };
+            List<Future<Void>> callers = new ArrayList<>();
+            for (int i = 0; i < 4; i++) {
+                callers.add(threads.submit(calling));
+            }
+            start.await();
+            if (stopping) {
+                Loomkit.stop();
+            }
+            component.close();
+            for (Future<Void> caller : callers) {
+                caller.get();
+            }
+        }
+        threads.shutdown();
+    }
+
+    private static void callWithoutEnd(Component component) {
+        while (true) {
+            component.call1("increment", 1.0).close();
+        }
+    }
 }

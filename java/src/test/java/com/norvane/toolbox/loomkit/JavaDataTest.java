@@ -6,6 +6,7 @@ import static org.junit.jupiter.api.Assertions.assertNotSame;
 import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
 import static org.junit.jupiter.api.Named.named;
 import static org.junit.jupiter.params.provider.Arguments.arguments;
 
@@ -42,7 +43,7 @@ class JavaDataTest {
     @ParameterizedTest
     @MethodSource("classes")
     void classifiesByTheFirstElement(Object data, ClassId expected) {
-        assertEquals(expected, JavaData.classify(data));
+        assertEquals(expected, Classification.of(data));
     }
 
     static Object containsItself() {
@@ -154,6 +155,30 @@ class JavaDataTest {
             assertThrows(IllegalArgumentException.class, () -> Dimensions.checked(given));
         } else {
             assertArrayEquals(expected, Dimensions.checked(given));
+        }
+    }
+
+    static Stream<org.junit.jupiter.params.provider.Arguments> tooLargeToShow() {
+        int[] many = new int[256];
+        Arrays.fill(many, 1);
+        return Stream.of(
+                arguments(many, "no Java array has 256 dimensions, only up to 255"),
+                arguments(new int[] {1 << 30, 0}, "the extents [1073741824, 0] make Java arrays"),
+                arguments(new int[] {0, Integer.MAX_VALUE}, null),
+                arguments(new int[] {1, Integer.MAX_VALUE, Integer.MAX_VALUE, 0}, "the extents [1, 2147483647, "),
+                arguments(Arrays.copyOf(many, 255), null));
+    }
+
+    @ParameterizedTest
+    @MethodSource("tooLargeToShow")
+    void looksWhetherJavaArraysCanShowExtents(int[] extents, String reason) {
+        if (reason == null) {
+            Dimensions.checkShowable(extents);
+        } else {
+            String message =
+                    assertThrows(UnsupportedOperationException.class, () -> Dimensions.checkShowable(extents))
+                            .getMessage();
+            assertTrue(message.startsWith(reason), message);
         }
     }
 }

@@ -23,17 +23,20 @@ class NVExceptionTest {
 
         assertEquals(frame, failure.getStackTrace()[0].toString());
         assertEquals(List.of(line), failure.getNativeStack());
+        assertEquals("", failure.getIdentifier());
     }
 
     @Test
     void putsNativeFramesInFrontOfJavaFrames() {
-        String[] lines = {"at a (f.cpp:1)", "at b (f.cpp:2)", "not counted"};
-        NVException failure = new NVException("failed", lines, 2);
+        String[] lines = {"at a (f.cpp:1)", "at b (f.cpp:2)", "identifier solver:diverged", "not counted"};
+        NVException failure = new NVException("failed", lines, 3);
         StackTraceElement[] trace = failure.getStackTrace();
 
         assertEquals("a", trace[0].getMethodName());
         assertEquals("b", trace[1].getMethodName());
         assertEquals(NVExceptionTest.class.getName(), trace[2].getClassName());
+        assertEquals(List.of(lines[0], lines[1]), failure.getNativeStack());
+        assertEquals("solver:diverged", failure.getIdentifier());
         assertThrows(UnsupportedOperationException.class, () -> failure.getNativeStack().add("c"));
     }
 }

@@ -5,21 +5,33 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNotEquals;
 import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+import static org.junit.jupiter.api.Assumptions.assumeTrue;
+import static org.junit.jupiter.params.provider.Arguments.arguments;
 
+import com.norvane.toolbox.loomkit.testing.ChildProcess;
 import java.io.ByteArrayInputStream;
 import java.io.ByteArrayOutputStream;
+import java.io.DataOutputStream;
 import java.io.IOException;
 import java.io.InvalidObjectException;
 import java.io.ObjectInputStream;
 import java.io.ObjectOutputStream;
-import java.nio.ByteBuffer;
-import java.util.Arrays;
+import java.io.ObjectStreamClass;
+import java.io.ObjectStreamConstants;
+import java.util.ArrayList;
+import java.util.LinkedHashMap;
+import java.util.List;
 import java.util.Map;
 import java.util.function.Supplier;
+import java.util.stream.Collectors;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.Arguments;
 import org.junit.jupiter.params.provider.MethodSource;
+import org.junit.jupiter.params.provider.ValueSource;
 
 class SerialFormTest {
     static Stream<Supplier<NVBuiltinArray>> arrays() {
@@ -76,33 +88,161 @@ class SerialFormTest {
         assertThrows(InvalidObjectException.class, () -> read(written(new SerializedArray(null))));
     }
 
-    /** Its memory is never touched. */
+    /** A stream that names a class and holds nothing of it, nor of what the class extends. */
+    private static byte[] withoutData(Class<?> type) throws IOException {
+        ByteArrayOutputStream bytes = new ByteArrayOutputStream();
+        DataOutputStream stream = new DataOutputStream(bytes);
+        stream.writeShort(ObjectStreamConstants.STREAM_MAGIC);
+        stream.writeShort(ObjectStreamConstants.STREAM_VERSION);
+        stream.writeByte(ObjectStreamConstants.TC_OBJECT);
+        stream.writeByte(ObjectStreamConstants.TC_CLASSDESC);
+        stream.writeUTF(type.getName());
+        stream.writeLong(ObjectStreamClass.lookup(type).getSerialVersionUID());
+        stream.writeByte(ObjectStreamConstants.SC_SERIALIZABLE);
+        stream.writeShort(0);
+        stream.writeByte(ObjectStreamConstants.TC_ENDBLOCKDATA);
+        stream.writeByte(ObjectStreamConstants.TC_NULL);
+        return bytes.toByteArray();
+    }
+
+    @ParameterizedTest
+    @ValueSource(
+            classes = {
+                NVBuiltinArray.class, NVNumericArray.class, NVCharArray.class, NVLogicalArray.class,
+                NVCellArray.class, NVStructArray.class, NVFunctionHandle.class, SerializedArray.class,
+                NVException.class, ExtendedException.class
+            })
+    void refusesAStreamWithoutData(Class<?> type) throws IOException {
+        byte[] forged = withoutData(type);
+        assertThrows(InvalidObjectException.class, () -> read(forged));
+    }
+
+    private static final class ExtendedException extends NVException {
+        private static final long serialVersionUID = 1L;
+    }
+
     @Test
-    void anArrayTooLargeForAFormEqualsItself() {
-        try (NVNumericArray large = NVNumericArray.zeros(1 << 28, 1);
-                NVNumericArray small = NVNumericArray.zeros(1, 1)) {
-            assertThrows(UnsupportedOperationException.class, large::serialize);
-            assertEquals(large, large);
-            assertEquals(0, large.compareTo(large));
-            assertEquals(-1, large.compareTo(small));
-            assertEquals(1, small.compareTo(large));
+    void failuresTravelWithTheirStackAndIdentifier() throws Exception {
+        NVException failure = new NVException("it broke", new String[] {"at f (f.cpp:1)", "identifier a:b"}, 2);
+        NVException arrived = (NVException) read(written(failure));
+        assertEquals(failure.getNativeStack(), arrived.getNativeStack());
+        assertEquals("a:b", arrived.getIdentifier());
+    }
+
+    /** Its memory is never touched. */
+    private static NVBuiltinArray tooLarge() {
+        return NVNumericArray.zeros(1 << 28, 1);
+    }
+
+    private static NVBuiltinArray holdingAnObject() throws IOException {
+        try (Component showcase = TestComponents.open("showcase");
+                NVCellArray inner = showcase.call1("gather", new Object()).asCell()) {
+            return showcase.call1("gather", 1.0, inner).asCell();
         }
     }
 
-    /** A scalar with any number of extents is a good form, though no Java array is nested that deeply. */
-    @Test
-    void anArrayOfTooManyDimensionsHasNoJavaType() {
-        ByteBuffer form = ByteBuffer.allocate(70_020);
-        form.put(new byte[] {(byte) 0x82, 1, (byte) 0x83, 6, (byte) 0x9A}).putInt(70_000);
-        for (int i = 0; i < 70_000; i++) {
-            form.put((byte) 1);
+    static Stream<Arguments> withoutForm() throws IOException {
+        return Stream.of(
+                arguments(tooLarge(), "is too large to be serialised: its form takes 2147483666 bytes"),
+                arguments(NVCellArray.row(tooLarge()), "is too large to be serialised: its form takes 2147483672 bytes"),
+                arguments(holdingAnObject(), "this array of class CELL can't be serialised: it holds a Java object"));
+    }
+
+    @ParameterizedTest
+    @MethodSource
+    void withoutForm(NVBuiltinArray array, String reason) {
+        try (array;
+                NVNumericArray small = NVNumericArray.zeros(1, 1)) {
+            String message = assertThrows(UnsupportedOperationException.class, array::serialize).getMessage();
+            assertTrue(message.contains(reason), message);
+            assertEquals(array, array);
+            assertNotEquals(array, array.duplicate());
+            assertEquals(0, array.hashCode());
+            assertEquals(0, array.compareTo(array));
+            assertEquals(-1, array.compareTo(small));
+            assertEquals(1, small.compareTo(array));
         }
-        form.put(new byte[] {(byte) 0xD8, 86, 0x48}).putLong(0);
-        byte[] bytes = Arrays.copyOf(form.array(), form.position());
-        try (NVBuiltinArray array = NVBuiltinArray.deserialize(bytes)) {
-            assertEquals(70_000, array.numberOfDimensions());
-            assertThrows(UnsupportedOperationException.class, array::toObject);
-            assertArrayEquals(bytes, array.serialize());
+    }
+
+    /** Takes native memory up to what the virtual machine needs for itself, and then asks for more than that. */
+    public static final class ProgramWithoutMemory {
+        private static final int SIZE = 8 << 20;
+        private static final List<NVNumericArray> FILLING = new ArrayList<>();
+
+        private static void fill() {
+            try {
+                while (true) {
+                    FILLING.add(NVNumericArray.zeros(1, SIZE / 4));
+                }
+            } catch (OutOfMemoryError full) {
+                FILLING.remove(0).close();
+                FILLING.remove(0).close();
+            }
+        }
+
+        public static void main(String[] args) {
+            NVNumericArray array = NVNumericArray.zeros(1, SIZE);
+            NVNumericArray other = array.duplicate();
+            other.setAt(SIZE - 1, 1.0);
+            byte[] form = array.serialize();
+            Map<String, Runnable> uses = new LinkedHashMap<>();
+            uses.put("serialize", array::serialize);
+            uses.put("hashCode", array::hashCode);
+            uses.put("equals", () -> array.equals(other));
+            uses.put("compareTo", () -> array.compareTo(other));
+            uses.put("compareTo a small one", () -> array.compareTo(FILLING.get(FILLING.size() - 1)));
+            uses.put("compareTo, in reverse", () -> FILLING.get(FILLING.size() - 1).compareTo(array));
+            uses.put("deserialize", () -> NVBuiltinArray.deserialize(form).close());
+            fill();
+            uses.forEach((what, use) -> System.out.println(what + ": " + outcomeOf(use)));
+            FILLING.forEach(NVNumericArray::close);
+            uses.keySet().removeIf(what -> what.contains(" "));
+            uses.forEach((what, use) -> System.out.println(what + ": " + outcomeOf(use)));
+        }
+
+        private static String outcomeOf(Runnable use) {
+            try {
+                use.run();
+                return "done";
+            } catch (RuntimeException | Error failure) {
+                return failure.getClass().getSimpleName();
+            }
+        }
+    }
+
+    /** A sanitizer needs more room for itself than the limit leaves. */
+    @Test
+    void saysThatMemoryIsMissing() throws Exception {
+        assumeTrue(System.getenv("LD_PRELOAD") == null);
+        ChildProcess child =
+                ChildProcess.runWithin(
+                        3 << 20,
+                        ProgramWithoutMemory.class,
+                        List.of(
+                                "-Dloomkit.native.dir=" + System.getProperty("loomkit.native.dir"), "-Xmx500m",
+                                "-XX:+UseSerialGC", "-XX:CompressedClassSpaceSize=32m",
+                                "-XX:ReservedCodeCacheSize=32m"));
+        assertEquals(
+                List.of(
+                        "serialize: OutOfMemoryError", "hashCode: OutOfMemoryError", "equals: OutOfMemoryError",
+                        "compareTo: OutOfMemoryError", "compareTo a small one: OutOfMemoryError",
+                        "compareTo, in reverse: OutOfMemoryError", "deserialize: OutOfMemoryError",
+                        "serialize: done", "hashCode: done", "equals: done", "compareTo: done", "deserialize: done"),
+                child.output.lines().collect(Collectors.toList()),
+                "exit code " + child.exitCode);
+    }
+
+    /** 14 bytes can stand for 2^31-1 rows without elements. */
+    @Test
+    void refusesToShowMoreRowsThanThereIsMemoryFor() {
+        byte[] form = {(byte) 0x82, 1, (byte) 0x83, 6, (byte) 0x82, 0x1A, 0x7F, -1, -1, -1, 0, (byte) 0xD8, 86, 0x40};
+        try (NVBuiltinArray array = NVBuiltinArray.deserialize(form)) {
+            NVNumericArray rows = array.asNumeric();
+            for (Executable read : List.<Executable>of(rows::toObject, rows::toDoubleArray)) {
+                String message = assertThrows(UnsupportedOperationException.class, read).getMessage();
+                assertTrue(message.contains("[2147483647, 0]"), message);
+            }
+            assertArrayEquals(form, array.serialize());
         }
     }
 }

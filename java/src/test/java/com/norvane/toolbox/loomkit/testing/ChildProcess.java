@@ -21,7 +21,19 @@ public final class ChildProcess {
     /** Runs the main class with the class path of this process, up to its end. */
     public static ChildProcess run(Class<?> main, List<String> virtualMachineOptions)
             throws IOException, InterruptedException {
-        List<String> command = new ArrayList<>();
+        return run(List.of(), main, virtualMachineOptions);
+    }
+
+    /** As {@link #run}, with a limit on the memory that the process may map. */
+    public static ChildProcess runWithin(int kilobytes, Class<?> main, List<String> virtualMachineOptions)
+            throws IOException, InterruptedException {
+        return run(
+                List.of("sh", "-c", "ulimit -v " + kilobytes + " && exec \"$@\"", "sh"), main, virtualMachineOptions);
+    }
+
+    private static ChildProcess run(List<String> front, Class<?> main, List<String> virtualMachineOptions)
+            throws IOException, InterruptedException {
+        List<String> command = new ArrayList<>(front);
         command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
         command.addAll(virtualMachineOptions);
         command.addAll(List.of("-cp", System.getProperty("java.class.path"), main.getName()));
