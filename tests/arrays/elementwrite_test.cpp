@@ -1,5 +1,5 @@
 #include "arrays/natives.h"
-#include "layout/visitclass.h"
+#include "layout/refuseclass.h"
 
 namespace nativevrl::test {
 

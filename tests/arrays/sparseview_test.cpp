@@ -217,6 +217,25 @@ TEST_F(SparseView, WritesBackWhatMovedWhenAnExceptionPasses) {
     EXPECT_EQ(getAt(JavaType<jdouble>{}, env, held.handle, jint{69}, true), 70);
 }
 
+TEST_F(SparseView, LeavesTablesAloneThatHoldAPositionTwice) {
+    // As many elements as a full matrix has, and yet a position that is not stored; with capacity to spare or without.
+    for (const std::uint32_t stored : {4u, 6u}) {
+        const Held held(env, qxCreateSparse(2, 2, stored, qxREAL));
+        std::fill_n(held->rowIndexTable(), stored, 0u);
+        std::fill_n(static_cast<double*>(held->realData()), stored, 1.0);
+        held->columnStartTable()[1] = 2;
+        held->columnStartTable()[2] = stored;
+        setAt(env, held.handle, jint{1}, jdouble{5}, true);
+        expectNoThrow(env);
+        EXPECT_EQ(held->capacity(), stored);
+        EXPECT_EQ(held->columnStartTable()[2], stored);
+        EXPECT_EQ(getAt(JavaType<jdouble>{}, env, held.handle, jint{1}, true), 0);
+        EXPECT_EQ(toVector<jdouble>(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetData(
+                                             env, nullptr, held.handle, JNI_TRUE)),
+                  std::vector<jdouble>(stored, 1.0));
+    }
+}
+
 TEST_F(SparseView, MovesAnImaginaryPartThatCameThroughAnotherHeader) {
     const Held real(env, qxCreateSparse(4, 1, 2, qxREAL));
     const Held complex(env, qxCreateSharedDataCopy(real.array.get()));

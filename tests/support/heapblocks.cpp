@@ -6,6 +6,7 @@
 namespace loomkit::test {
 
 thread_local std::size_t heapBlocksGiven = 0;
+thread_local std::size_t heapBytesGiven = 0;
 thread_local int heapBlocksLeft = -1;
 
 }  // namespace loomkit::test
@@ -19,6 +20,7 @@ using namespace loomkit::test;
     }
     heapBlocksLeft -= heapBlocksLeft > 0 ? 1 : 0;
     ++heapBlocksGiven;
+    heapBytesGiven += size;
     return std::malloc(size == 0 ? 1 : size);
 }
 

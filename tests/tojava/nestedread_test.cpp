@@ -1,5 +1,6 @@
 /// Whole arrays as nested, flat and boxed Java arrays, against the model and against what they were made from.
 
+#include "support/heapblocks.h"
 #include "toarray/creatednatives.h"
 #include "tojava/reads.h"
 
@@ -219,6 +220,75 @@ TEST_F(NestedRead, OfASparseArrayIsThatOfItsDenseTwin) {
     EXPECT_EQ(toRows<jboolean>(env, readView(env, truths.handle, true)), (Rows<jboolean>{{0, 0}, {0, 1}}));
     EXPECT_EQ(toVector<jint>(env, readFlat(JavaType<jint>{}, env, truths.handle, true)), (std::vector<jint>{1}));
     expectNoThrow(env);
+}
+
+TEST_F(NestedRead, OfASparseArrayPassesOverWhatIsOutOfOrder) {
+    const struct {
+        std::vector<std::uint32_t> rowIndex;  // of one column of four rows
+        std::vector<jdouble> column;
+    } cases[] = {
+        {{0, 2, 1}, {1, 0, 2, 0}}, {{1, 1, 3}, {0, 1, 0, 0}}, {{3, 0, 1}, {0, 0, 0, 1}}, {{2, 9, 3}, {0, 0, 1, 0}}};
+    for (const auto& one : cases) {
+        const Held held(env, qxCreateSparse(4, 1, 3, qxREAL));
+        std::copy(one.rowIndex.begin(), one.rowIndex.end(), held->rowIndexTable());
+        std::iota(static_cast<jdouble*>(held->realData()), static_cast<jdouble*>(held->realData()) + 3, 1.0);
+        held->columnStartTable()[1] = 3;
+        expectNested<jdouble>(env, readNested(JavaType<jdouble>{}, env, held.handle, true), {4, 1},
+                              [&](std::size_t i) { return one.column[i]; });
+    }
+}
+
+TEST_F(NestedRead, OfASparseArrayTakesMemoryForItsRowsAndElementsAlone) {
+    const std::size_t before = loomkit::test::heapBytesGiven;
+    const Held flat(env, qxCreateSparse(0, 400000000, 0, qxREAL));
+    expectNested<jdouble>(env, readNested(JavaType<jdouble>{}, env, flat.handle, true), {0, 400000000},
+                          [](std::size_t) { return jdouble{}; });
+    const Held wide(env, qxCreateSparse(1, 1000000, 1, qxREAL));
+    setAt(env, wide.handle, jint{777777}, jdouble{7}, true);
+    expectNested<jdouble>(env, readNested(JavaType<jdouble>{}, env, wide.handle, true), {1, 1000000},
+                          [](std::size_t i) { return i == 777777 ? 7.0 : 0.0; });
+    EXPECT_LT(loomkit::test::heapBytesGiven - before, 100000u + 1000000 * sizeof(jdouble))
+        << "the test itself takes a row";
+}
+
+/// How deep the stack was at the calls of the functions that make and fill arrays of arrays.
+class StackDepth : public JniProbe {
+public:
+    using JniProbe::JniProbe;
+
+    bool admits(const JniFunction& function) override {
+        const char here = 0;
+        if (function.slot == jniSlot(&JNINativeInterface_::NewObjectArray)) {
+            lowest_ = std::min(lowest_, reinterpret_cast<std::uintptr_t>(&here));
+            highest_ = std::max(highest_, reinterpret_cast<std::uintptr_t>(&here));
+        }
+        return true;
+    }
+
+    std::size_t bytes() const { return highest_ - lowest_; }
+
+private:
+    std::uintptr_t lowest_ = UINTPTR_MAX;
+    std::uintptr_t highest_ = 0;
+};
+
+TEST_F(NestedRead, NeedsNoMoreStackForMoreDimensions) {
+    Extents extents(255, 1);
+    extents[0] = 2;
+    extents[253] = 3;
+    const Held held(env, arrayOf(extents, qxDOUBLE_CLASS, qxREAL));
+    auto* part = static_cast<double*>(held->realData());
+    std::iota(part, part + product(extents), 0.0);
+    for (auto* read :
+         {readView, +[](JNIEnv*e, jobject h, bool real) { return readNested(JavaType<jdouble>{}, e, h, real); }}) {
+        jobject nested = nullptr;
+        {
+            const StackDepth depth(env);
+            nested = read(env, held.handle, true);
+            EXPECT_LT(depth.bytes(), 1024u);
+        }
+        expectNested<jdouble>(env, nested, extents, [&](std::size_t i) { return part[i]; });
+    }
 }
 
 TEST_F(NestedRead, OfNoArrayIsOneEmptyLevel) {

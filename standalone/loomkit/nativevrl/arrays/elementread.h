@@ -2,8 +2,10 @@
 
 #include "arrays/elementaddress.h"
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
-#include "layout/visitclass.h"
+#include "layout/elementclass.h"
+#include "layout/refuseclass.h"
 #include "proxies/numericcast.h"
 
 namespace nativevrl {
@@ -12,9 +14,14 @@ namespace nativevrl {
 /// their width, then cast plainly.
 template <typename T>
 T loadElement(const qxArray* array, std::size_t dataIndex, bool real) {
-    return visitPrimitive<PrimitiveVisitor::data>(classIdOf(array), [&](auto element) {
-        return castElement<T>(static_cast<const ElementOf<decltype(element)>*>(partOf(array, real))[dataIndex]);
-    });
+    const qxClassID classId = classIdOf(array);
+    return visitElementClass(
+        classId,
+        [&](auto one) {
+            using E = typename decltype(one)::Java;
+            return castElement<T>(static_cast<const E*>(partOf(array, real))[dataIndex]);
+        },
+        [classId]() -> T { refuseClass(classId, PrimitiveVisitor::data); });
 }
 
 /// The natives that read one element as a primitive, from a jint index or a jintArray of subscripts. A gap of a
@@ -22,14 +29,13 @@ T loadElement(const qxArray* array, std::size_t dataIndex, bool real) {
 template <typename T, typename JavaAddress>
 T readElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, bool real) {
     return subscriptGuarded(env, T{}, [&]() -> T {
-        qxArray* array = openHandle(env, handle);
+        const qxArray* array = openHandle(env, handle);
         if (array == nullptr) {
             raise(env, "java/lang/RuntimeException", "qxGet<TYPE>At failed: NULL array pointer");
         }
         checkImaginaryAccess(env, array, real);
         auto address = addressOf(env, javaAddress);
-        address.check(array);
-        const std::optional<std::size_t> dataIndex = findData(env, array, address);
+        const std::optional<std::size_t> dataIndex = findData(env, array, address.resolve(array));
         return dataIndex ? loadElement<T>(array, *dataIndex, real) : T{};
     });
 }

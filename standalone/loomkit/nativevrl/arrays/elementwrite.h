@@ -1,9 +1,12 @@
 #pragma once
 
 #include "arrays/elementaddress.h"
+#include "arrays/sparseelementview.h"
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
-#include "layout/visitclass.h"
+#include "layout/elementclass.h"
+#include "layout/refuseclass.h"
 #include "proxies/jobjectproxy.h"
 #include "proxies/numericcast.h"
 
@@ -31,25 +34,28 @@ E elementFrom(const JObjectProxy& value) {
     return elementFrom<E>(value.as<E>());
 }
 
+/// Calls `store` with the value as an element of the array's class; a class without primitive elements is refused in
+/// the words of a family.
+template <PrimitiveVisitor family, typename V, typename Store>
+void convertAndStore(const qxArray* array, const V& value, Store&& store) {
+    const qxClassID classId = classIdOf(array);
+    visitElementClass(
+        classId, [&](auto one) { store(elementFrom<typename decltype(one)::Java>(value)); },
+        [classId] { refuseClass(classId, family); });
+}
+
 template <typename V>
 void writeDense(const qxArray* array, std::size_t index, const V& value, bool real) {
-    visitPrimitive<PrimitiveVisitor::data>(classIdOf(array), [&](auto element) {
-        using E = ElementOf<decltype(element)>;
-        const E converted = elementFrom<E>(value);
-        static_cast<E*>(partOf(array, real))[index] = converted;
-    });
+    convertAndStore<PrimitiveVisitor::data>(
+        array, value, [&](auto element) { static_cast<decltype(element)*>(partOf(array, real))[index] = element; });
 }
 
 /// A write for which memory runs out is lost in silence. The value is converted first: an object's own accessor may
 /// come back to the array, which no view may lie over then.
-template <typename Address, typename V>
-void writeSparse(qxArray* array, Address& address, const V& value, bool real) {
-    visitPrimitive<PrimitiveVisitor::type>(classIdOf(array), [&](auto element) {
-        using E = ElementOf<decltype(element)>;
-        const E converted = elementFrom<E>(value);
-        SparseElementView<E> view(array);
-        view.setElement(address.sparsePosition(view), converted, real);
-    });
+template <typename V>
+void writeSparse(qxArray* array, SparsePosition at, const V& value, bool real) {
+    convertAndStore<PrimitiveVisitor::type>(
+        array, value, [&](auto element) { SparseElementView<decltype(element)>(array).setElement(at, element, real); });
 }
 
 /// The natives that write one element, at a jint index or a jintArray of subscripts, in one part of the array.
@@ -62,11 +68,11 @@ void writeElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, const V&
         }
         checkImaginaryAccess(env, array, real);
         auto address = addressOf(env, javaAddress);
-        address.check(array);
+        const ElementPosition position = address.resolve(array);
         if (array->isSparse()) {
-            writeSparse(array, address, value, real);
+            writeSparse(array, position.sparse, value, real);
         } else {
-            writeDense(array, address.denseIndex(array), value, real);
+            writeDense(array, position.index, value, real);
         }
         return true;
     });

@@ -1,15 +1,25 @@
 /// Natives that read and replace what cell and struct arrays hold. Neither takes a handle of address 0.
 
-#include "arrays/slots.h"
+#include "arrays/subscripts.h"
 #include "boundary/arrayhandle.h"
 #include "boundary/boundary.h"
 #include "toarray/jconvert.h"
+#include "tojava/slotwrapper.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
 using namespace nativevrl;
 
 namespace {
+
+/// An index from 0 that must name a slot: of a struct or object array one of the elements' fields, of any other an
+/// element. Raises java.lang.ArrayIndexOutOfBoundsException.
+void checkSlot(JNIEnv* env, const qxArray* array, jint index) {
+    const std::uint32_t classWord = array->classWord();
+    const bool hasFields = classWord == qxSTRUCT_CLASS || classWord == qxOBJECT_CLASS;
+    const std::size_t elements = qxGetNumberOfElements(array);
+    checkIndex(env, index, hasFields ? elements * array->get_number_of_struct_fields() : elements);
+}
 
 /// A new array from a Java object, its class and complexity derived, in the free scope. Raises
 /// java.lang.OutOfMemoryError when it can't be made.
@@ -19,7 +29,7 @@ qxArrayOwner elementFromJava(JNIEnv* env, jobject value) {
     if (!element) {
         tether::throwOutOfMemory(env);
     }
-    freeForJava(element.get());
+    setFreeScope(element.get());
     return element;
 }
 
@@ -30,7 +40,7 @@ void replaceSlot(JNIEnv* env, qxArray* array, std::size_t slot, qxArrayOwner ele
     if (!storable) {
         tether::throwOutOfMemory(env);
     }
-    qxDestroyArray(qxGetCell(array, slot));
+    const qxArrayOwner replaced(qxGetCell(array, slot));
     qxSetCell(array, slot, storable.release());
 }
 
@@ -40,7 +50,7 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetCell(JNIEnv* env, j
     return guarded<jobject>(nullptr, [&] {
         const qxArray* array = openHandle(env, handle);
         checkSlot(env, array, index);
-        return wrapSlot(env, array, static_cast<std::size_t>(index));
+        return wrapSlot(env, qxGetCell(array, static_cast<std::size_t>(index)));
     });
 }
 

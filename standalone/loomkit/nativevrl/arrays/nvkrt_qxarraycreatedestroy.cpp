@@ -71,9 +71,6 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDuplicateArray(JNIEnv*
             return nullptr;
         }
         // Its scope stays as the array library made it.
-        qxArrayOwner duplicate(qxDuplicateArray(openHandle(env, handle)));
-        jobject duplicateHandle = makeHandle(env, duplicate.get());
-        static_cast<void>(duplicate.release());
-        return duplicateHandle;
+        return makeHandle(env, qxArrayOwner(qxDuplicateArray(openHandle(env, handle))));
     });
 }

@@ -1,10 +1,11 @@
 /// Natives that tell Java what an array is. Each answers a handle of address 0 with its own neutral value.
 
-#include "arrays/sparseelementview.h"
 #include "arrays/subscripts.h"
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "boundary/castguard.h"
+#include "layout/sparsecolumns.h"
 #include "proxies/javalength.h"
 #include "proxies/jobjectarrayproxy.h"
 #include "proxies/jstringproxy.h"
@@ -21,7 +22,7 @@ namespace {
 template <typename Result, typename Ask>
 Result query(JNIEnv* env, jobject handle, Result ofNull, Ask&& ask) {
     return guarded(Result{}, [&]() -> Result {
-        qxArray* array = openHandle(env, handle);
+        const qxArray* array = openHandle(env, handle);
         return array == nullptr ? ofNull : ask(array);
     });
 }
@@ -29,31 +30,25 @@ Result query(JNIEnv* env, jobject handle, Result ofNull, Ask&& ask) {
 /// A size that must fit into a Java int.
 template <typename Ask>
 jint queryInt(JNIEnv* env, jobject handle, jint ofNull, Ask&& ask) {
-    return query(env, handle, ofNull, [&](qxArray* array) { return toJavaInt(env, ask(array)); });
+    return query(env, handle, ofNull, [&](const qxArray* array) { return toJavaInt(env, ask(array)); });
 }
 
 template <typename Ask>
 jboolean queryBoolean(JNIEnv* env, jobject handle, bool ofNull, Ask&& ask) {
     return query(env, handle, static_cast<jboolean>(ofNull),
-                 [&](qxArray* array) { return static_cast<jboolean>(ask(array) ? JNI_TRUE : JNI_FALSE); });
+                 [&](const qxArray* array) { return static_cast<jboolean>(ask(array) ? JNI_TRUE : JNI_FALSE); });
 }
 
 /// Elements that Java counts as stored: all of a dense array, zeros too.
-std::size_t numberOfNonZeros(qxArray* array) {
+std::size_t numberOfNonZeros(const qxArray* array) {
     if (!array->isSparse()) {
         return qxGetNumberOfElements(array);
     }
-    switch (classIdOf(array)) {
-        case qxLOGICAL_CLASS:
-            return SparseElementView<jboolean>(array).count();
-        case qxDOUBLE_CLASS:
-            return SparseElementView<jdouble>(array).count();
-        default:
-            return 0;
-    }
+    const qxClassID classId = classIdOf(array);
+    return classId == qxLOGICAL_CLASS || classId == qxDOUBLE_CLASS ? SparseColumns::of(array).count() : 0;
 }
 
-jintArray extentsOf(JNIEnv* env, const qxArray* array) {
+jintArray extentsForJava(JNIEnv* env, const qxArray* array) {
     const std::uint32_t* extents = array == nullptr ? nullptr : array->get_dimensions();
     const std::size_t count = extents == nullptr ? 0 : array->numberOfDimensions();
     NewJPrimitiveArrayProxy<jint> result(env, count);
@@ -128,7 +123,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfElements(JNIEn
 }
 
 jintArray Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetDimensions(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jintArray>(nullptr, [&] { return extentsOf(env, openHandle(env, handle)); });
+    return guarded<jintArray>(nullptr, [&] { return extentsForJava(env, openHandle(env, handle)); });
 }
 
 jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsSparse(JNIEnv* env, jclass, jobject handle) {

@@ -1,6 +1,7 @@
 /// Natives that turn arrays into bytes and back, and those that compare and hash arrays by these bytes.
 
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/invariant.h"
 #include "proxies/jarrayproxy.h"

@@ -40,9 +40,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcSingleSubscript(JNIEn
             return refuseNull(env, "null index array");
         }
         const qxArray* array = openForSubscripts(env, handle);
-        SubscriptAddress address(env, subscripts);
-        address.check(array);
-        return toJavaInt(env, address.denseIndex(array));
+        return toJavaInt(env, SubscriptAddress(env, subscripts).resolveIndex(array));
     });
 }
 

@@ -1,13 +1,12 @@
 #include "arrays/objectread.h"
 
 #include "arrays/elementaddress.h"
-#include "arrays/slots.h"
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
-#include "layout/visitclass.h"
+#include "layout/elementclass.h"
 #include "proxies/jboxedproxies.h"
-
-#include <type_traits>
+#include "tojava/slotwrapper.h"
 
 namespace nativevrl {
 
@@ -25,21 +24,20 @@ jobject box(JNIEnv* env, T value) {
 
 /// What a gap of a sparse array reads as: a zero in the box of a numeric class. Logical and char have none.
 jobject boxedZero(JNIEnv* env, qxClassID classId) {
-    return visitClass(
+    return visitElementClass(
         classId,
-        [env](auto element) -> jobject {
-            using E = ElementOf<decltype(element)>;
-            if constexpr (std::is_same_v<E, jboolean> || std::is_same_v<E, jchar>) {
-                refuseGap(env);
+        [env](auto one) -> jobject {
+            if constexpr (isNumericClass(decltype(one)::id)) {
+                return box(env, typename decltype(one)::Java{});
             } else {
-                return box(env, E{});
+                refuseGap(env);
             }
         },
-        [env](qxClassID) -> jobject { refuseGap(env); });
+        [env]() -> jobject { refuseGap(env); });
 }
 
-qxArray* openForObject(JNIEnv* env, jobject handle) {
-    qxArray* array = openHandle(env, handle);
+const qxArray* openForObject(JNIEnv* env, jobject handle) {
+    const qxArray* array = openHandle(env, handle);
     if (array == nullptr) {
         raise(env, "java/lang/RuntimeException", "qxGetObjectAt - NULL pointer error");
     }
@@ -49,11 +47,10 @@ qxArray* openForObject(JNIEnv* env, jobject handle) {
 template <typename JavaAddress>
 jobject readObjectAt(JNIEnv* env, jobject handle, JavaAddress javaAddress, bool real) {
     return guarded<jobject>(nullptr, [&] {
-        qxArray* array = openForObject(env, handle);
+        const qxArray* array = openForObject(env, handle);
         auto address = addressOf(env, javaAddress);
         checkImaginaryAccess(env, array, real);
-        address.check(array);
-        const std::optional<std::size_t> dataIndex = findData(env, array, address);
+        const std::optional<std::size_t> dataIndex = findData(env, array, address.resolve(array));
         return dataIndex ? elementToObject(env, array, *dataIndex, real) : boxedZero(env, classIdOf(array));
     });
 }
@@ -65,17 +62,16 @@ jobject elementToObject(JNIEnv* env, const qxArray* array, std::size_t dataIndex
         raise<tether::NullPointerException>(env, "java/lang/NullPointerException", "Null qxArray pointer reference");
     }
     const qxClassID classId = classIdOf(array);
-    if (classId == qxCELL_CLASS || classId == qxSTRUCT_CLASS || classId == qxFUNCTION_CLASS) {
-        return wrapSlot(env, array, dataIndex);
+    if (hasSlots(classId)) {
+        return wrapSlot(env, qxGetCell(array, dataIndex));
     }
-    return visitClass(
+    return visitElementClass(
         classId,
-        [&](auto element) -> jobject {
-            return box(env, static_cast<const ElementOf<decltype(element)>*>(partOf(array, real))[dataIndex]);
+        [&](auto one) {
+            using E = typename decltype(one)::Java;
+            return box(env, static_cast<const E*>(partOf(array, real))[dataIndex]);
         },
-        [env](qxClassID) -> jobject {
-            raise(env, "java/lang/RuntimeException", "could not convert from array class type");
-        });
+        [env]() -> jobject { raise(env, "java/lang/RuntimeException", "could not convert from array class type"); });
 }
 
 jobject readObject(JNIEnv* env, jobject handle, jint index, bool real) {

@@ -1,5 +1,7 @@
 #include "arrays/sparseelementview.h"
 
+#include "boundary/arrayparts.h"
+
 #include <boost/numeric/conversion/cast.hpp>
 
 #include <algorithm>
@@ -61,15 +63,10 @@ void SparseArrayView::attach(qxArray* array, bool owned) {
     owned_ = owned;
     rows_ = array->get_dimensions()[0];
     columns_ = static_cast<std::uint32_t>(qxGetN(array));
-    const bool isComplex = array->hasComplexFlag() && array->imagData() != nullptr;
-    saved_ = {array->capacity(), array->rowIndexTable(), array->realData(), array->imagData(), isComplex};
-    isComplex_ = isComplex;
-    capacity_ = saved_.capacity;
-    rowIndex_ = saved_.rowIndex;
-    real_ = saved_.real;
-    imag_ = saved_.imag;
+    now_ = {array->capacity(), array->rowIndexTable(), array->realData(), array->imagData(), isComplex(array)};
+    saved_ = now_;
     columnStart_ = array->columnStartTable();
-    count_ = columnStart_ == nullptr ? 0 : columnStart_[columns_];
+    count_ = columns().count();
     elementSize_ = qxGetElementSize(array);
 }
 
@@ -85,30 +82,22 @@ void SparseArrayView::end() {
 }
 
 void SparseArrayView::flush() {
-    if (capacity_ != saved_.capacity) {
-        qxSetNzmax(array_, capacity_);
+    if (now_.capacity != saved_.capacity) {
+        qxSetNzmax(array_, now_.capacity);
     }
-    if (rowIndex_ != saved_.rowIndex) {
-        qxSetIr(array_, rowIndex_);
+    if (now_.rowIndex != saved_.rowIndex) {
+        qxSetIr(array_, now_.rowIndex);
     }
-    if (real_ != saved_.real) {
-        qxSetData(array_, real_);
+    if (now_.real != saved_.real) {
+        qxSetData(array_, now_.real);
     }
-    if (isComplex_ != saved_.isComplex || imag_ != saved_.imag) {
-        const auto setImag = isComplex_ ? qxSetImagData : qxMoveImagData;
-        setImag(array_, imag_);
+    const bool hasImagMoved = now_.isComplex != saved_.isComplex || now_.imag != saved_.imag;
+    if (hasImagMoved && now_.isComplex) {
+        qxSetImagData(array_, now_.imag);
+    } else if (hasImagMoved) {
+        qxMoveImagData(array_, now_.imag);
     }
-    saved_ = {capacity_, rowIndex_, real_, imag_, isComplex_};
-}
-
-SparsePosition SparseArrayView::positionOf(std::size_t index) const noexcept {
-    return {static_cast<std::uint32_t>(index % rows_), static_cast<std::uint32_t>(index / rows_ % columns_)};
-}
-
-SparseArrayView::Range SparseArrayView::findRange(SparsePosition at) const noexcept {
-    const auto [first, last] =
-        std::equal_range(rowIndex_ + columnStart_[at.column], rowIndex_ + columnStart_[at.column + 1], at.row);
-    return {static_cast<std::uint32_t>(first - rowIndex_), static_cast<std::uint32_t>(last - rowIndex_)};
+    saved_ = now_;
 }
 
 void* SparseArrayView::elementAt(void* block, std::uint32_t stored) const noexcept {
@@ -116,36 +105,36 @@ void* SparseArrayView::elementAt(void* block, std::uint32_t stored) const noexce
 }
 
 void* SparseArrayView::findElement(SparsePosition at, bool real) const noexcept {
-    void* block = real ? real_ : imag_;
-    const bool isPart = block != nullptr && (real || isComplex_);
-    const Range range = findRange(at);
+    void* block = real ? now_.real : now_.imag;
+    const bool isPart = block != nullptr && (real || now_.isComplex);
+    const StoredRange range = findRange(at);
     return isPart && range.isStored() ? elementAt(block, range.first) : nullptr;
 }
 
 bool SparseArrayView::insertOrAssign(SparsePosition at, const void* value, bool real) {
-    const Range range = findRange(at);
+    const StoredRange range = findRange(at);
     if (!range.isStored()) {
         return insertAt(range.first, at, value, real);
     }
     if (!providePart(real)) {
         return false;
     }
-    std::memcpy(elementAt(real ? real_ : imag_, range.first), value, elementSize_);
+    std::memcpy(elementAt(real ? now_.real : now_.imag, range.first), value, elementSize_);
     return true;
 }
 
 bool SparseArrayView::providePart(bool real) {
-    if (!real && imag_ == nullptr) {
-        imag_ = qxCalloc(capacity_, elementSize_);
+    if (!real && now_.imag == nullptr) {
+        now_.imag = qxCalloc(now_.capacity, elementSize_);
     }
-    isComplex_ = isComplex_ || (!real && imag_ != nullptr);
-    return real || isComplex_;
+    now_.isComplex = now_.isComplex || (!real && now_.imag != nullptr);
+    return real || now_.isComplex;
 }
 
 void SparseArrayView::moveTail(std::uint32_t from, std::uint32_t to) {
     const std::size_t elements = count_ - from;
-    std::memmove(rowIndex_ + to, rowIndex_ + from, elements * sizeof *rowIndex_);
-    for (void* block : {real_, imag_}) {
+    std::memmove(now_.rowIndex + to, now_.rowIndex + from, elements * sizeof *now_.rowIndex);
+    for (void* block : {now_.real, now_.imag}) {
         if (block != nullptr) {
             std::memmove(elementAt(block, to), elementAt(block, from), elements * elementSize_);
         }
@@ -158,18 +147,18 @@ bool SparseArrayView::insertAt(std::uint32_t stored, SparsePosition at, const vo
         return false;
     }
     moveTail(stored, stored + 1);
-    rowIndex_[stored] = at.row;
-    if (imag_ != nullptr) {
-        std::memset(elementAt(real ? imag_ : real_, stored), 0, elementSize_);
+    now_.rowIndex[stored] = at.row;
+    if (now_.imag != nullptr) {
+        std::memset(elementAt(real ? now_.imag : now_.real, stored), 0, elementSize_);
     }
-    std::memcpy(elementAt(real ? real_ : imag_, stored), value, elementSize_);
+    std::memcpy(elementAt(real ? now_.real : now_.imag, stored), value, elementSize_);
     std::for_each(columnStart_ + at.column + 1, columnStart_ + columns_ + 1, [](std::uint32_t& start) { ++start; });
     ++count_;
     return true;
 }
 
 bool SparseArrayView::erase(SparsePosition at) {
-    const Range range = findRange(at);
+    const StoredRange range = findRange(at);
     return !range.isStored() || eraseAt(range.first, at);
 }
 
@@ -177,35 +166,37 @@ bool SparseArrayView::eraseAt(std::uint32_t stored, SparsePosition at) {
     moveTail(stored + 1, stored);
     std::for_each(columnStart_ + at.column + 1, columnStart_ + columns_ + 1, [](std::uint32_t& start) { --start; });
     --count_;
-    return applyShrink(shrunkCapacity(capacity_, count_));
+    return applyShrink(shrunkCapacity(now_.capacity, count_));
 }
 
 bool SparseArrayView::reserve(std::uint32_t needed) {
-    if (capacity_ >= needed) {
+    if (now_.capacity >= needed) {
         return true;
     }
     const std::uint64_t elements = std::uint64_t{rows_} * columns_;
     const auto limit =
         static_cast<std::uint32_t>(std::min<std::uint64_t>(elements, std::numeric_limits<std::uint32_t>::max()));
-    const std::uint32_t grown = growCapacity(needed, capacity_, limit);
-    if (!resize(real_, grown, elementSize_) || !resize(imag_, grown, elementSize_) ||
-        !resize(rowIndex_, grown, sizeof *rowIndex_)) {
+    const std::uint32_t grown = growCapacity(needed, now_.capacity, limit);
+    // Tables that hold a position twice can be full already.
+    const bool isRoom = grown >= needed;
+    if (!isRoom || !resize(now_.real, grown, elementSize_) || !resize(now_.imag, grown, elementSize_) ||
+        !resize(now_.rowIndex, grown, sizeof *now_.rowIndex)) {
         return false;
     }
-    capacity_ = grown;
+    now_.capacity = grown;
     return true;
 }
 
 bool SparseArrayView::applyShrink(std::uint32_t newCapacity) {
-    if (newCapacity < count_ || newCapacity >= capacity_) {
+    if (newCapacity < count_ || newCapacity >= now_.capacity) {
         return true;
     }
-    if (!resize(real_, newCapacity, elementSize_)) {
+    if (!resize(now_.real, newCapacity, elementSize_)) {
         return false;
     }
     // The first block is smaller from here on: the capacity must not promise more, whatever becomes of the others.
-    capacity_ = newCapacity;
-    return resize(imag_, newCapacity, elementSize_) && resize(rowIndex_, newCapacity, sizeof *rowIndex_);
+    now_.capacity = newCapacity;
+    return resize(now_.imag, newCapacity, elementSize_) && resize(now_.rowIndex, newCapacity, sizeof *now_.rowIndex);
 }
 
 }  // namespace nativevrl

@@ -1,18 +1,13 @@
 #pragma once
 
+#include "layout/sparsecolumns.h"
 #include "qx/qx.h"
 
 #include <cstddef>
 #include <cstdint>
 
-/// Element access to sparse arrays: the one place that searches and edits the compressed columns.
+/// Editing sparse arrays element by element, in place.
 namespace nativevrl {
-
-/// Row and column of an element, both from 0.
-struct SparsePosition {
-    std::uint32_t row;
-    std::uint32_t column;
-};
 
 /// New capacity of a sparse array's tables for `needed` stored elements, from `current`: it doubles, in multiples of
 /// 64, up to 5% of a full matrix, then grows by 1% at a time, and never exceeds `limit`, the full matrix. Throws
@@ -26,8 +21,8 @@ std::uint32_t shrunkCapacity(std::uint32_t capacity, std::uint32_t count);
 /// pointers; what an edit has moved goes back into the array when the view flushes, at the latest when it ends, so no
 /// exception can lose a table. While a view lives nothing else may edit the array.
 ///
-/// Within a column the row indices rise strictly, and values lie at the positions of their row indices. Edits return
-/// false when memory runs out; the tables are then consistent, and the element is as it was.
+/// Values lie at the positions of their row indices. Edits return false when memory runs out, or when tables that don't
+/// fit together leave no room; the tables are then as consistent as they were, and the element is as it was.
 class SparseArrayView {
 public:
     SparseArrayView() = default;
@@ -42,19 +37,16 @@ public:
 
     /// Number of stored elements; 0 for an array without tables.
     std::uint32_t count() const noexcept { return count_; }
-    std::uint32_t capacity() const noexcept { return capacity_; }
+    std::uint32_t capacity() const noexcept { return now_.capacity; }
+
+    /// The columns as the last edit left them; valid until the next.
+    SparseColumns columns() const noexcept { return {rows_, columns_, now_.rowIndex, columnStart_}; }
 
     /// Splits an index in column-major order, which must lie below the number of elements.
-    SparsePosition positionOf(std::size_t index) const noexcept;
+    SparsePosition positionOf(std::size_t index) const noexcept { return columns().positionOf(index); }
 
-    /// Where an element is stored, or would be: an empty range when it is not.
-    struct Range {
-        std::uint32_t first;
-        std::uint32_t last;
-        bool isStored() const noexcept { return first != last; }
-    };
-    Range findRange(SparsePosition at) const noexcept;
-    Range findRangeByIndex(std::size_t index) const noexcept { return findRange(positionOf(index)); }
+    StoredRange findRange(SparsePosition at) const noexcept { return columns().findRange(at); }
+    StoredRange findRangeByIndex(std::size_t index) const noexcept { return findRange(positionOf(index)); }
 
     /// The element in one part; null when it is not stored or there is no such part.
     void* findElement(SparsePosition at, bool real) const noexcept;
@@ -80,8 +72,8 @@ private:
         std::uint32_t capacity = 0;
         std::uint32_t* rowIndex = nullptr;
         void* real = nullptr;
-        void* imag = nullptr;
-        bool isComplex = false;
+        void* imag = nullptr;    ///< null unless some header over the storage is complex: it moves with the rest
+        bool isComplex = false;  ///< whether this array is complex: to a real one `imag` is no part of an element
     };
 
     void end();
@@ -95,14 +87,10 @@ private:
     qxArray* array_ = nullptr;
     std::uint32_t rows_ = 0;
     std::uint32_t columns_ = 0;
-    std::uint32_t capacity_ = 0;
     std::uint32_t count_ = 0;
-    std::uint32_t* rowIndex_ = nullptr;
     std::uint32_t* columnStart_ = nullptr;  // the end of column c is columnStart_[c + 1]
-    void* real_ = nullptr;
-    void* imag_ = nullptr;    // null unless some header over the storage is complex: it moves with the rest
-    bool isComplex_ = false;  // whether this array is complex: to a real one `imag_` is no part of an element
     std::size_t elementSize_ = 0;
+    Tables now_;
     Tables saved_;
 };
 

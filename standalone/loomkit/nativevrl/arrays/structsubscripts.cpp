@@ -1,6 +1,7 @@
 #include "arrays/structsubscripts.h"
 
 #include "arrays/subscripts.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 
 #include <vector>
@@ -8,10 +9,6 @@
 namespace nativevrl {
 
 namespace {
-
-std::vector<unsigned> extentsOf(const qxArray* array) {
-    return {array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions()};
-}
 
 /// The sum over the extents with the number of fields in front, for as many subscripts with the field in front.
 template <typename Subscript>

@@ -1,6 +1,6 @@
 #include "arrays/subscriptrun.h"
 
-#include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/castguard.h"
 #include "layout/dimensionmaps.h"
 #include "proxies/jarrayproxy.h"

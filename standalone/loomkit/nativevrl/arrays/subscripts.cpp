@@ -61,10 +61,14 @@ void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t di
 template void checkSubscripts(JNIEnv*, const std::uint32_t*, std::uint32_t, const jint*, std::size_t);
 template void checkSubscripts(JNIEnv*, const std::uint32_t*, std::uint32_t, const unsigned*, std::size_t);
 
-void checkLinearIndex(JNIEnv* env, const qxArray* array, std::int64_t index) {
-    if (index < 0 || static_cast<std::uint64_t>(index) >= qxGetNumberOfElements(array)) {
+void checkIndex(JNIEnv* env, std::int64_t index, std::size_t count) {
+    if (index < 0 || static_cast<std::uint64_t>(index) >= count) {
         refuse(env, "Index out of bounds");
     }
+}
+
+void checkLinearIndex(JNIEnv* env, const qxArray* array, std::int64_t index) {
+    checkIndex(env, index, qxGetNumberOfElements(array));
 }
 
 jint toJavaInt(JNIEnv* env, std::size_t value) {

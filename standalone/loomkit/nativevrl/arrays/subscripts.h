@@ -24,6 +24,9 @@ template <typename Subscript>
 void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t dimensionCount,
                      const Subscript* subscripts, std::size_t length);
 
+/// An index from 0 that must lie below `count`.
+void checkIndex(JNIEnv* env, std::int64_t index, std::size_t count);
+
 /// An index from 0 that must lie below the number of elements.
 void checkLinearIndex(JNIEnv* env, const qxArray* array, std::int64_t index);
 

@@ -1,7 +1,7 @@
 #include "boundary/arrayhandle.h"
 
-#include "boundary/boundary.h"
 #include "proxies/jnativeptrproxy.h"
+#include "proxies/jnvarrayproxy.h"
 
 namespace nativevrl {
 
@@ -9,33 +9,28 @@ qxArray* openHandle(JNIEnv* env, jobject nativePtr) {
     return static_cast<qxArray*>(JNativePtrProxy(env, nativePtr).address());
 }
 
-jobject makeHandle(JNIEnv* env, qxArray* array) { return NewJNativePtrProxy(env, array).detach(); }
-
-qxArray* freeForJava(qxArray* array) {
+qxArray* setFreeScope(qxArray* array) {
     if (array != nullptr) {
         qxSetArrayScope(array, qxFREE_SCOPE);
     }
     return array;
 }
 
-jobject handOver(JNIEnv* env, qxArrayOwner array) {
-    jobject handle = makeHandle(env, freeForJava(array.get()));
+jobject makeHandle(JNIEnv* env, qxArrayOwner array) {
+    NewJNativePtrProxy handle(env, array.get());
     static_cast<void>(array.release());  // Java has it now
-    return handle;
+    return handle.detach();
 }
 
-void checkImaginaryAccess(JNIEnv* env, const qxArray* array, bool real) {
-    if (!real && !isComplex(array)) {
-        raise<tether::IllegalArgumentException>(env, "java/lang/IllegalArgumentException",
-                                                "Can not get imaginary part of real array");
-    }
+jobject handOver(JNIEnv* env, qxArrayOwner array) {
+    setFreeScope(array.get());
+    return makeHandle(env, std::move(array));
 }
 
-std::size_t storedElementCount(const qxArray* array) {
-    if (qxIsEmpty(array)) {
-        return 0;
-    }
-    return array->isSparse() ? array->columnStartTable()[qxGetN(array)] : qxGetNumberOfElements(array);
+jobject wrap(JNIEnv* env, qxArrayOwner array) {
+    NewJNVArrayProxy wrapper(env, setFreeScope(array.get()));
+    static_cast<void>(array.release());  // the wrapper has it now, or its object was all that counted
+    return wrapper.detach();
 }
 
 }  // namespace nativevrl

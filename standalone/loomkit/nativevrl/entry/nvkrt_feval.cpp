@@ -58,7 +58,7 @@ jobject objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result) {
     if (result != nullptr && ojIsJavaArray(result)) {
         return NewJNVJavaObjectRefProxy(env, result, &instance).detach();
     }
-    return NewJNVArrayProxy(env, freeForJava(result)).detach();
+    return NewJNVArrayProxy(env, setFreeScope(result)).detach();
 }
 
 /// Hands the results over, one to each place of the iterator. An array stays in its slot until its object is made

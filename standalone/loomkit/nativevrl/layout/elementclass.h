@@ -22,6 +22,9 @@ using LogicalClass = ElementClass<qxLOGICAL_CLASS, std::uint8_t, jboolean>;
 using CharClass = ElementClass<qxCHAR_CLASS, char16_t, jchar>;
 using DoubleClass = ElementClass<qxDOUBLE_CLASS, double, jdouble>;
 
+/// Double to uint64: the classes of numbers, without logical and char.
+constexpr bool isNumericClass(qxClassID id) { return id >= qxDOUBLE_CLASS && id <= qxUINT64_CLASS; }
+
 /// Calls `visitor` with the ElementClass of a class id, and `otherwise` for an id of any other class or of none. Both
 /// give the same type.
 template <typename Visitor, typename Otherwise>

@@ -1,6 +1,7 @@
 #include "toarray/arraycreation.h"
 
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/jnvarrayproxy.h"
 #include "qx/arrayowner.h"
@@ -117,7 +118,7 @@ qxArray* passOn(JNVArrayInitializer& initializer) {
     if (result == nullptr) {
         refuseCreation(env);
     }
-    return freeForJava(result);
+    return setFreeScope(result);
 }
 
 }  // namespace
@@ -139,7 +140,7 @@ qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& speci
     if (array == nullptr) {
         refuseCreation(env);
     }
-    return freeForJava(array);
+    return setFreeScope(array);
 }
 
 qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initializer) {

@@ -1,6 +1,6 @@
 #include "toarray/flatstore.h"
 
-#include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/jboxedproxies.h"
 #include "toarray/javakind.h"

@@ -1,6 +1,7 @@
 /// Natives that make an array of stated dimensions, or from Java data as it is.
 
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/jobjectarrayproxy.h"
 #include "qx/arrayowner.h"

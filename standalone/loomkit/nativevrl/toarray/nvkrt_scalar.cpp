@@ -1,6 +1,7 @@
 /// Natives that make a 1-by-1 array around a primitive value.
 
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "toarray/nativeelement.h"
 

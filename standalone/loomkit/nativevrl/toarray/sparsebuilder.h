@@ -166,7 +166,7 @@ qxArray* makeSparse(KeptEntries<Entry>& kept, unsigned rows, unsigned columns, s
         sortEntries(entries, *array, rows, columns);
     }
     fillSparse(entries, *array, columns);
-    return freeForJava(array.release());
+    return setFreeScope(array.release());
 }
 
 /// `count` triplets with values from a dense array: zeros dropped, duplicates summed (logical ones ORed).

@@ -1,6 +1,7 @@
 #include "toarray/sparsecreation.h"
 
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/invariant.h"
 #include "qx/arrayowner.h"
@@ -226,7 +227,7 @@ qxArray* convertToSparse(JNIEnv* env, const JObjectProxy& real, const JObjectPro
     if (result == nullptr) {
         raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
     }
-    return freeForJava(result);
+    return setFreeScope(result);
 }
 
 }  // namespace nativevrl::JConvert

@@ -18,6 +18,15 @@ struct GatherShape {
     std::size_t rowStride;     ///< in the source, from one row to the next
     std::size_t columnStride;  ///< in the source, from one element of a row to the next
     std::size_t pitch;         ///< in the buffer, from one row to the next
+
+    /// One row of elements that lie `stride` apart.
+    static constexpr GatherShape row(std::size_t length, std::size_t stride) { return {1, length, 0, stride, length}; }
+
+    /// Rows whose elements are neighbours, column by column.
+    static constexpr GatherShape neighbours(std::size_t rows, std::size_t length, std::size_t columnStride,
+                                            std::size_t pitch) {
+        return {rows, length, 1, columnStride, pitch};
+    }
 };
 
 template <typename T>
@@ -72,7 +81,7 @@ void castAndTurnPanel(const S* from, GatherShape shape, T* to) {
         for (std::size_t column = 0; column < kPanel<T>; ++column) {
             castRun(from + column * shape.columnStride + row, rows, cast + column * piece);
         }
-        turnPanel<T>(cast, {rows, kPanel<T>, 1, piece, shape.pitch}, to + row * shape.pitch);
+        turnPanel<T>(cast, GatherShape::neighbours(rows, kPanel<T>, piece, shape.pitch), to + row * shape.pitch);
     }
 }
 

@@ -3,12 +3,13 @@
 #include "layout/leveltable.h"
 #include "proxies/javalength.h"
 #include "proxies/jobjectarrayproxy.h"
-#include "tojava/elementreader.h"
 #include "tojava/leaves.h"
+#include "tojava/partview.h"
 #include "tojava/tile.h"
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -16,57 +17,39 @@
 
 namespace nativevrl {
 
-/// Class of the elements of an array of `depth` levels above rows of Leaf.
-template <typename Leaf>
-std::string nestingClass(std::size_t depth) {
-    return std::string(depth - 1, '[') + Leaf::className();
-}
-
-/// A new array of `length` nulls, of `depth` levels above rows of Leaf.
-template <typename Leaf>
-NewJObjectArrayProxy<JObjectProxy> newNesting(JNIEnv* env, std::size_t depth, std::size_t length) {
-    return {env, nestingClass<Leaf>(depth).c_str(), javaLength(env, length)};
-}
-
 /// Builds the nested Java array of dense elements: one level of arrays for each entry of the level table, outermost
 /// first, and rows of Leaf at the innermost. Element [i][j]... is the one at i and j times their levels' strides.
 ///
 /// Rows whose elements lie apart are gathered through a tile, neighbours together, so that each cache line of the
 /// source is read once; a gathered row goes to Java in one call, as a contiguous one does. Neighbouring rows belong to
-/// arrays of the first levels next to one another, so some of these are filled at the same time. The source is borrowed
-/// and must not change.
+/// arrays of the first levels next to one another, so some of these are filled at the same time. What is open at each
+/// level stands in a list and not on the stack, which is as deep as the caller's thread has it.
 template <typename Leaf>
 class NestedWalk {
     using T = typename Leaf::Element;
 
 public:
-    NestedWalk(JNIEnv* env, const ElementReader<T>& reader) : env_(env), reader_(reader) {}
+    NestedWalk(JNIEnv* env, const PartView<T>& part) : env_(env), part_(part) {}
 
-    /// The array of `count` levels, one at least, over the elements from `base` on. A local reference of the caller.
-    jobject build(const void* base, const LevelExtent* levels, std::size_t count) {
-        if (count < 2) {
-            return buildRow(base, levels->stride, levels->size);
+    /// The array of these levels, one at least. A local reference of the caller. Throws std::bad_alloc when there is
+    /// no room for the list of what is open.
+    jobject build(const LevelTable& levels) {
+        if (levels.size() == 1) {
+            return buildRow(levels[0].stride, levels[0].size);
         }
-        base_ = base;
-        planTile(levels[count - 1]);
-        Outer outer = newNesting<Leaf>(env_, count - 1, levels->size);
-        fill({&outer, 1}, 0, levels, count);
-        return outer.detach();
+        planTile(levels.back());
+        // The class names of the arrays within are the ends of this one.
+        const std::string elementClass = std::string(levels.size() - 2, '[') + Leaf::className();
+        std::vector<Siblings> open(levels.size() - 1);
+        open[0].arrays.emplace_back(env_, elementClass.c_str(), javaLength(env_, levels[0].size));
+        fill(open, levels, elementClass.c_str());
+        return open[0].arrays[0].detach();
     }
 
-    /// One row of `length` elements that lie `stride` apart.
-    jobject buildRow(const void* base, std::size_t stride, std::size_t length) {
+    /// One row of the first `length` elements that lie `stride` apart.
+    jobject buildRow(std::size_t stride, std::size_t length) {
         Leaf leaf(env_, length);
-        if (isReady(stride) || length == 0) {
-            leaf.write(0, static_cast<const T*>(base), length);
-            return leaf.detach();
-        }
-        base_ = base;
-        for (std::size_t at = 0; at < length; at += Tile<T>::kSmallest) {
-            const std::size_t count = std::min(Tile<T>::kSmallest, length - at);
-            reader_.gather(elementAt(at * stride), {1, count, 0, stride, count}, tile_.data());
-            leaf.write(at, tile_.data(), count);
-        }
+        writeRow(leaf, 0, stride, length);
         return leaf.detach();
     }
 
@@ -86,30 +69,30 @@ private:
     /// From this many bytes on the source does not stay in the cache by itself, and is asked for ahead of time.
     static constexpr std::size_t kPrefetchFrom = std::size_t{256} << 10U;
 
-    /// Arrays of one level whose elements are neighbours in the source.
+    /// Arrays of one level whose elements are neighbours in the source: all their first elements, then all their
+    /// second ones and so on.
     struct Siblings {
-        Outer* arrays;
-        unsigned count;
-    };
+        std::vector<Outer> arrays;
+        std::size_t index = 0;  ///< of the first array's first element
+        unsigned filled = 0;    ///< elements that each of the arrays has
+        unsigned steps = 0;     ///< elements that each of them gets next
 
-    /// What goes into some siblings from their element `first` on: all their first elements, then all their second ones
-    /// and so on. `count` in all.
-    struct Children {
-        Siblings parents;
-        unsigned first;
-        unsigned count;
+        unsigned count() const { return static_cast<unsigned>(arrays.size()); }
+        unsigned children() const { return count() * steps; }
 
-        void set(unsigned child, jobject value) const {
-            parents.arrays[child % parents.count].set(static_cast<jsize>(first + child / parents.count), value);
+        /// Sets one of the elements that come next, in the order of the source.
+        void set(unsigned child, jobject value) {
+            arrays[child % count()].set(static_cast<jsize>(filled + child / count()), value);
         }
     };
 
-    const void* elementAt(std::size_t index) const {
-        return static_cast<const std::byte*>(base_) + index * reader_.width;
-    }
-
-    /// Elements this far apart go to Java as they lie.
-    bool isReady(std::size_t stride) const { return stride == 1 && reader_.asStored; }
+    /// Rows that are neighbours in the source.
+    struct Rows {
+        Siblings& parents;
+        unsigned count;
+        std::size_t index;                ///< of the first row's first element
+        std::optional<std::size_t> next;  ///< the same of the rows that come after these
+    };
 
     /// Settles how many rows of `line` are gathered together; `line.stride` is how many neighbours there can be.
     void planTile(const LevelExtent& line) {
@@ -121,68 +104,100 @@ private:
         areLong_ = fitting < std::min(rows, kFewestRows);
         band_ = static_cast<unsigned>(areLong_                ? kOpenRows
                                       : fitting > kFewestRows ? fitting - fitting % kFewestRows
-                                                              : fitting);
-        prefetches_ = std::size_t{line.span} * reader_.width >= kPrefetchFrom;
+                                                              : std::max<std::size_t>(fitting, 1));
     }
 
-    /// Fills siblings whose elements are the first of these levels. `index` is the first sibling's first element.
-    void fill(Siblings parents, std::size_t index, const LevelExtent* levels, std::size_t count) {
-        // Where the siblings are all there are side by side, their next elements follow as neighbours.
-        const bool areWhole = levels->stride == parents.count;
-        const unsigned step = areWhole ? std::max(band_ / parents.count, 1U) : 1;
-        for (unsigned first = 0; first < levels->size;) {
-            const unsigned steps = std::min(step, levels->size - first);
-            const Children children = {parents, first, parents.count * steps};
-            const std::size_t childIndex = index + std::size_t{first} * levels->stride;
-            first += steps;
-            if (count == 2) {
-                const bool isLast = first == levels->size;
-                fillRows(children, childIndex, isLast ? 0 : index + std::size_t{first} * levels->stride, levels[1]);
+    /// Fills the outermost array; `open` has a place for each level of arrays.
+    void fill(std::vector<Siblings>& open, const LevelTable& levels, const char* elementClass) {
+        for (std::size_t depth = 0; depth != 0 || open[0].filled < levels[0].size;) {
+            Siblings& siblings = open[depth];
+            const LevelExtent& level = levels[depth];
+            if (siblings.filled == level.size) {
+                handUp(siblings, open[--depth]);
+                continue;
+            }
+            siblings.steps = stepsFrom(siblings, level);
+            const std::size_t index = siblings.index + std::size_t{siblings.filled} * level.stride;
+            if (depth + 1 < open.size()) {
+                ++depth;
+                make(open[depth], siblings.children(), elementClass + depth, levels[depth].size);
+                open[depth].index = index;
             } else {
-                fillArrays(children, childIndex, levels + 1, count - 1);
+                const bool isLast = siblings.filled + siblings.steps == level.size;
+                const std::size_t next = index + std::size_t{siblings.steps} * level.stride;
+                fillRows({siblings, siblings.children(), index, isLast ? std::nullopt : std::optional(next)},
+                         levels.back());
+                siblings.filled += siblings.steps;
             }
         }
     }
 
-    void fillArrays(const Children& children, std::size_t index, const LevelExtent* levels, std::size_t count) {
-        const std::string elementClass = nestingClass<Leaf>(count - 1);
-        std::vector<Outer> arrays;
-        arrays.reserve(children.count);
-        for (unsigned i = 0; i < children.count; ++i) {
-            arrays.emplace_back(env_, elementClass.c_str(), javaLength(env_, levels->size));
-        }
-        fill({arrays.data(), children.count}, index, levels, count);
-        for (unsigned i = 0; i < children.count; ++i) {
-            children.set(i, arrays[i].ref());
-        }
+    /// How many elements each of some siblings gets next: several where the siblings are all there are side by side, so
+    /// that the elements after the next follow as neighbours. There are never more children than rows in a band.
+    unsigned stepsFrom(const Siblings& siblings, const LevelExtent& level) const {
+        const unsigned most = level.stride == siblings.count() ? std::max(band_ / siblings.count(), 1U) : 1;
+        const unsigned steps = std::min(most, level.size - siblings.filled);
+        assert(siblings.count() * steps <= band_);
+        return steps;
     }
 
-    /// `next` is the index of the rows that come after these; 0 for none.
-    void fillRows(const Children& children, std::size_t index, std::size_t next, const LevelExtent& line) {
-        if (isReady(line.stride) || line.size == 0) {
-            JObjectRef row(env_, nullptr);
-            for (unsigned i = 0; i < children.count; ++i) {
-                row.attach(buildRow(line.size == 0 ? nullptr : elementAt(index + i), line.stride, line.size));
-                children.set(i, row.ref());
+    /// New arrays of `length` nulls each, in the place of others.
+    void make(Siblings& siblings, unsigned count, const char* elementClass, unsigned length) {
+        siblings.arrays.clear();
+        siblings.arrays.reserve(count);
+        for (unsigned i = 0; i < count; ++i) {
+            siblings.arrays.emplace_back(env_, elementClass, javaLength(env_, length));
+        }
+        siblings.filled = 0;
+    }
+
+    /// Puts arrays that are full into their own.
+    static void handUp(Siblings& full, Siblings& parents) {
+        for (unsigned i = 0; i < parents.children(); ++i) {
+            parents.set(i, full.arrays[i].ref());
+        }
+        full.arrays.clear();
+        parents.filled += parents.steps;
+    }
+
+    void fillRows(const Rows& rows, const LevelExtent& line) {
+        if (part_.isRun(line.stride) || line.size == 0) {
+            for (unsigned i = 0; i < rows.count; ++i) {
+                Leaf leaf(env_, line.size);
+                writeRow(leaf, rows.index + i, line.stride, line.size);
+                rows.parents.set(i, leaf.row());
             }
         } else if (areLong_) {
-            fillLongRows(children, index, line);
+            fillLongRows(rows, line);
         } else {
-            fillWholeRows(children, index, next, line);
+            fillWholeRows(rows, line);
         }
     }
 
-    void fillWholeRows(const Children& children, std::size_t index, std::size_t next, const LevelExtent& line) {
-        reader_.gather(elementAt(index), {children.count, line.size, 1, line.stride, pitch_}, tile_.data());
-        JObjectRef row(env_, nullptr);
-        for (unsigned i = 0; i < children.count; ++i) {
-            if (prefetches_ && next != 0) {
-                prefetchShare(next, line, i, children.count);
+    /// Writes a row by itself.
+    void writeRow(Leaf& leaf, std::size_t index, std::size_t stride, std::size_t length) {
+        if (length != 0 && part_.isRun(stride)) {
+            leaf.write(0, part_.runFrom(index), length);
+            return;
+        }
+        for (std::size_t at = 0; at < length; at += Tile<T>::kSmallest) {
+            const std::size_t count = std::min(Tile<T>::kSmallest, length - at);
+            part_.gatherFrom(index + at * stride, GatherShape::row(count, stride), tile_.data());
+            leaf.write(at, tile_.data(), count);
+        }
+    }
+
+    void fillWholeRows(const Rows& rows, const LevelExtent& line) {
+        assert(rows.count * pitch_ <= tile_.capacity());
+        part_.gatherFrom(rows.index, GatherShape::neighbours(rows.count, line.size, line.stride, pitch_), tile_.data());
+        const bool prefetches = rows.next && std::size_t{line.span} * part_.width() >= kPrefetchFrom;
+        for (unsigned i = 0; i < rows.count; ++i) {
+            if (prefetches) {
+                prefetchShare(*rows.next, line, i, rows.count);
             }
             Leaf leaf(env_, line.size);
             leaf.write(0, tile_.data() + i * pitch_, line.size);
-            row.attach(leaf.detach());
-            children.set(i, row.ref());
+            rows.parents.set(i, leaf.row());
         }
     }
 
@@ -192,42 +207,40 @@ private:
         constexpr std::size_t cacheLine = 64;
         const std::size_t end = (share + 1) * line.size / rows;
         for (std::size_t column = share * line.size / rows; column < end; ++column) {
-            const auto* from = static_cast<const std::byte*>(elementAt(next + column * line.stride));
-            for (std::size_t at = 0; at < rows * reader_.width; at += cacheLine) {
+            const std::byte* from = part_.addressOf(next + column * line.stride);
+            for (std::size_t at = 0; at < rows * part_.width(); at += cacheLine) {
                 __builtin_prefetch(from + at);
             }
         }
     }
 
     /// The rows are made first, and then written together, a piece of each at a time.
-    void fillLongRows(const Children& children, std::size_t index, const LevelExtent& line) {
+    void fillLongRows(const Rows& rows, const LevelExtent& line) {
+        assert(rows.count <= kOpenRows);
         std::array<std::optional<Leaf>, kOpenRows> open;
-        for (unsigned i = 0; i < children.count; ++i) {
+        for (unsigned i = 0; i < rows.count; ++i) {
             open[i].emplace(env_, line.size);
         }
-        const std::size_t piece = Tile<T>::pitchWithin(tile_.capacity() / children.count);
+        const std::size_t piece = Tile<T>::pitchWithin(tile_.capacity() / rows.count);
+        assert(rows.count * piece <= tile_.capacity());
         for (std::size_t at = 0; at < line.size; at += piece) {
             const std::size_t length = std::min<std::size_t>(piece, line.size - at);
-            reader_.gather(elementAt(index + at * line.stride), {children.count, length, 1, line.stride, piece},
-                           tile_.data());
-            for (unsigned i = 0; i < children.count; ++i) {
+            part_.gatherFrom(rows.index + at * line.stride,
+                             GatherShape::neighbours(rows.count, length, line.stride, piece), tile_.data());
+            for (unsigned i = 0; i < rows.count; ++i) {
                 open[i]->write(at, tile_.data() + i * piece, length);
             }
         }
-        JObjectRef row(env_, nullptr);
-        for (unsigned i = 0; i < children.count; ++i) {
-            row.attach(open[i]->detach());
-            children.set(i, row.ref());
+        for (unsigned i = 0; i < rows.count; ++i) {
+            rows.parents.set(i, open[i]->row());
         }
     }
 
     JNIEnv* env_;
-    ElementReader<T> reader_;
-    const void* base_ = nullptr;
-    std::size_t pitch_ = 0;
-    unsigned band_ = 1;
-    bool prefetches_ = false;
-    bool areLong_ = false;
+    PartView<T> part_;
+    std::size_t pitch_ = 0;  ///< of the rows in the tile
+    unsigned band_ = 1;      ///< rows that are gathered together
+    bool areLong_ = false;   ///< the rows don't fit into the tile as wholes
     Tile<T> tile_;
 };
 

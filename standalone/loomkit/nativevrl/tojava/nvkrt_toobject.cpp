@@ -1,6 +1,8 @@
 /// The native that gives an array in the Java form that its class has by itself.
 
-#include "layout/visitclass.h"
+#include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
+#include "tojava/naturalform.h"
 #include "tojava/wholearray.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
@@ -15,34 +17,15 @@ namespace {
 
 /// The levels of an array under the nesting order in force.
 LevelTable levelsInForce(const qxArray* array) {
-    std::vector<unsigned> dimensions = dimensionsOf(array);
+    std::vector<unsigned> extents = extentsOf(array);
     if (!useJavaDimensionOrder) {
-        return buildLevelTable(dimensions, MDimensionNestingOrder());
+        return buildLevelTable(extents, MDimensionNestingOrder());
     }
-    if (dimensions.size() > 1) {
-        std::swap(dimensions[0], dimensions[1]);
-        std::reverse(dimensions.begin(), dimensions.end());
+    if (extents.size() > 1) {
+        std::swap(extents[0], extents[1]);
+        std::reverse(extents.begin(), extents.end());
     }
-    return buildLevelTable(dimensions, JavaDimensionNestingOrder(static_cast<unsigned>(dimensions.size())));
-}
-
-template <typename Leaf>
-jobject buildView(JNIEnv* env, const qxArray* array, bool real) {
-    using Element = typename Leaf::Element;
-    const void* data = requirePart(env, array, real);
-    if (array->isSparse()) {
-        return SparseWalk<Leaf>(env, array, data, readerOf<Element, Element>()).build();
-    }
-    const LevelTable levels = levelsInForce(array);
-    return NestedWalk<Leaf>(env, readerOf<Element, Element>()).build(data, levels.data(), levels.size());
-}
-
-jobject buildViewOfSlots(JNIEnv* env, qxClassID classId, const qxArray* array, bool real) {
-    if (classId != qxCELL_CLASS && classId != qxSTRUCT_CLASS && classId != qxFUNCTION_CLASS) {
-        raise(env, "java/lang/UnsupportedOperationException",
-              "Can not convert the given TAVRIX array type to a Java type.");
-    }
-    return buildView<SlotLeaf>(env, array, real);
+    return buildLevelTable(extents, JavaDimensionNestingOrder(static_cast<unsigned>(extents.size())));
 }
 
 }  // namespace
@@ -56,9 +39,11 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArray2ObjectArray(JNIE
         if (array == nullptr) {
             return NewJObjectArrayProxy<JPrimitiveArrayProxy<jdouble>>(env, 0).detach();
         }
-        return visitClass(
-            classIdOf(array),
-            [&](auto element) { return buildView<PrimitiveLeaf<ElementOf<decltype(element)>>>(env, array, isReal); },
-            [&](qxClassID classId) { return buildViewOfSlots(env, classId, array, isReal); });
+        return buildNaturally(env, array, isReal, [&](const auto& part) {
+            using Leaf = LeafOf<decltype(part)>;
+            requirePart(env, array, isReal);
+            return array->isSparse() ? buildFull<Leaf>(env, array, part.view)
+                                     : NestedWalk<Leaf>(env, part.view).build(levelsInForce(array));
+        });
     });
 }

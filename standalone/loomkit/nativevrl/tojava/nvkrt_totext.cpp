@@ -1,11 +1,13 @@
 /// Natives that give an array as text.
 
+#include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "tojava/wholearray.h"
 #include "vrlkrt/vrlkrt.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
-#include <string>
+#include <memory>
 
 using namespace nativevrl;
 
@@ -17,9 +19,14 @@ bool isTextRow(const qxArray* array) {
 }
 
 jobject textRow(JNIEnv* env, const qxArray* array) {
+    requirePart(env, array, true);
     const auto* units = static_cast<const jchar*>(array->realData());
     return NewJStringProxy(env, units, units + qxGetN(array)).detach();
 }
+
+struct RuntimeTextEnd {
+    void operator()(char* text) const noexcept { vrlcppFreeString(text); }
+};
 
 /// What the runtime displays; null, with java.lang.RuntimeException pending, when it can't.
 jobject displayed(JNIEnv* env, const qxArray* array) {
@@ -28,9 +35,8 @@ jobject displayed(JNIEnv* env, const qxArray* array) {
         tether::throwNamedException(env, "java/lang/RuntimeException");
         return nullptr;
     }
-    const std::string text = buffer == nullptr ? "" : buffer;
-    vrlcppFreeString(buffer);
-    return NewJStringProxy(env, text.c_str()).detach();
+    const std::unique_ptr<char, RuntimeTextEnd> text(buffer);
+    return NewJStringProxy(env, text ? text.get() : "").detach();
 }
 
 }  // namespace

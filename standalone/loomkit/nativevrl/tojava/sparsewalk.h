@@ -1,126 +1,106 @@
 #pragma once
 
-#include "tojava/nestedwalk.h"
+#include "layout/sparsecolumns.h"
+#include "proxies/javalength.h"
+#include "proxies/jobjectarrayproxy.h"
+#include "tojava/leaves.h"
+#include "tojava/partview.h"
+#include "tojava/tile.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <numeric>
 
 namespace nativevrl {
 
-/// The compressed columns of a sparse array, read-only, with one cursor per column at its next stored element. Rows
-/// must be asked for in ascending order.
-class SparseColumns {
+/// The stored elements of a sparse array row by row, in the order of their columns: what reading takes beside the
+/// result grows with the rows and the stored elements, however many columns there are.
+class StoredRows {
 public:
-    /// Raises java.lang.OutOfMemoryError when there is no room for the cursors.
-    SparseColumns(JNIEnv* env, const qxArray* array)
-        : rowIndex_(array->rowIndexTable()),
-          columnStart_(array->columnStartTable()),
-          columns_(qxGetN(array)),
-          cursors_(new (std::nothrow) std::uint32_t[columns_]) {
-        if (!cursors_) {
-            tether::throwOutOfMemory(env);
+    struct Element {
+        std::uint32_t column;
+        std::uint32_t position;  ///< in the array's blocks of values
+    };
+
+    /// Raises java.lang.OutOfMemoryError when there is no room.
+    StoredRows(JNIEnv* env, const SparseColumns& columns) {
+        if (columns.count() == 0 || columns.rows == 0) {
+            return;
         }
-        std::copy(columnStart_, columnStart_ + columns_, cursors_.get());
+        // Two entries ahead of its row stands its count, one ahead then where it begins and in the end where it ends.
+        starts_ = allocate<std::uint32_t>(env, std::size_t{columns.rows} + 2);
+        std::fill_n(starts_.get(), std::size_t{columns.rows} + 2, 0U);
+        columns.forEachInOrder([&](std::size_t row, auto, auto) { ++starts_[row + 2]; });
+        std::partial_sum(starts_.get(), starts_.get() + columns.rows + 2, starts_.get());
+        elements_ = allocate<Element>(env, starts_[columns.rows + 1]);
+        columns.forEachInOrder([&](std::size_t row, std::uint32_t column, std::uint32_t position) {
+            elements_[starts_[row + 1]++] = {column, position};
+        });
     }
 
-    std::size_t columns() const noexcept { return columns_; }
-
-    /// Steps the cursor of a column over its elements in [firstRow, endRow), and calls `visit(row, position)` for each.
-    /// An element out of its place in the order holds its column up, and all behind it in the column are absent.
-    template <typename Visit>
-    void takeRows(std::size_t column, std::size_t firstRow, std::size_t endRow, Visit&& visit) {
-        std::uint32_t& cursor = cursors_[column];
-        std::size_t expected = firstRow;
-        while (cursor != columnStart_[column + 1] && rowIndex_[cursor] >= expected && rowIndex_[cursor] < endRow) {
-            expected = std::size_t{rowIndex_[cursor]} + 1;
-            visit(expected - 1, std::size_t{cursor});
-            ++cursor;
-        }
-    }
+    const Element* begin(std::size_t row) const noexcept { return starts_ ? elements_.get() + starts_[row] : nullptr; }
+    const Element* end(std::size_t row) const noexcept { return starts_ ? begin(row + 1) : nullptr; }
 
 private:
-    const std::uint32_t* rowIndex_;
-    const std::uint32_t* columnStart_;
-    std::size_t columns_;
-    std::unique_ptr<std::uint32_t[]> cursors_;
+    template <typename Entry>
+    static std::unique_ptr<Entry[]> allocate(JNIEnv* env, std::size_t count) {
+        std::unique_ptr<Entry[]> entries(new (std::nothrow) Entry[count]);
+        if (!entries) {
+            tether::throwOutOfMemory(env);
+        }
+        return entries;
+    }
+
+    std::unique_ptr<std::uint32_t[]> starts_;
+    std::unique_ptr<Element[]> elements_;
 };
 
 /// Builds the full matrix of a sparse array, zeros included: an array of rows of Leaf, in time linear in rows times
-/// columns and the stored elements. Some rows at a time are laid out in a tile; rows that are too long for it are
-/// laid out one by one, a piece at a time.
+/// columns and the stored elements. A row is laid out in a tile, a piece at a time where it is too long for it, and
+/// only the places of its stored elements are written and cleared again.
 template <typename Leaf>
 class SparseWalk {
     using T = typename Leaf::Element;
+    using Stored = StoredRows::Element;
 
 public:
-    /// `values` is the real or the imaginary block of the array.
-    SparseWalk(JNIEnv* env, const qxArray* array, const void* values, const ElementReader<T>& reader)
-        : env_(env), rows_(qxGetM(array)), columns_(env, array), values_(values), reader_(reader) {}
+    SparseWalk(JNIEnv* env, const SparseColumns& columns, const PartView<T>& values)
+        : env_(env), columns_(columns), values_(values) {}
 
     /// A local reference of the caller.
     jobject build() {
-        auto outer = newNesting<Leaf>(env_, 1, rows_);
-        const std::size_t length = columns_.columns();
-        const std::size_t pitch = std::max<std::size_t>(length, 1);
-        const std::size_t room = tile_.makeRoom(std::max<std::size_t>(rows_, 1) * pitch);
-        const std::size_t band = std::max<std::size_t>(room / pitch, 1);
-        for (std::size_t first = 0; first < rows_; first += band) {
-            if (length <= room) {
-                setBand(outer, first, std::min(band, rows_ - first));
-            } else {
-                setLongRow(outer, first, room);
-            }
+        NewJObjectArrayProxy<JObjectProxy> rows(env_, Leaf::className(), javaLength(env_, columns_.rows));
+        const StoredRows stored(env_, columns_);
+        const std::size_t room = tile_.makeRoom(columns_.columns);
+        std::fill_n(tile_.data(), std::min<std::size_t>(room, columns_.columns), T{});
+        for (std::uint32_t row = 0; row < columns_.rows; ++row) {
+            Leaf leaf(env_, columns_.columns);
+            writeRow(leaf, stored.begin(row), stored.end(row), room);
+            rows.set(static_cast<jsize>(row), leaf.row());
         }
-        return outer.detach();
+        return rows.detach();
     }
 
 private:
-    void setBand(NewJObjectArrayProxy<JObjectProxy>& outer, std::size_t first, std::size_t count) {
-        const std::size_t length = columns_.columns();
-        layOut(first, count, 0, length);
-        for (std::size_t i = 0; i < count; ++i) {
-            Leaf leaf(env_, length);
-            leaf.write(0, tile_.data() + i * length, length);
-            setRow(outer, first + i, leaf);
-        }
-    }
-
-    void setLongRow(NewJObjectArrayProxy<JObjectProxy>& outer, std::size_t row, std::size_t room) {
-        const std::size_t length = columns_.columns();
-        Leaf leaf(env_, length);
-        for (std::size_t at = 0; at < length; at += room) {
-            const std::size_t count = std::min(room, length - at);
-            layOut(row, 1, at, count);
-            leaf.write(at, tile_.data(), count);
-        }
-        setRow(outer, row, leaf);
-    }
-
-    /// Lays out `width` columns from `column` on of `count` rows from `first` on, next to one another.
-    void layOut(std::size_t first, std::size_t count, std::size_t column, std::size_t width) {
+    void writeRow(Leaf& leaf, const Stored* next, const Stored* end, std::size_t room) {
         T* const cells = tile_.data();
-        std::fill_n(cells, count * width, T{});
-        for (std::size_t i = 0; i < width; ++i) {
-            columns_.takeRows(column + i, first, first + count, [&](std::size_t row, std::size_t position) {
-                cells[(row - first) * width + i] = reader_.at(values_, position);
-            });
+        for (std::size_t at = 0; at < columns_.columns; at += room) {
+            const std::size_t count = std::min<std::size_t>(room, columns_.columns - at);
+            const Stored* const first = next;
+            for (; next != end && next->column < at + count; ++next) {
+                cells[next->column - at] = values_.at(next->position);
+            }
+            leaf.write(at, cells, count);
+            std::for_each(first, next, [&](const Stored& one) { cells[one.column - at] = T{}; });
         }
-    }
-
-    void setRow(NewJObjectArrayProxy<JObjectProxy>& outer, std::size_t index, Leaf& leaf) {
-        JObjectRef row(env_, nullptr);
-        row.attach(leaf.detach());
-        outer.set(static_cast<jsize>(index), row.ref());
     }
 
     JNIEnv* env_;
-    std::size_t rows_;
     SparseColumns columns_;
-    const void* values_;
-    ElementReader<T> reader_;
+    PartView<T> values_;
     Tile<T> tile_;
 };
 
