@@ -169,19 +169,25 @@ void vrlWriteLog(std::initializer_list<const char*> pieces) {
     }
 }
 
-std::string vrlGetCacheDirectory() {
+std::vector<std::string> vrlGetCacheDirectories() {
     const std::string chosen = readOption(&vrlbase::Options::cacheDirectory);
     if (!chosen.empty()) {
-        return vrlFileSystemPath(chosen);
+        return {vrlFileSystemPath(chosen)};
     }
-    if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache != nullptr && *cache == '/') {
-        return std::string(cache) + "/loomkit/components";
-    }
+    std::vector<std::string> folders;
     std::error_code missing;
+    const char* cache = std::getenv("XDG_CACHE_HOME");
     const char* home = std::getenv("HOME");
-    // The user of a service often has a home that is not there.
-    if (home != nullptr && *home == '/' && std::filesystem::is_directory(home, missing)) {
-        return std::string(home) + "/.cache/loomkit/components";
+    if (cache != nullptr && *cache == '/') {
+        folders.push_back(std::string(cache) + "/loomkit/components");
+    } else if (home != nullptr && *home == '/' && std::filesystem::is_directory(home, missing)) {
+        // The user of a service often has a home that is not there.
+        folders.push_back(std::string(home) + "/.cache/loomkit/components");
     }
-    return (std::filesystem::temp_directory_path() / ("loomkit-" + std::to_string(getuid())) / "components").string();
+    std::filesystem::path temporary = std::filesystem::temp_directory_path(missing);
+    if (missing) {
+        temporary = "/tmp";
+    }
+    folders.push_back((temporary / ("loomkit-" + std::to_string(geteuid())) / "components").string());
+    return folders;
 }

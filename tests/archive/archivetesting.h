@@ -10,6 +10,9 @@
 #include <string>
 #include <utility>
 
+/// A user who owns nothing on any system.
+constexpr unsigned strangeUser = 54321;
+
 /// A folder of a test; gone with the object.
 class TestFolder {
 public:

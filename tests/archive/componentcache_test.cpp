@@ -1,8 +1,12 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
+#include "processes.h"
 
 #include "vrlkrt/archive/componentcache.h"
 #include "vrlkrt/archive/extraction.h"
+#include "vrlkrt/archive/trustedfolder.h"
+
+#include "vrlbase/vrlbase.h"
 
 #include <gtest/gtest.h>
 
@@ -14,72 +18,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <vector>
 
 namespace {
-
-/// A pipe between a test and its processes.
-struct Pipe {
-    Pipe() { EXPECT_EQ(pipe(ends.data()), 0); }
-    ~Pipe() {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    void put(std::uint64_t value) const { EXPECT_EQ(write(ends[1], &value, sizeof value), ssize_t{sizeof value}); }
-    std::uint64_t get() const {
-        std::uint64_t value = 0;
-        EXPECT_EQ(read(ends[0], &value, sizeof value), ssize_t{sizeof value});
-        return value;
-    }
-    std::array<int, 2> ends{};
-};
-
-/// Runs `body` in a process of its own, which ends with 0 unless an exception leaves it.
-pid_t inProcess(const std::function<void()>& body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        try {
-            body();
-            _exit(0);
-        } catch (const std::exception& error) {
-            static_cast<void>(!write(STDERR_FILENO, error.what(), std::string(error.what()).size()));
-            _exit(1);
-        }
-    }
-    return child;
-}
-
-int exitStatus(pid_t child) {
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return status;
-}
-
-/// Runs `body(number)` in several processes that start at once, and expects each to end well.
-void together(int count, const std::function<void(int)>& body) {
-    const Pipe start;
-    std::vector<pid_t> children;
-    for (int i = 0; i < count; ++i) {
-        children.push_back(inProcess([&, i] {
-            start.get();
-            body(i);
-        }));
-    }
-    for (int i = 0; i < count; ++i) {
-        start.put(1);
-    }
-    for (const pid_t child : children) {
-        EXPECT_EQ(exitStatus(child), 0);
-    }
-}
 
 std::uint64_t inodeOf(const std::string& path) {
     struct stat state {};
     return stat(path.c_str(), &state) == 0 ? state.st_ino : 0;
+}
+
+bool isWholeIn(const std::string& folder, const std::string& zip) {
+    const auto lease = vrlkrt::FolderLease::take(folder, vrlkrt::deadlineIn({}));
+    return vrlkrt::wholeComponent(archiveOf(zip), folder, lease).has_value();
 }
 
 std::string cacheFolderOf(const TestFolder& cache, const std::string& zip) {
@@ -94,8 +46,8 @@ void fillHalf(const std::string& cache, const std::string& zip, const Pipe& read
     if (flock(lock, LOCK_EX) != 0) {
         throw std::runtime_error("no lock");
     }
-    const vrlkrt::StagingFolder staging(cache, key);
-    writeText(staging.item("new/component.json"), "{");
+    const vrlkrt::StagingFolder staging(cache);
+    writeText(staging.fresh() + "/component.json", "{");
     ready.put(1);
     next();
 }
@@ -150,7 +102,7 @@ TEST(ComponentCache, IsFilledOnceByManyProcesses) {
     for (int i = 1; i < count; ++i) {
         EXPECT_EQ(inodes.get(), first);
     }
-    EXPECT_TRUE(vrlkrt::holdsWhole(cacheFolderOf(cache, zip), archiveOf(zip)));
+    EXPECT_TRUE(isWholeIn(cacheFolderOf(cache, zip), zip));
 }
 
 TEST(FolderExtraction, SettlesAmongManyProcessesOfTwoVersions) {
@@ -169,61 +121,155 @@ TEST(FolderExtraction, SettlesAmongManyProcessesOfTwoVersions) {
         }
     });
     EXPECT_EQ(namesIn(root.path()), "c ");
-    EXPECT_TRUE(vrlkrt::holdsWhole(root / "c", archiveOf(versions[0].zip())) ||
-                vrlkrt::holdsWhole(root / "c", archiveOf(versions[1].zip())));
+    EXPECT_TRUE(isWholeIn(root / "c", versions[0].zip()) || isWholeIn(root / "c", versions[1].zip()));
 }
 
-TEST(ComponentCache, IsTakenOverFromAKilledProcess) {
-    const TestFolder cache;
-    const std::string zip = CraftedComponent().zip();
+/// Lets a process run `body` over and over and kills it, a hundred times, each time a little later in the course of it.
+void killAHundred(const std::function<void()>& body) {
     const Pipe ready;
-    const pid_t filler = inProcess([&] { fillHalf(cache.path(), zip, ready, [] { pause(); }); });
-    ready.get();
-    EXPECT_NE(namesIn(cache.path()).find(".sample-"), std::string::npos) << "nothing half-filled to take over";
-    kill(filler, SIGKILL);
-    exitStatus(filler);
-    const vrlExtractedComponent placed = vrlkrt::placeInCache(archiveOf(zip), cache.path());
-    EXPECT_TRUE(vrlkrt::holdsWhole(placed.folder, archiveOf(zip)));
+    for (int round = 0; round < 100; ++round) {
+        const pid_t child = inProcess([&] {
+            for (ready.put(1);;) {
+                body();
+            }
+        });
+        ready.get();
+        const auto end = std::chrono::steady_clock::now() + round * std::chrono::microseconds(73);
+        while (std::chrono::steady_clock::now() < end) {
+            sched_yield();
+        }
+        kill(child, SIGKILL);
+        ASSERT_TRUE(WIFSIGNALED(exitStatus(child))) << "ended by itself";
+    }
+}
+
+TEST(ComponentCache, IsSweptAfterKilledProcesses) {
+    const TestFolder cache;
+    CraftedComponent component;
+    component.files.push_back({"data/large.bin", std::string(1 << 16, 'x')});
+    const std::string zip = component.zip();
+    killAHundred([&] {
+        const vrlExtractedComponent placed = vrlkrt::placeInCache(archiveOf(zip), cache.path());
+        writeText(placed.libraryFile, "damaged");
+    });
+    EXPECT_TRUE(isWholeIn(vrlkrt::placeInCache(archiveOf(zip), cache.path()).folder, zip));
+    writeText(cacheFolderOf(cache, zip) + "/lib/x.so", "damaged, so that there is something to be done");
+    EXPECT_TRUE(isWholeIn(vrlkrt::placeInCache(archiveOf(zip), cache.path()).folder, zip));
     const std::string key = "sample-" + archiveOf(zip).digest();
     EXPECT_EQ(namesIn(cache.path()), key + " " + key + ".lock ");
 }
 
-/// Whether a process stands in line for a lock of this kind.
-bool waitsForLock(pid_t process) {
-    std::ifstream locks("/proc/locks");
-    for (std::string line; std::getline(locks, line);) {
-        if (line.find("-> FLOCK") != std::string::npos &&
-            line.find(" " + std::to_string(process) + " ") != std::string::npos) {
-            return true;
+TEST(FolderExtraction, IsSweptAfterKilledProcesses) {
+    const TestFolder root;
+    CraftedComponent versions[2];
+    versions[1].files[1].content = std::string(1 << 16, 'y');
+    const std::string zips[] = {versions[0].zip(), versions[1].zip()};
+    killAHundred([&] {
+        for (const std::string& zip : zips) {
+            static_cast<void>(vrlkrt::placeInFolder(archiveOf(zip), root / "c"));
         }
+    });
+    for (const std::string& zip : zips) {
+        EXPECT_TRUE(isWholeIn(vrlkrt::placeInFolder(archiveOf(zip), root / "c").folder, zip));
     }
-    return false;
+    EXPECT_EQ(namesIn(root.path()), "c ");
 }
 
-TEST(ComponentCache, WaitsForAProcessThatFills) {
-    const TestFolder cache;
-    const std::string zip = CraftedComponent().zip();
-    const Pipe ready;
-    const Pipe go;
-    const pid_t filler = inProcess([&] {
-        fillHalf(cache.path(), zip, ready, [&] {
-            go.get();
-            vrlkrt::extractAll(archiveOf(zip), cacheFolderOf(cache, zip));
+TEST(ComponentCache, WaitsForAProcessThatFillsOrIsKilled) {
+    for (const bool isKilled : {true, false}) {
+        const TestFolder root;
+        const std::string cache = root / "cache";
+        const std::string zip = CraftedComponent().zip();
+        vrlkrt::makeFolders(cache, 0700);
+        const std::string folder = cache + "/sample-" + archiveOf(zip).digest();
+        const Pipe ready;
+        const Pipe go;
+        const pid_t filler = inProcess([&] {
+            fillHalf(cache, zip, ready, [&] {
+                go.get();
+                vrlkrt::extractAll(archiveOf(zip), folder);
+            });
         });
-    });
-    ready.get();
-    const Pipe inode;
-    const pid_t waiter =
-        inProcess([&] { inode.put(inodeOf(vrlkrt::placeInCache(archiveOf(zip), cache.path()).libraryFile)); });
-    while (!waitsForLock(waiter)) {
-        int status = 0;
-        ASSERT_EQ(waitpid(waiter, &status, WNOHANG), 0) << "did not wait";
-        sched_yield();
+        ready.get();
+        EXPECT_NE(namesIn(cache).find(".loomkit-unpacking-"), std::string::npos) << "nothing half-filled";
+        const Pipe inode;
+        const std::string log = root / "log";
+        const pid_t waiter = inProcess([&] {
+            const char* options[] = {"-logfile", log.c_str()};
+            vrlInitializeApplicationImpl(options, 2);
+            inode.put(inodeOf(vrlkrt::placeInCache(archiveOf(zip), cache).libraryFile));
+        });
+        while (readText(log).find("Waiting for the lock on " + folder + ".lock") == std::string::npos) {
+            int status = 0;
+            ASSERT_EQ(waitpid(waiter, &status, WNOHANG), 0) << "did not wait";
+            sched_yield();
+        }
+        isKilled ? static_cast<void>(kill(filler, SIGKILL)) : go.put(1);
+        EXPECT_EQ(exitStatus(filler), isKilled ? SIGKILL : 0);
+        EXPECT_EQ(exitStatus(waiter), 0);
+        EXPECT_EQ(inode.get(), inodeOf(folder + "/lib/x.so"));
+        EXPECT_EQ(namesIn(cache),
+                  std::filesystem::path(folder).filename().string() + " " + folder.substr(cache.size() + 1) + ".lock ");
     }
-    go.put(1);
-    EXPECT_EQ(exitStatus(filler), 0);
-    EXPECT_EQ(exitStatus(waiter), 0);
-    EXPECT_EQ(inode.get(), inodeOf(cacheFolderOf(cache, zip) + "/lib/x.so"));
+}
+
+TEST(Extraction, GivesUpWaitingForALockThatIsHeld) {
+    const TestFolder root;
+    const std::string zip = CraftedComponent().zip();
+    const std::string inCache = vrlkrt::placeInCache(archiveOf(zip), root / "cache").folder;
+    static_cast<void>(vrlkrt::placeInFolder(archiveOf(zip), root / "c"));
+    constexpr std::chrono::milliseconds patience(20);
+    for (const std::string& held :
+         {inCache + ".lock", inCache + "/component.json", root / "c", root / "c/component.json"}) {
+        const vrlkrt::OpenFile lock(open(held.c_str(), O_RDONLY | O_CLOEXEC));
+        ASSERT_EQ(flock(lock.get(), LOCK_EX), 0) << held;
+        const std::string failure = failureOf([&] {
+            static_cast<void>(held.find(root / "cache") == 0
+                                  ? vrlkrt::placeInCache(archiveOf(zip), root / "cache", patience)
+                                  : vrlkrt::placeInFolder(archiveOf(zip), root / "c", patience));
+        });
+        EXPECT_EQ(failure, "Gave up waiting for the lock on " + held + ", which another process holds.");
+    }
+}
+
+TEST(ComponentCache, ServesWhatItHoldsWhenItCantBeWritten) {
+    const TestFolder root;
+    ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
+    const std::string cache = root / "cache";
+    const std::string zip = CraftedComponent().zip();
+    const std::string other = otherVersion().zip();
+    const std::string folder = vrlkrt::placeInCache(archiveOf(zip), cache).folder;
+    ASSERT_EQ(unlink((folder + ".lock").c_str()), 0);
+    ASSERT_EQ(chmod(cache.c_str(), 0555), 0);
+    const pid_t reader = inProcess([&] {
+        // To root everything can be written.
+        if (geteuid() == 0 && setresuid(strangeUser, strangeUser, strangeUser) != 0) {
+            throw std::runtime_error("can't become another user");
+        }
+        if (vrlkrt::placeInCache(archiveOf(zip), cache).folder != folder) {
+            throw std::runtime_error("another folder");
+        }
+        const std::string failure =
+            failureOf([&] { static_cast<void>(vrlkrt::placeInCache(archiveOf(other), cache)); });
+        if (failure.find("Can't open the lock file " + cache) != 0) {
+            throw std::runtime_error("not refused: " + failure);
+        }
+    });
+    EXPECT_EQ(exitStatus(reader), 0);
+    EXPECT_EQ(namesIn(cache), std::filesystem::path(folder).filename().string() + " ");
+    ASSERT_EQ(chmod(cache.c_str(), 0700), 0);
+}
+
+TEST(ComponentCache, IsTheFirstFolderThatCanBeMade) {
+    const TestFolder root;
+    EXPECT_EQ(vrlkrt::chooseCache({root / "a/b", root / "c"}), root / "a/b");
+    EXPECT_EQ(vrlkrt::chooseCache({"/proc/self/.cache/loomkit", root / "c"}), root / "c");
+    EXPECT_EQ(namesIn(root.path()), "a c ");
+    EXPECT_EQ(vrlkrt::chooseCache({"/dev/null/a", "/proc/self/b"}), "/proc/self/b");
+    EXPECT_NE(failureOf([] {
+                  static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), "/proc/self/b"));
+              }).find("Can't make the folder /proc/self/b: "),
+              std::string::npos);
 }
 
 TEST(ComponentCache, LeavesNothingOfABadArchive) {
@@ -238,21 +284,17 @@ TEST(ComponentCache, LeavesNothingOfABadArchive) {
     EXPECT_EQ(namesIn(cache.path()), "sample-" + archiveOf(component.zip()).digest() + ".lock ");
 }
 
-TEST(ComponentCache, IsPrivateAndAFolder) {
+TEST(ComponentCache, IsMadePrivate) {
     const TestFolder root;
+    const mode_t mask = umask(0);
     static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "a/b"));
-    struct stat state {};
-    ASSERT_EQ(stat((root / "a/b").c_str(), &state), 0);
-    EXPECT_EQ(state.st_mode & 0777, 0700U);
-    ASSERT_EQ(chmod((root / "a/b").c_str(), 01777), 0);
-    const std::string failure =
-        failureOf([&] { static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "a/b")); });
-    EXPECT_EQ(failure, "The component cache " + (root / "a/b") + " can be written by everybody.");
-    writeText(root / "file", "text");
-    EXPECT_NE(failureOf([&] {
-                  static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "file"));
-              }).find(root / "file"),
-              std::string::npos);
+    umask(mask);
+    for (const char* folder : {"a", "a/b"}) {
+        struct stat state {};
+        ASSERT_EQ(stat((root / folder).c_str(), &state), 0);
+        EXPECT_EQ(state.st_mode & 0777, 0700U) << folder;
+    }
+    EXPECT_TRUE(vrlkrt::isTrustedInside(root / "a"));
 }
 
 }  // namespace

@@ -92,3 +92,9 @@ std::string CraftedComponent::zip() const {
     entries.insert(entries.end(), files.begin(), files.end());
     return craftZip(entries);
 }
+
+CraftedComponent otherVersion() {
+    CraftedComponent other;
+    other.files = {{"lib/x.so", "another library"}, {"new.txt", "new"}};
+    return other;
+}

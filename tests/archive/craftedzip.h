@@ -44,3 +44,6 @@ struct CraftedComponent {
     std::string defaultManifest() const;
     std::string zip() const;
 };
+
+/// The same component with other files.
+CraftedComponent otherVersion();

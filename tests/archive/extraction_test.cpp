@@ -6,11 +6,28 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 
 namespace fs = std::filesystem;
+
+/// Stands before the one of the system: the file whose name ends so is closed with a failure that comes late.
+static const char* lateFailure = nullptr;
+
+extern "C" int close(int descriptor) {
+    std::error_code none;
+    const std::string path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none).string();
+    const bool fails = lateFailure != nullptr && path.find(lateFailure) != std::string::npos;
+    const long result = syscall(SYS_close, descriptor);
+    if (fails) {
+        errno = EDQUOT;
+    }
+    return fails ? -1 : static_cast<int>(result);
+}
 
 namespace {
 
@@ -20,12 +37,6 @@ std::map<std::string, std::string> expectedFiles(const CraftedComponent& compone
         files[entry.path] = entry.content;
     }
     return files;
-}
-
-CraftedComponent otherVersion() {
-    CraftedComponent other;
-    other.files = {{"lib/x.so", "another library"}, {"new.txt", "new"}};
-    return other;
 }
 
 vrlExtractedComponent place(const CraftedComponent& component, const std::string& folder) {
@@ -121,12 +132,40 @@ TEST(FolderExtraction, RefusesAndKeepsWhatIsNotOurs) {
 }
 
 TEST(FolderExtraction, LeavesNothingBehindWhenItFails) {
+    const TestFolder root;
     CraftedComponent component;
     component.manifest = component.defaultManifest();
     component.files.back().content = "not what was packed";
-    const TestFolder root;
     EXPECT_NE(failureOf([&] { place(component, root / "c"); }).find("data/table.txt"), std::string::npos);
     EXPECT_EQ(namesIn(root.path()), "");
+    lateFailure = "table.txt";
+    const std::string failure = failureOf([&] { place(CraftedComponent(), root / "c"); });
+    lateFailure = nullptr;
+    EXPECT_EQ(failure.find("Can't write " + root.path()), 0U) << failure;
+    EXPECT_NE(failure.find("data/table.txt: Disk quota exceeded."), std::string::npos) << failure;
+    EXPECT_EQ(namesIn(root.path()), "");
+}
+
+TEST(FolderExtraction, SweepsNothingButWhatItLeft) {
+    const TestFolder root;
+    const std::string marker = "/loomkit-unpacking";
+    for (const char* kept : {".c.config/deep/mine.txt", ".c.backup/mine.txt", ".loomkit-unpacking-mine00/mine.txt",
+                             ".loomkit-unpacking-mine01/new/mine.txt", ".loomkit-unpacking-longer0/loomkit-unpacking",
+                             ".loomkit-unpacking-mine02/loomkit-unpacking", ".loomkit-unpacking-mine02/mine.txt",
+                             ".loomkit-unpacking-mine03/loomkit-unpacking/new/mine.txt"}) {
+        writeText(root / kept, "mine");
+    }
+    const auto before = filesBelow(root.path());
+    fs::create_directory(root / ".loomkit-unpacking-empty0");
+    writeText(root / ".loomkit-unpacking-left00" + marker, "");
+    writeText(root / ".loomkit-unpacking-left01" + marker, "");
+    writeText(root / ".loomkit-unpacking-left01/new/lib/x.so", "half a lib");
+    writeText(root / ".loomkit-unpacking-left01/old/component.json", "{}");
+    place(CraftedComponent(), root / "c");
+    fs::remove_all(root / "c");
+    EXPECT_EQ(filesBelow(root.path()), before);
+    EXPECT_FALSE(fs::exists(root / ".loomkit-unpacking-empty0"));
+    EXPECT_FALSE(fs::exists(root / ".loomkit-unpacking-left00"));
 }
 
 }  // namespace

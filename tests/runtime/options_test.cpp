@@ -54,14 +54,14 @@ TEST_F(Options, AreAllReadAndGoWithTheEnd) {
     EXPECT_FALSE(vrlIsJVMEnabled());
     EXPECT_TRUE(vrlIsNoDisplaySet());
     const char* name = vrlGetLogFileName();
-    EXPECT_EQ(vrlGetCacheDirectory(), folder_);
+    EXPECT_EQ(vrlGetCacheDirectories(), std::vector<std::string>{folder_});
     vrlTerminateApplicationImpl();
     EXPECT_EQ(name, log) << "the name stays";
     EXPECT_FALSE(vrlIsKRTInitialized());
     EXPECT_TRUE(vrlIsJVMEnabled());
     EXPECT_FALSE(vrlIsNoDisplaySet());
     EXPECT_STREQ(vrlGetLogFileName(), "");
-    EXPECT_NE(vrlGetCacheDirectory(), folder_);
+    EXPECT_NE(vrlGetCacheDirectories().front(), folder_);
     EXPECT_FALSE(vrlIsKcc());
 }
 
@@ -163,7 +163,8 @@ TEST_F(Options, CacheFolderIsTheUsersOwn) {
     for (const auto& c : cases) {
         const Variable xdg("XDG_CACHE_HOME", c.xdg);
         const Variable user("HOME", c.home);
-        EXPECT_EQ(vrlGetCacheDirectory(), c.folder);
+        EXPECT_EQ(vrlGetCacheDirectories().front(), c.folder);
+        EXPECT_EQ(vrlGetCacheDirectories().back(), own + "/components");
     }
 }
 

@@ -1,16 +1,16 @@
 #include "vrlkrt/archive/componentcache.h"
 
 #include "vrlkrt/archive/extraction.h"
+#include "vrlkrt/archive/trustedfolder.h"
 
 #include "vrlbase/exceptions.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 namespace vrlkrt {
@@ -18,41 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The lock of one folder of the cache. Its file stays: removing it would let two processes hold locks on
-/// two files of the same name.
-OpenFile lockCacheFolder(const std::string& folder) {
-    const std::string path = folder + ".lock";
-    OpenFile file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!file.isOpen()) {
-        failPath("Can't open the lock file", path, errno);
-    }
-    if (!file.lock(OpenFile::Lock::exclusive)) {
-        failPath("Can't lock", path, errno);
-    }
-    return file;
-}
-
-/// Code is run from the cache, so nobody else may be able to put some there: the folder may not be writable by
-/// all, and no folder on the way to it that stands in one for all, such as /tmp, may be somebody else's.
-void requirePrivate(const std::string& cacheFolder) {
-    fs::path path = fs::canonical(cacheFolder);
-    struct stat state {};
-    if (stat(path.c_str(), &state) != 0) {
-        failPath("Can't look at the component cache", cacheFolder, errno);
-    }
-    if ((state.st_mode & S_IWOTH) != 0) {
-        throw Norvane::vrl::vrlBaseException("The component cache " + cacheFolder + " can be written by everybody.");
-    }
-    for (; path.has_relative_path(); path = path.parent_path()) {
-        const uid_t owner = state.st_uid;
-        if (stat(path.parent_path().c_str(), &state) != 0) {
-            failPath("Can't look at", path.parent_path().string(), errno);
-        }
-        if ((state.st_mode & S_IWOTH) != 0 && owner != geteuid() && owner != 0) {
-            throw Norvane::vrl::vrlBaseException("The component cache " + cacheFolder +
-                                                 " is not safe: " + path.string() + " belongs to another user.");
-        }
-    }
+void makeCache(const std::string& folder) {
+    requireTrustedFolder(folder);
+    makeFolders(folder, 0700);
+    requireTrustedFolder(folder);
 }
 
 void moveFolder(const std::string& from, const std::string& to) {
@@ -61,25 +30,53 @@ void moveFolder(const std::string& from, const std::string& to) {
     }
 }
 
+vrlExtractedComponent fill(const ComponentArchive& archive, const std::string& cacheFolder, const std::string& folder,
+                           Deadline deadline) {
+    const StagingFolder staging(cacheFolder);
+    extractAll(archive, staging.fresh());
+    std::shared_ptr<FolderLease> lease = FolderLease::take(staging.fresh(), deadline);
+    if (fs::exists(fs::symlink_status(folder))) {
+        moveFolder(folder, staging.replaced());
+    }
+    moveFolder(staging.fresh(), folder);
+    return describeComponent(archive, folder, std::move(lease));
+}
+
 }  // namespace
 
-vrlExtractedComponent placeInCache(const ComponentArchive& archive, const std::string& cacheFolder) {
-    makeFolders(cacheFolder, 0700);
-    requirePrivate(cacheFolder);
-    const std::string key = archive.manifest().name + "-" + archive.digest();
-    const std::string folder = cacheFolder + "/" + key;
-    const OpenFile lock = lockCacheFolder(folder);
-    if (holdsWhole(folder, archive)) {
-        return describeComponent(archive, folder, FolderLease::take(folder));
+std::string chooseCache(const std::vector<std::string>& folders) {
+    for (const std::string& folder : folders) {
+        requireTrustedFolder(folder);
+        try {
+            makeFolders(folder, 0700);
+            return folder;
+        } catch (const Norvane::vrl::vrlBaseException&) {
+            continue;
+        }
     }
-    const StagingFolder staging(cacheFolder, key);
-    extractAll(archive, staging.item("new"));
-    std::shared_ptr<FolderLease> lease = FolderLease::take(staging.item("new"));
-    if (fs::exists(fs::symlink_status(folder))) {
-        moveFolder(folder, staging.item("old"));
+    return folders.back();
+}
+
+vrlExtractedComponent placeInCache(const ComponentArchive& archive, const std::string& cacheFolder,
+                                   std::chrono::milliseconds patience) {
+    makeCache(cacheFolder);
+    const Deadline deadline = deadlineIn(patience);
+    const std::string folder = cacheFolder + "/" + archive.manifest().name + "-" + archive.digest();
+    // The file stays: removing it would let two processes hold locks on two files of the same name.
+    const std::string lockPath = folder + ".lock";
+    const OpenFile lock(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const int error = errno;
+    if (lock.isOpen()) {
+        lock.waitForLock(OpenFile::Lock::exclusive, lockPath, deadline);
     }
-    moveFolder(staging.item("new"), folder);
-    return describeComponent(archive, folder, std::move(lease));
+    std::optional<vrlExtractedComponent> whole = wholeComponent(archive, folder, FolderLease::take(folder, deadline));
+    if (whole) {
+        return std::move(*whole);
+    }
+    if (!lock.isOpen()) {
+        failPath("Can't open the lock file", lockPath, error);
+    }
+    return fill(archive, cacheFolder, folder, deadline);
 }
 
 }  // namespace vrlkrt

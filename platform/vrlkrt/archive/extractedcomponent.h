@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vrlkrt/archive/filestate.h"
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +25,8 @@ public:
     std::string version;
     int abi = 0;              ///< the krtAbi that the component was built for
     std::string libraryFile;  ///< absolute path of the shared object for this platform
+    std::optional<vrlkrt::FileState>
+        libraryState;  ///< of that file when its content was compared; not given: not checked
     std::vector<vrlComponentFunction> functions;
     std::shared_ptr<void> lease;  ///< keeps the folder in use for as long as somebody holds it
 };

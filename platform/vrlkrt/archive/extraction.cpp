@@ -2,18 +2,16 @@
 
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/trustedfolder.h"
 
 #include "vrlbase/exceptions.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -25,31 +23,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t randomNameLength = 6;  // what mkdtemp fills in
-
-/// Removes a tree as far as it can be; what stays is swept up by a later extraction.
 void removeTree(const std::string& path) {
     std::error_code ignored;
     fs::remove_all(path, ignored);
-}
-
-OpenFile openFolder(const std::string& path) {
-    return OpenFile(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
-/// Removes the staging folders of processes that are no more: nobody holds their locks.
-void sweepStaging(const std::string& parent, const std::string& prefix) {
-    std::error_code error;
-    for (fs::directory_iterator item(parent, error), end; !error && item != end; item.increment(error)) {
-        const std::string name = item->path().filename().string();
-        if (name.size() != prefix.size() + randomNameLength || name.compare(0, prefix.size(), prefix) != 0) {
-            continue;
-        }
-        const OpenFile folder = openFolder(item->path().string());
-        if (folder.isOpen() && folder.lock(OpenFile::Lock::exclusiveIfFree) && folder.isStill(item->path().string())) {
-            removeTree(item->path().string());
-        }
-    }
 }
 
 /// Writes the files of an archive below a folder.
@@ -78,7 +54,11 @@ public:
         }
     }
 
-    void endFile() override { file_ = OpenFile(); }
+    void endFile() override {
+        if (!file_.close()) {
+            failPath("Can't write", path_, errno);
+        }
+    }
 
 private:
     std::string folder_;
@@ -148,23 +128,28 @@ std::string whyNotOurs(const std::string& folder, const std::string& name) {
 /// with content is looked at and replaced under a lock on it, and one that appears under way makes it look again.
 class FolderPlacement {
 public:
-    FolderPlacement(const ComponentArchive& archive, const std::string& folder)
-        : archive_(archive), folder_(resolveFolder(folder)) {}
+    FolderPlacement(const ComponentArchive& archive, const std::string& folder, Deadline deadline)
+        : archive_(archive), folder_(resolveFolder(folder)), deadline_(deadline) {
+        // As it was given, for the links that it goes through.
+        requireTrustedFolder(folder);
+    }
 
     vrlExtractedComponent place() {
         constexpr int attempts = 100;
         for (int attempt = 0; attempt < attempts; ++attempt) {
-            std::shared_ptr<FolderLease> lease = tryOnce();
-            if (lease) {
-                return describeComponent(archive_, folder_, std::move(lease));
+            requireTrustedFolder(folder_);
+            if (std::optional<vrlExtractedComponent> component = tryOnce()) {
+                return std::move(*component);
             }
         }
         throw Norvane::vrl::vrlBaseException(sentence(folder_, "other processes keep changing the folder"));
     }
 
 private:
-    /// The lease on the component in place; null to try again.
-    std::shared_ptr<FolderLease> tryOnce() {
+    using Placed = std::optional<vrlExtractedComponent>;
+
+    /// The component in place; nothing to try again.
+    Placed tryOnce() {
         std::error_code error;
         const fs::file_status status = fs::status(folder_, error);
         if (status.type() == fs::file_type::not_found) {
@@ -176,23 +161,29 @@ private:
         if (status.type() != fs::file_type::directory) {
             throw Norvane::vrl::vrlBaseException(sentence(folder_, "it is there and is not a folder"));
         }
-        const OpenFile guard = openFolder(folder_);
-        if (!guard.isOpen() && errno != ENOENT) {
+        const OpenFile guard(open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (!guard.isOpen() && errno == ENOENT) {
+            return Placed();
+        }
+        if (!guard.isOpen()) {
             failPath("Can't look into", folder_, errno);
         }
+        guard.waitForLock(OpenFile::Lock::exclusive, folder_, deadline_);
         // A folder that another process replaced in the meantime is not the one that the lock was got on.
-        if (!guard.isOpen() || !guard.lock(OpenFile::Lock::exclusive) || !guard.isStill(folder_)) {
-            return nullptr;
+        if (!guard.isStill(folder_)) {
+            return Placed();
         }
-        if (fs::is_empty(folder_)) {
-            return moveIn();
-        }
-        std::shared_ptr<FolderLease> lease = FolderLease::take(folder_);
-        return lease && holdsWhole(folder_, archive_) ? lease : replace(lease);
+        return fs::is_empty(folder_) ? moveIn() : reuseOrReplace();
+    }
+
+    Placed reuseOrReplace() {
+        const std::shared_ptr<FolderLease> found = FolderLease::take(folder_, deadline_);
+        Placed whole = wholeComponent(archive_, folder_, found);
+        return whole ? std::move(whole) : replace(found);
     }
 
     /// Moves an earlier extraction out and the new one in. `found` is the lease on the one that is there, or null.
-    std::shared_ptr<FolderLease> replace(const std::shared_ptr<FolderLease>& found) {
+    Placed replace(const std::shared_ptr<FolderLease>& found) {
         std::string refusal =
             found ? whyNotOurs(folder_, archive_.manifest().name) : "the folder is not empty, and holds no component";
         if (refusal.empty() && !found->claim()) {
@@ -202,25 +193,25 @@ private:
             throw Norvane::vrl::vrlBaseException(sentence(folder_, refusal));
         }
         prepare();
-        removeTree(staging_->item("old"));
-        if (std::rename(folder_.c_str(), staging_->item("old").c_str()) != 0) {
+        removeTree(staging_->replaced());
+        if (std::rename(folder_.c_str(), staging_->replaced().c_str()) != 0) {
             failPath("Can't replace the folder", folder_, errno);
         }
         return moveIn();
     }
 
     /// Moves the new extraction to where nothing or an empty folder is.
-    std::shared_ptr<FolderLease> moveIn() {
+    Placed moveIn() {
         prepare();
-        if (std::rename(staging_->item("new").c_str(), folder_.c_str()) == 0) {
-            return std::move(lease_);
+        if (std::rename(staging_->fresh().c_str(), folder_.c_str()) == 0) {
+            return describeComponent(archive_, folder_, std::move(lease_));
         }
         const int error = errno;
         if (error == ENOTEMPTY || error == EEXIST || error == ENOTDIR) {
-            return nullptr;
+            return Placed();
         }
         // Puts back what was moved out; without it, the rename finds nothing to move.
-        std::rename(staging_->item("old").c_str(), folder_.c_str());
+        std::rename(staging_->replaced().c_str(), folder_.c_str());
         failPath("Can't make the folder", folder_, error);
     }
 
@@ -229,87 +220,23 @@ private:
         if (staging_) {
             return;
         }
-        const fs::path path(folder_);
-        makeFolders(path.parent_path().string());
-        staging_.emplace(path.parent_path().string(), path.filename().string().substr(0, 128));
-        extractAll(archive_, staging_->item("new"));
-        lease_ = FolderLease::take(staging_->item("new"));
+        const std::string parent = fs::path(folder_).parent_path().string();
+        makeFolders(parent);
+        requireTrustedFolder(folder_);
+        staging_.emplace(parent);
+        extractAll(archive_, staging_->fresh());
+        lease_ = FolderLease::take(staging_->fresh(), deadline_);
     }
 
     const ComponentArchive& archive_;
     const std::string folder_;
+    const Deadline deadline_;
     std::optional<StagingFolder> staging_;
     std::shared_ptr<FolderLease> lease_;
 };
 
-}  // namespace
-
-void failPath(const std::string& what, const std::string& path, int error) {
-    throw Norvane::vrl::vrlBaseException(what + " " + path + ": " + std::strerror(error) + ".");
-}
-
-OpenFile::~OpenFile() {
-    if (descriptor_ >= 0) {
-        close(descriptor_);
-    }
-}
-
-bool OpenFile::lock(Lock kind) const {
-    const int operation = kind == Lock::shared ? LOCK_SH : kind == Lock::exclusive ? LOCK_EX : LOCK_EX | LOCK_NB;
-    int result = 0;
-    do {
-        result = flock(descriptor_, operation);
-    } while (result != 0 && errno == EINTR);
-    return result == 0;
-}
-
-bool OpenFile::isStill(const std::string& path) const {
-    struct stat mine {};
-    struct stat there {};
-    return fstat(descriptor_, &mine) == 0 && stat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
-           mine.st_ino == there.st_ino;
-}
-
-StagingFolder::StagingFolder(const std::string& parent, const std::string& label) {
-    const std::string prefix = "." + label + ".";
-    sweepStaging(parent, prefix);
-    // Between making the folder and locking it, a sweep of another process can take it for an abandoned one.
-    while (!lock_.isOpen()) {
-        path_ = parent + "/" + prefix + std::string(randomNameLength, 'X');
-        if (mkdtemp(path_.data()) == nullptr) {
-            failPath("Can't make a folder in", parent, errno);
-        }
-        OpenFile folder = openFolder(path_);
-        if (folder.isOpen() && folder.lock(OpenFile::Lock::exclusiveIfFree) && folder.isStill(path_)) {
-            lock_ = std::move(folder);
-        }
-    }
-}
-
-StagingFolder::~StagingFolder() { removeTree(path_); }
-
-std::shared_ptr<FolderLease> FolderLease::take(const std::string& folder) {
-    OpenFile manifest(open((folder + "/" + manifestEntry).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (!manifest.isOpen() || !manifest.lock(OpenFile::Lock::shared)) {
-        return nullptr;
-    }
-    return std::make_shared<FolderLease>(std::move(manifest));
-}
-
-void makeFolders(const std::string& folder, unsigned permissions) {
-    std::error_code ignored;
-    if (fs::is_directory(folder, ignored)) {
-        return;
-    }
-    const std::string parent = fs::path(folder).parent_path().string();
-    if (!parent.empty() && parent != folder) {
-        makeFolders(parent, permissions);
-    }
-    if (mkdir(folder.c_str(), permissions) != 0 && errno != EEXIST) {
-        failPath("Can't make the folder", folder, errno);
-    }
-}
-
+/// Whether the folder holds exactly what the archive does: component.json byte for byte, and every file with its
+/// digest. Files that the archive doesn't have are not looked at.
 bool holdsWhole(const std::string& folder, const ComponentArchive& archive) {
     const std::string manifest = folder + "/" + manifestEntry;
     if (!isPlainFileOfSize(manifest, archive.manifestBytes().size()) ||
@@ -323,6 +250,22 @@ bool holdsWhole(const std::string& folder, const ComponentArchive& archive) {
         }
     }
     return true;
+}
+
+}  // namespace
+
+void makeFolders(const std::string& folder, unsigned permissions) {
+    std::error_code ignored;
+    if (fs::is_directory(folder, ignored)) {
+        return;
+    }
+    const std::string parent = fs::path(folder).parent_path().string();
+    if (!parent.empty() && parent != folder) {
+        makeFolders(parent, permissions);
+    }
+    if (mkdir(folder.c_str(), permissions) != 0 && errno != EEXIST) {
+        failPath("Can't make the folder", folder, errno);
+    }
 }
 
 void extractAll(const ComponentArchive& archive, const std::string& folder) {
@@ -345,12 +288,24 @@ vrlExtractedComponent describeComponent(const ComponentArchive& archive, const s
     component.abi = archive.manifest().abi;
     component.functions = archive.manifest().functions;
     component.libraryFile = component.folder + "/" + archive.hostLibrary();
+    component.libraryState = fileState(component.libraryFile);
     component.lease = std::move(lease);
     return component;
 }
 
-vrlExtractedComponent placeInFolder(const ComponentArchive& archive, const std::string& folder) {
-    return FolderPlacement(archive, folder).place();
+std::optional<vrlExtractedComponent> wholeComponent(const ComponentArchive& archive, const std::string& folder,
+                                                    const std::shared_ptr<FolderLease>& lease) {
+    if (!lease) {
+        return std::nullopt;
+    }
+    // First the state of the library, then its content: a change from here on is noticed when it is loaded.
+    vrlExtractedComponent component = describeComponent(archive, folder, lease);
+    return isTrustedInside(folder) && holdsWhole(folder, archive) ? std::optional(std::move(component)) : std::nullopt;
+}
+
+vrlExtractedComponent placeInFolder(const ComponentArchive& archive, const std::string& folder,
+                                    std::chrono::milliseconds patience) {
+    return FolderPlacement(archive, folder, deadlineIn(patience)).place();
 }
 
 }  // namespace vrlkrt

@@ -1,8 +1,9 @@
 #pragma once
 
 /// Locks among processes that extract components. All are advisory locks of the kernel on open files, so that they
-/// end with the process that held them, however it ends.
+/// end with the process that held them, however it ends. No wait for one is without an end.
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <utility>
@@ -11,6 +12,13 @@ namespace vrlkrt {
 
 /// Reports what went wrong with a path, with the system's words for `error`: "Can't make the folder /x: …".
 [[noreturn]] void failPath(const std::string& what, const std::string& path, int error);
+
+/// How long others may hold what is needed here: long enough for them to unpack the largest archive.
+constexpr std::chrono::milliseconds lockPatience = std::chrono::minutes(2);
+
+/// The moment at which waiting ends.
+using Deadline = std::chrono::steady_clock::time_point;
+inline Deadline deadlineIn(std::chrono::milliseconds patience) { return std::chrono::steady_clock::now() + patience; }
 
 /// Owns an open file of the process; -1 is none.
 class OpenFile {
@@ -26,11 +34,17 @@ public:
     int get() const noexcept { return descriptor_; }
     bool isOpen() const noexcept { return descriptor_ >= 0; }
 
-    enum class Lock { shared, exclusive, exclusiveIfFree };
-    /// Waits for the lock, except with exclusiveIfFree. False when it can't be had, with errno set.
-    bool lock(Lock kind) const;
+    enum class Lock { shared, exclusive };
+    /// False when the lock can't be had at once, with errno set.
+    bool tryLock(Lock kind) const;
+    /// Waits for the lock. Throws vrlBaseException that names the file as `path` when another process holds it still
+    /// at the deadline, or it can't be had at all.
+    void waitForLock(Lock kind, const std::string& path, Deadline deadline) const;
     /// Whether `path` still is this file.
     bool isStill(const std::string& path) const;
+    /// Closes the file, which must be open. False, with errno set, when what was written may be lost: some file
+    /// systems find out only now.
+    bool close();
 
 private:
     int descriptor_;
@@ -38,17 +52,19 @@ private:
 
 /// A fresh folder of this process beside its later place, for files on their way. While the object lives, the folder
 /// is locked, so that what a killed process left behind can be told from the folder of a living one: making an object
-/// removes the former. What the folder holds goes with the object.
+/// removes the former. Removed is only a folder that this class made: by its name, by its owner, by the marker in it,
+/// and by there being nothing else. What the folder holds goes with the object.
 class StagingFolder {
 public:
-    /// Makes the folder in `parent`, which exists; its name starts with a dot and `label`.
-    StagingFolder(const std::string& parent, const std::string& label);
+    /// Makes the folder in `parent`, which exists.
+    explicit StagingFolder(const std::string& parent);
     ~StagingFolder();
     StagingFolder(const StagingFolder&) = delete;
     StagingFolder& operator=(const StagingFolder&) = delete;
 
-    /// Path of an item in the folder, whether it is there or not.
-    std::string item(const char* name) const { return path_ + "/" + name; }
+    /// Paths in the folder, whether something is there or not: for what is being made, and for what it replaces.
+    std::string fresh() const;
+    std::string replaced() const;
 
 private:
     std::string path_;
@@ -58,11 +74,11 @@ private:
 /// Tells other processes that a component runs from a folder: a shared lock on its component.json.
 class FolderLease {
 public:
-    /// Null when the folder has no component.json.
-    static std::shared_ptr<FolderLease> take(const std::string& folder);
+    /// Null when the folder has no component.json. Waits for whoever replaces the folder.
+    static std::shared_ptr<FolderLease> take(const std::string& folder, Deadline deadline);
 
     /// Whether nobody but this lease is on the folder; it then keeps others from taking one.
-    bool claim() const { return manifest_.lock(OpenFile::Lock::exclusiveIfFree); }
+    bool claim() const { return manifest_.tryLock(OpenFile::Lock::exclusive); }
 
     explicit FolderLease(OpenFile manifest) : manifest_(std::move(manifest)) {}
 

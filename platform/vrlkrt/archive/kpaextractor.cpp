@@ -141,7 +141,7 @@ boost::shared_ptr<std::istream> vrlGetKpaStreamFromArraySrc(char* bytes, int len
 vrlExtractedComponentFactory vrlMakeComponentCacheExtractedComponentFactory(vrlkrt::KpaExtractor extractor) {
     return operation([&] {
         return vrlkrt::makeFactory(std::move(extractor), [](const vrlkrt::ComponentArchive& archive) {
-            return vrlkrt::placeInCache(archive, vrlGetCacheDirectory());
+            return vrlkrt::placeInCache(archive, vrlkrt::chooseCache(vrlGetCacheDirectories()));
         });
     });
 }

@@ -4,11 +4,10 @@
 
 #include <dlfcn.h>
 #include <link.h>
-#include <sys/stat.h>
 
 #include <map>
 #include <mutex>
-#include <utility>
+#include <optional>
 
 namespace vrlkrt {
 
@@ -16,10 +15,10 @@ namespace {
 
 constexpr int mode = RTLD_NOW | RTLD_LOCAL;
 
-/// The file that the loader has under each spelling of a path: its device and its number there.
+/// The file that the loader has under each spelling of a path.
 struct MappedFiles {
     std::mutex mutex;
-    std::map<std::string, std::pair<dev_t, ino_t>> bySpelling;
+    std::map<std::string, FileState> bySpelling;
 };
 
 /// Left to the process's end, as the libraries are.
@@ -32,16 +31,15 @@ MappedFiles& mappedFiles() {
 /// it, even where another file is in its place by now, and few libraries ever leave the process: one with a symbol
 /// that is unique in it never does. Such a path is spelled with one more slash, until it is new or leads to the file.
 void* mapFile(const std::string& file) {
-    struct stat state {};
-    if (stat(file.c_str(), &state) != 0) {
+    const std::optional<FileState> state = fileState(file);
+    if (!state) {
         return dlopen(file.c_str(), mode);
     }
-    const std::pair<dev_t, ino_t> identity(state.st_dev, state.st_ino);
     MappedFiles& mapped = mappedFiles();
     const std::lock_guard<std::mutex> lock(mapped.mutex);
     std::string spelling = file;
     while (void* known = dlopen(spelling.c_str(), mode | RTLD_NOLOAD)) {
-        if (mapped.bySpelling.try_emplace(spelling, identity).first->second == identity) {
+        if (mapped.bySpelling.try_emplace(spelling, *state).first->second.isSameFile(*state)) {
             return known;
         }
         dlclose(known);
@@ -49,9 +47,17 @@ void* mapFile(const std::string& file) {
     }
     void* library = dlopen(spelling.c_str(), mode);
     if (library != nullptr) {
-        mapped.bySpelling[spelling] = identity;
+        mapped.bySpelling.insert_or_assign(spelling, *state);
     }
     return library;
+}
+
+/// Throws when the file is another one than it was when its content was compared.
+void requireUnchanged(const std::string& component, const std::string& file, const std::optional<FileState>& state) {
+    if (state && !(fileState(file) == state)) {
+        throw Norvane::vrl::vrlBaseException("component " + component + ": the library " + file +
+                                             " was changed after its content was compared with its digest");
+    }
 }
 
 /// Whether an address lies in the library, and is not that of a variable.
@@ -70,23 +76,29 @@ bool isOwnFunction(void* library, void* address) {
 
 }  // namespace
 
-ComponentLibrary::ComponentLibrary(const std::string& component, const std::string& file) : library_(mapFile(file)) {
+ComponentLibrary::ComponentLibrary(const std::string& component, const std::string& file,
+                                   const std::optional<FileState>& state) {
+    requireUnchanged(component, file, state);
+    library_.reset(mapFile(file));
     if (library_ == nullptr) {
         const char* reason = dlerror();
         throw Norvane::vrl::vrlBaseException("component " + component + ": the library " + file +
                                              " can't be loaded: " + (reason == nullptr ? "no reason given" : reason));
     }
+    requireUnchanged(component, file, state);
 }
 
+void ComponentLibrary::Close::operator()(void* library) const noexcept { dlclose(library); }
+
 ComponentLibrary::~ComponentLibrary() {
-    if (!pinned_) {
-        dlclose(library_);
+    if (pinned_) {
+        static_cast<void>(library_.release());
     }
 }
 
 krtEntry ComponentLibrary::entry(const std::string& symbol) const {
-    void* address = dlsym(library_, symbol.c_str());
-    return address != nullptr && isOwnFunction(library_, address) ? reinterpret_cast<krtEntry>(address) : nullptr;
+    void* address = dlsym(library_.get(), symbol.c_str());
+    return address != nullptr && isOwnFunction(library_.get(), address) ? reinterpret_cast<krtEntry>(address) : nullptr;
 }
 
 }  // namespace vrlkrt

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "krt/component.h"
+#include "vrlkrt/archive/filestate.h"
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vrlkrt {
@@ -11,8 +13,10 @@ namespace vrlkrt {
 /// The shared object of a component, mapped for as long as somebody holds this.
 class ComponentLibrary {
 public:
-    /// Maps the file. Throws vrlBaseException that names the component, the file and what the loader says.
-    ComponentLibrary(const std::string& component, const std::string& file);
+    /// Maps the file, which must be in `state` before and after, where that is given. Throws vrlBaseException that
+    /// names the component, the file and what the loader says.
+    ComponentLibrary(const std::string& component, const std::string& file,
+                     const std::optional<FileState>& state = std::nullopt);
     /// Unmaps it, unless it is to stay.
     ~ComponentLibrary();
     ComponentLibrary(const ComponentLibrary&) = delete;
@@ -25,7 +29,10 @@ public:
     void pin() noexcept { pinned_ = true; }
 
 private:
-    void* library_;
+    struct Close {
+        void operator()(void* library) const noexcept;
+    };
+    std::unique_ptr<void, Close> library_;
     std::atomic<bool> pinned_{false};
 };
 

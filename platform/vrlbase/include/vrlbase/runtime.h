@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Appends a text to the log file; without one it is dropped. Null is fine. Safe on any thread; never throws.
 void vrlWriteLog(const char* text);
@@ -14,8 +15,9 @@ void vrlWriteLog(std::initializer_list<const char*> pieces);
 /// A text of the caller's (UTF-8) as a message quotes it: cut when it is long.
 std::string vrlShortText(std::string_view text);
 
-/// Folder under which components are extracted: the one of -cachedir, or else one of the user's own. Not created here.
-std::string vrlGetCacheDirectory();
+/// Folders under which components may be extracted, the best first: the one of -cachedir alone, or else one of the
+/// user's own and after it the one for a user without a home. Not created here; one at least.
+std::vector<std::string> vrlGetCacheDirectories();
 
 /// Gives `$(name)` in a path a meaning, in place of an earlier one. Without effect when either is null or the name
 /// empty, and when there is no memory for it: the log tells so then.
