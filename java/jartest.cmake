@@ -17,7 +17,7 @@ public class Use {
 ")
 foreach(options IN ITEMS "-cp;${jar}" "-p;${jar};--add-modules;com.norvane.loomkit")
     execute_process(
-        COMMAND "${java}" "-Duser.home=${home}" ${options} "${home}/Use.java"
+        COMMAND "${CMAKE_COMMAND}" -E env --unset=XDG_CACHE_HOME "${java}" "-Duser.home=${home}" ${options} "${home}/Use.java"
         OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE result)
     if(NOT result EQUAL 0 OR NOT output STREQUAL "sum 3.0\n")
         message(FATAL_ERROR "With ${options}: ${result}\n${output}${errors}")

@@ -28,6 +28,9 @@ import java.util.concurrent.Callable;
  * }</pre>
  *
  * <p>The runtime starts by itself when the first component is opened. A component may be used by several threads.
+ *
+ * <p>Opening an archive loads its native library, which runs code of its own before any function is called, with the
+ * rights of the process: open only what you trust. {@code kpa list} shows the functions of an archive without running it.
  */
 public final class Component implements AutoCloseable {
     /** No function gives more results. */

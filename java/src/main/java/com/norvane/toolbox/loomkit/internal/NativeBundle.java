@@ -4,13 +4,14 @@ import java.io.IOException;
 import java.io.InputStream;
 import java.io.UncheckedIOException;
 import java.math.BigInteger;
+import java.nio.ByteBuffer;
+import java.nio.channels.SeekableByteChannel;
 import java.nio.charset.StandardCharsets;
-import java.nio.file.DirectoryStream;
 import java.nio.file.Files;
 import java.nio.file.LinkOption;
 import java.nio.file.Path;
 import java.nio.file.StandardCopyOption;
-import java.nio.file.attribute.PosixFileAttributes;
+import java.nio.file.StandardOpenOption;
 import java.nio.file.attribute.PosixFilePermission;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.security.MessageDigest;
@@ -25,12 +26,16 @@ import java.util.function.Function;
  * The native libraries that ride in the jar: a list of SHA-256 digests, one line {@code digest  file} each, and the
  * files beside it.
  *
- * <p>They are unpacked to a folder that belongs to the user alone and whose name is the digest of the list, and used
+ * <p>They are unpacked to a folder that nobody else can write to and whose name is the digest of the list, and used
  * from there by later processes after their digests were compared. A folder appears whole, by a rename, or not at all.
  */
 final class NativeBundle {
     private static final String LIST = "natives.sha256";
-    private static final Set<PosixFilePermission> PRIVATE = PosixFilePermissions.fromString("rwx------");
+    private static final String STAGING_PREFIX = ".loomkit-unpacking-";
+    private static final String TEMPORARY_PREFIX = "loomkit-natives-";
+    private static final Set<PosixFilePermission> PRIVATE_FILE = PosixFilePermissions.fromString("rw-------");
+    /** How often a folder that others change under way is looked at anew. */
+    private static final int ATTEMPTS = 10;
 
     /** The bundle itself is at fault, so that no other folder would help. */
     static final class BadBundleException extends IOException {
@@ -55,7 +60,8 @@ final class NativeBundle {
 
     static NativeBundle ofThisPlatform() {
         String folder = "/natives/" + platform(System.getProperty("os.name"), System.getProperty("os.arch")) + "/";
-        return new NativeBundle(name -> NativeBundle.class.getResourceAsStream(folder + name), defaultCache());
+        return new NativeBundle(name -> NativeBundle.class.getResourceAsStream(folder + name),
+                cacheFolder(System.getenv("XDG_CACHE_HOME"), System.getProperty("user.home", "")));
     }
 
     static String platform(String system, String processor) {
@@ -63,8 +69,10 @@ final class NativeBundle {
         return system.toLowerCase(Locale.ROOT) + "-" + cpu;
     }
 
-    private static Path defaultCache() {
-        return Path.of(System.getProperty("user.home", ""), ".cache", "loomkit", "natives");
+    /** Where natives are kept, given {@code $XDG_CACHE_HOME}, which may be null, and the home folder. */
+    static Path cacheFolder(String xdgCache, String home) {
+        Path caches = xdgCache != null && xdgCache.startsWith("/") ? Path.of(xdgCache) : Path.of(home, ".cache");
+        return caches.resolve("loomkit").resolve("natives");
     }
 
     /**
@@ -80,46 +88,47 @@ final class NativeBundle {
             throw new IOException("the home folder is not known, user.home being "
                     + System.getProperty("user.home"));
         }
-        Files.createDirectories(cache);
+        TrustedFolder.require(cache);
+        TrustedFolder.create(cache);
+        TrustedFolder.require(cache);
+        StagingFolder.sweep(cache, STAGING_PREFIX);
         Path target = cache.resolve(digestOf(list));
-        if (Files.exists(target, LinkOption.NOFOLLOW_LINKS)) {
-            if (isWhole(target, digests)) {
-                return target;
+        for (int attempt = 0; !isWhole(target, digests); attempt++) {
+            if (attempt == ATTEMPTS) {
+                throw new IOException("others keep changing " + target);
             }
-            discard(target);
-        }
-        Path fresh = Files.createTempDirectory(cache, ".unpacking-");
-        try {
-            unpackFiles(digests, fresh);
-            publish(fresh, target, digests);
-        } finally {
-            deleteFolder(fresh);
+            try (StagingFolder staging = StagingFolder.in(cache, STAGING_PREFIX)) {
+                unpackFiles(digests, staging.fresh());
+                publish(staging, target, digests);
+            }
         }
         return target;
     }
 
     /**
-     * Unpacks the libraries to a new folder in that for temporary files, which goes when the process ends orderly.
+     * Unpacks the libraries to a new folder in that for temporary files, which goes when the process ends orderly, and
+     * otherwise when another one comes here.
      *
      * @return the folder, closed to others, whose files have their right digests
      * @throws IOException that says what is wrong with the bundle or the folder
      */
     Path unpackForThisProcess() throws IOException {
         Map<String, String> digests = parse(new String(read(LIST), StandardCharsets.UTF_8));
-        Path fresh = Files.createTempDirectory("loomkit-natives-", PosixFilePermissions.asFileAttribute(PRIVATE));
+        Path temporary = Path.of(System.getProperty("java.io.tmpdir")).toAbsolutePath();
+        StagingFolder.sweep(temporary, TEMPORARY_PREFIX);
+        StagingFolder folder = StagingFolder.in(temporary, TEMPORARY_PREFIX);
         try {
-            unpackFiles(digests, fresh);
-            if (!hasFiles(fresh, digests)) {
-                throw new IOException("the files in " + fresh + " were changed while they were written");
+            TrustedFolder.require(folder.fresh());
+            unpackFiles(digests, folder.fresh());
+            if (!isWhole(folder.fresh(), digests)) {
+                throw new IOException("the files in " + folder.fresh() + " were changed while they were written");
             }
+            folder.keepUntilExit();
         } catch (IOException | RuntimeException | Error failure) {
-            deleteFolder(fresh);
+            folder.close();
             throw failure;
         }
-        // Deleted in the opposite order: the folder last.
-        fresh.toFile().deleteOnExit();
-        digests.keySet().forEach(name -> fresh.resolve(name).toFile().deleteOnExit());
-        return fresh;
+        return folder.fresh();
     }
 
     private byte[] read(String name) throws IOException {
@@ -145,38 +154,47 @@ final class NativeBundle {
 
     private void unpackFiles(Map<String, String> digests, Path folder) throws IOException {
         for (Map.Entry<String, String> file : digests.entrySet()) {
-            unpackFile(file.getKey(), file.getValue(), folder);
+            byte[] content = read(file.getKey());
+            if (!digestOf(content).equals(file.getValue())) {
+                throw new BadBundleException(file.getKey() + " does not have the digest that " + LIST + " states");
+            }
+            write(folder.resolve(file.getKey()), content);
         }
     }
 
-    private void unpackFile(String name, String digest, Path folder) throws IOException {
-        byte[] content = read(name);
-        if (!digestOf(content).equals(digest)) {
-            throw new BadBundleException(name + " does not have the digest that " + LIST + " states");
-        }
-        Files.write(folder.resolve(name), content);
-    }
-
-    /** Another process may have been faster, and its folder is as good. */
-    private static void publish(Path fresh, Path target, Map<String, String> digests) throws IOException {
-        try {
-            Files.move(fresh, target, StandardCopyOption.ATOMIC_MOVE);
+    private static void write(Path path, byte[] content) throws IOException {
+        try (SeekableByteChannel channel = Files.newByteChannel(path,
+                Set.of(StandardOpenOption.CREATE_NEW, StandardOpenOption.WRITE),
+                PosixFilePermissions.asFileAttribute(PRIVATE_FILE))) {
+            ByteBuffer bytes = ByteBuffer.wrap(content);
+            while (bytes.hasRemaining()) {
+                channel.write(bytes);
+            }
         } catch (IOException failure) {
-            if (!isWhole(target, digests)) {
+            // The words of the system alone don't say where.
+            throw new IOException("can't write " + path + ": " + failure.getMessage(), failure);
+        }
+    }
+
+    /** Another process may have been faster, and its folder is as good; whether it is so is looked at afterwards. */
+    private static void publish(StagingFolder staging, Path target, Map<String, String> digests) throws IOException {
+        if (Files.exists(target, LinkOption.NOFOLLOW_LINKS) && !isWhole(target, digests)) {
+            Files.move(target, staging.replaced(), StandardCopyOption.ATOMIC_MOVE);
+        }
+        try {
+            Files.move(staging.fresh(), target, StandardCopyOption.ATOMIC_MOVE);
+        } catch (IOException failure) {
+            if (!Files.exists(target, LinkOption.NOFOLLOW_LINKS)) {
                 throw failure;
             }
         }
     }
 
-    /** Whether a folder is the user's own, closed to others, and has every file with its digest. */
+    /** Whether nobody else can change a folder, and it has every file with its digest. */
     private static boolean isWhole(Path folder, Map<String, String> digests) throws IOException {
-        if (!Files.isDirectory(folder, LinkOption.NOFOLLOW_LINKS) || !isPrivate(folder)) {
+        if (!Files.isDirectory(folder, LinkOption.NOFOLLOW_LINKS) || !TrustedFolder.isTrustedInside(folder)) {
             return false;
         }
-        return hasFiles(folder, digests);
-    }
-
-    private static boolean hasFiles(Path folder, Map<String, String> digests) throws IOException {
         for (Map.Entry<String, String> file : digests.entrySet()) {
             Path path = folder.resolve(file.getKey());
             boolean regular = Files.isRegularFile(path, LinkOption.NOFOLLOW_LINKS);
@@ -185,34 +203,6 @@ final class NativeBundle {
             }
         }
         return true;
-    }
-
-    private static boolean isPrivate(Path folder) throws IOException {
-        PosixFileAttributes attributes =
-                Files.readAttributes(folder, PosixFileAttributes.class, LinkOption.NOFOLLOW_LINKS);
-        PosixFileAttributes parent = Files.readAttributes(folder.getParent(), PosixFileAttributes.class);
-        return PRIVATE.containsAll(attributes.permissions()) && attributes.owner().equals(parent.owner());
-    }
-
-    /** Moved aside first, so that nobody takes it for whole while it goes. */
-    private void discard(Path broken) throws IOException {
-        Path aside = Files.createTempDirectory(cache, ".broken-");
-        Files.move(broken, aside.resolve("was"), StandardCopyOption.ATOMIC_MOVE);
-        deleteFolder(aside.resolve("was"));
-        deleteFolder(aside);
-    }
-
-    private static void deleteFolder(Path folder) throws IOException {
-        if (Files.isSymbolicLink(folder) || Files.isRegularFile(folder)) {
-            Files.delete(folder);
-        } else if (Files.exists(folder)) {
-            try (DirectoryStream<Path> entries = Files.newDirectoryStream(folder)) {
-                for (Path entry : entries) {
-                    deleteFolder(entry);
-                }
-            }
-            Files.delete(folder);
-        }
     }
 
     static String digestOf(byte[] content) {

@@ -9,26 +9,45 @@ import com.norvane.toolbox.loomkit.testing.ChildProcess;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.nio.file.StandardOpenOption;
 import java.util.List;
+import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.ValueSource;
 
 class NativeLoaderTest {
     @TempDir Path folder;
 
     /** Loads the natives, and tells how that went. */
     public static final class Program {
-        public static void main(String[] args) {
+        public static void main(String[] args) throws IOException {
             try {
+                if (System.getProperty("before") != null) {
+                    System.load(System.getProperty("before"));
+                }
                 System.out.println("running: " + Loomkit.isRunning());
+                try (Stream<String> maps = Files.lines(Path.of("/proc/self/maps"))) {
+                    maps.filter(line -> line.matches(".*lib(krt|nativevrl|loomkit)[.]so"))
+                            .map(line -> line.substring(line.indexOf('/')))
+                            .distinct()
+                            .forEach(System.out::println);
+                }
             } catch (UnsatisfiedLinkError failure) {
                 System.out.println(failure.getMessage());
             }
         }
     }
 
-    private ChildProcess runWith(String... options) throws IOException, InterruptedException {
-        ChildProcess child = ChildProcess.run(Program.class, List.of(options));
+    private static ChildProcess runWith(String... options) throws IOException, InterruptedException {
+        ProcessBuilder program = ChildProcess.builder(Program.class, List.of(options));
+        program.environment().remove("XDG_CACHE_HOME");
+        return run(program);
+    }
+
+    private static ChildProcess run(ProcessBuilder program) throws IOException, InterruptedException {
+        ChildProcess child = ChildProcess.run(program);
         assertEquals(0, child.exitCode, child.output);
         return child;
     }
@@ -60,5 +79,27 @@ class NativeLoaderTest {
         ChildProcess child = runWith("-Djava.library.path=" + folder + ":" + natives);
 
         assertTrue(child.output.contains("running: false"), child.output);
+    }
+
+    /** A library of the natives, copied to the test's folder, and with a byte more where it is to be another build. */
+    private Path copy(String name, boolean isOther) throws IOException {
+        Path copy = Files.copy(Path.of(System.getProperty("loomkit.native.dir"), name), folder.resolve(name));
+        if (isOther) {
+            Files.write(copy, new byte[] {0}, StandardOpenOption.APPEND);
+        }
+        return copy;
+    }
+
+    @ParameterizedTest
+    @ValueSource(booleans = {true, false})
+    void doesNotMixBuilds(boolean isOther) throws Exception {
+        String natives = System.getProperty("loomkit.native.dir");
+        Path before = copy("libkrt.so", isOther);
+
+        ChildProcess child = runWith("-Dloomkit.native.dir=" + natives, "-Dbefore=" + before);
+
+        assertTrue(child.output.contains(isOther
+                ? "the process already has " + before + ", of another build than " + natives + "/libkrt.so"
+                : "running: false"), child.output);
     }
 }

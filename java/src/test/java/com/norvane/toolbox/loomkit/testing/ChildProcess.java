@@ -21,24 +21,29 @@ public final class ChildProcess {
     /** Runs the main class with the class path of this process, up to its end. */
     public static ChildProcess run(Class<?> main, List<String> virtualMachineOptions)
             throws IOException, InterruptedException {
-        return run(List.of(), main, virtualMachineOptions);
+        return run(builder(main, virtualMachineOptions));
     }
 
-    /** As {@link #run}, with a limit on the memory that the process may map. */
-    public static ChildProcess runWithin(int kilobytes, Class<?> main, List<String> virtualMachineOptions)
-            throws IOException, InterruptedException {
-        return run(
-                List.of("sh", "-c", "ulimit -v " + kilobytes + " && exec \"$@\"", "sh"), main, virtualMachineOptions);
+    /** Runs a program up to its end. */
+    public static ChildProcess run(ProcessBuilder program) throws IOException, InterruptedException {
+        Process process = program.redirectErrorStream(true).start();
+        String output = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+        return new ChildProcess(output, process.waitFor());
     }
 
-    private static ChildProcess run(List<String> front, Class<?> main, List<String> virtualMachineOptions)
-            throws IOException, InterruptedException {
-        List<String> command = new ArrayList<>(front);
+    /** What runs the main class with the class path of this process, for changes of the environment. */
+    public static ProcessBuilder builder(Class<?> main, List<String> virtualMachineOptions) {
+        List<String> command = new ArrayList<>();
         command.add(Path.of(System.getProperty("java.home"), "bin", "java").toString());
         command.addAll(virtualMachineOptions);
         command.addAll(List.of("-cp", System.getProperty("java.class.path"), main.getName()));
-        Process process = new ProcessBuilder(command).redirectErrorStream(true).start();
-        String output = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
-        return new ChildProcess(output, process.waitFor());
+        return new ProcessBuilder(command);
+    }
+
+    /** The same program, started by a shell that runs a command before. */
+    public static ProcessBuilder after(String shellCommand, ProcessBuilder program) {
+        List<String> command = new ArrayList<>(List.of("sh", "-c", shellCommand + " && exec \"$@\"", "sh"));
+        command.addAll(program.command());
+        return program.command(command);
     }
 }
