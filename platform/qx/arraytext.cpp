@@ -67,7 +67,7 @@ std::string extentsText(Shape shape) {
 
 std::string summary(const qxArray* array) {
     return fmt::format("{}{}{} {}", extentsText(shapeOf(array)), qxIsEmpty(array) ? " empty" : "",
-                       array->isSparse() ? " sparse" : "", classInfo(array->classWord()).name);
+                       array->isSparse() ? " sparse" : "", qxGetClassName(qxGetClassID(array)));
 }
 
 /// Subscripts, one-based, of a linear index into the extents from `first` on, as "a,b,c".

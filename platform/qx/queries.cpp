@@ -8,6 +8,8 @@ qxClassID qxArray::_get_class_id_non_trivial() const noexcept {
 
 qxClassID qxGetClassID(const qxArray* array) { return array->_get_class_id_non_trivial(); }
 
+const char* qxGetClassName(qxClassID classId) { return qx::classInfo(static_cast<std::uint64_t>(classId)).name; }
+
 std::size_t qxGetNumberOfElements(const qxArray* array) { return qx::extentProduct(qx::shapeOf(array), 0); }
 
 bool qxIsEmpty(const qxArray* array) { return qxGetNumberOfElements(array) == 0; }

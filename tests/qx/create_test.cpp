@@ -32,12 +32,14 @@ struct ClassCase {
     qxClassID classId;
     std::size_t elementSize;  // 0: can't be made
     bool canBeComplex;
+    const char* name;
 };
 
 class NumericClasses : public QxTest, public testing::WithParamInterface<ClassCase> {};
 
 TEST_P(NumericClasses, HaveTheBlocksOfTheirClass) {
     const ClassCase& given = GetParam();
+    EXPECT_STREQ(qxGetClassName(given.classId), given.name);
     for (const qxComplexity complexity : {qxREAL, qxCOMPLEX}) {
         const qxArrayOwner array(qxCreateNumericMatrix(3, 2, given.classId, complexity));
         const std::uint32_t extents[] = {3, 2};
@@ -61,20 +63,21 @@ TEST_P(NumericClasses, HaveTheBlocksOfTheirClass) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, NumericClasses,
-                         testing::Values(ClassCase{qxUNKNOWN_CLASS, 0, false}, ClassCase{qxCELL_CLASS, 0, false},
-                                         ClassCase{qxSTRUCT_CLASS, 0, false}, ClassCase{qxLOGICAL_CLASS, 1, false},
-                                         ClassCase{qxCHAR_CLASS, 2, false},
-                                         ClassCase{static_cast<qxClassID>(5), 0, false},
-                                         ClassCase{qxDOUBLE_CLASS, 8, true}, ClassCase{qxSINGLE_CLASS, 4, true},
-                                         ClassCase{qxINT8_CLASS, 1, true}, ClassCase{qxUINT8_CLASS, 1, true},
-                                         ClassCase{qxINT16_CLASS, 2, true}, ClassCase{qxUINT16_CLASS, 2, true},
-                                         ClassCase{qxINT32_CLASS, 4, true}, ClassCase{qxUINT32_CLASS, 4, true},
-                                         ClassCase{qxINT64_CLASS, 8, true}, ClassCase{qxUINT64_CLASS, 8, true},
-                                         ClassCase{qxFUNCTION_CLASS, 0, false}, ClassCase{qxOPAQUE_CLASS, 0, false},
-                                         ClassCase{qxOBJECT_CLASS, 0, false},
-                                         ClassCase{static_cast<qxClassID>(-1), 0, false},
-                                         ClassCase{static_cast<qxClassID>(19), 0, false}));
+INSTANTIATE_TEST_SUITE_P(
+    All, NumericClasses,
+    testing::Values(ClassCase{qxUNKNOWN_CLASS, 0, false, "unknown"}, ClassCase{qxCELL_CLASS, 0, false, "cell"},
+                    ClassCase{qxSTRUCT_CLASS, 0, false, "struct"}, ClassCase{qxLOGICAL_CLASS, 1, false, "logical"},
+                    ClassCase{qxCHAR_CLASS, 2, false, "char"},
+                    ClassCase{static_cast<qxClassID>(5), 0, false, "unknown"},
+                    ClassCase{qxDOUBLE_CLASS, 8, true, "double"}, ClassCase{qxSINGLE_CLASS, 4, true, "single"},
+                    ClassCase{qxINT8_CLASS, 1, true, "int8"}, ClassCase{qxUINT8_CLASS, 1, true, "uint8"},
+                    ClassCase{qxINT16_CLASS, 2, true, "int16"}, ClassCase{qxUINT16_CLASS, 2, true, "uint16"},
+                    ClassCase{qxINT32_CLASS, 4, true, "int32"}, ClassCase{qxUINT32_CLASS, 4, true, "uint32"},
+                    ClassCase{qxINT64_CLASS, 8, true, "int64"}, ClassCase{qxUINT64_CLASS, 8, true, "uint64"},
+                    ClassCase{qxFUNCTION_CLASS, 0, false, "function"}, ClassCase{qxOPAQUE_CLASS, 0, false, "opaque"},
+                    ClassCase{qxOBJECT_CLASS, 0, false, "object"},
+                    ClassCase{static_cast<qxClassID>(-1), 0, false, "unknown"},
+                    ClassCase{static_cast<qxClassID>(19), 0, false, "unknown"}));
 
 TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     EXPECT_FALSE(doubles({kTooLong, 0}));

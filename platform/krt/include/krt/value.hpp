@@ -44,15 +44,7 @@ constexpr qxClassID classOf() {
     }
 }
 
-/// Name of a class as errors show it.
-inline const char* className(qxClassID id) {
-    static constexpr const char* names[] = {
-        "unknown", "cell",   "struct", "logical", "char",  "unknown", "double",          "single", "int8",  "uint8",
-        "int16",   "uint16", "int32",  "uint32",  "int64", "uint64",  "function handle", "opaque", "object"};
-    return id >= qxUNKNOWN_CLASS && id <= qxOBJECT_CLASS ? names[id] : names[0];
-}
-
-/// Such as "3-by-4 int32 array".
+/// Such as "a 3-by-4 int32 array".
 inline std::string describe(const qxArray* array) {
     if (array == nullptr) {
         return "missing";
@@ -60,13 +52,16 @@ inline std::string describe(const qxArray* array) {
     if (krtIsJavaObject(array) != 0) {
         return "a Java object";
     }
+    if (qxGetClassID(array) == qxFUNCTION_CLASS) {
+        return "a function handle";
+    }
     std::string text = "a ";
     for (std::uint32_t i = 0; i < array->numberOfDimensions(); ++i) {
         text += (i == 0 ? "" : "-by-") + std::to_string(array->get_dimensions()[i]);
     }
     text += qxIsSparse(array) ? " sparse " : " ";
     text += qxIsComplex(array) ? "complex " : "";
-    return text + className(qxGetClassID(array)) + " array";
+    return text + qxGetClassName(qxGetClassID(array)) + " array";
 }
 
 /// A number as errors show it: 2.5, 1e+20, nan.
@@ -163,7 +158,7 @@ public:
     template <typename T>
     ArrayView<const T> elements(const Location& at = Location()) const {
         if (classId() != classOf<T>() || qxIsSparse(array_)) {
-            unexpected(std::string("a full ") + className(classOf<T>()) + " array", at);
+            unexpected(std::string("a full ") + qxGetClassName(classOf<T>()) + " array", at);
         }
         return {static_cast<const T*>(array_->realData()), dimensions()};
     }

@@ -212,6 +212,9 @@ std::size_t qxLiveArrayCount();
 // ---- Queries; `array` is never null unless it says so
 
 qxClassID qxGetClassID(const qxArray* array);
+/// Name of a class in one lower-case word, as messages and displays show it: "double", "cell", "function"; "unknown"
+/// for class 0 and for what is no class. Never null, valid for ever.
+const char* qxGetClassName(qxClassID classId);
 /// Product of the extents.
 std::size_t qxGetNumberOfElements(const qxArray* array);
 bool qxIsEmpty(const qxArray* array);

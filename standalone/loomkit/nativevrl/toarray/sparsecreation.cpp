@@ -19,47 +19,6 @@ namespace nativevrl::JConvert {
 
 namespace {
 
-std::string classNameOf(qxClassID classId) {
-    switch (classId) {
-        case qxCELL_CLASS:
-            return "cell";
-        case qxSTRUCT_CLASS:
-            return "struct";
-        case qxLOGICAL_CLASS:
-            return "logical";
-        case qxCHAR_CLASS:
-            return "char";
-        case qxDOUBLE_CLASS:
-            return "double";
-        case qxSINGLE_CLASS:
-            return "single";
-        case qxINT8_CLASS:
-            return "int8";
-        case qxUINT8_CLASS:
-            return "uint8";
-        case qxINT16_CLASS:
-            return "int16";
-        case qxUINT16_CLASS:
-            return "uint16";
-        case qxINT32_CLASS:
-            return "int32";
-        case qxUINT32_CLASS:
-            return "uint32";
-        case qxINT64_CLASS:
-            return "int64";
-        case qxUINT64_CLASS:
-            return "uint64";
-        case qxFUNCTION_CLASS:
-            return "function";
-        case qxOPAQUE_CLASS:
-            return "opaque";
-        case qxOBJECT_CLASS:
-            return "object";
-        default:
-            return "unknown";
-    }
-}
-
 void require(JNIEnv* env, bool holds, const char* message) {
     if (!holds) {
         raise(env, "java/lang/IllegalArgumentException", message);
@@ -173,7 +132,7 @@ qxArray* convertInitialData(JNIEnv* env, const JObjectProxy& real, const JObject
 
 void checkSparseClass(JNIEnv* env, qxClassID classId) {
     if (classId != qxDOUBLE_CLASS && classId != qxLOGICAL_CLASS) {
-        const std::string message = "Sparse arrays not supported for type: " + classNameOf(classId);
+        const std::string message = std::string("Sparse arrays not supported for type: ") + qxGetClassName(classId);
         raise(env, "java/lang/ArrayStoreException", message.c_str());
     }
 }
