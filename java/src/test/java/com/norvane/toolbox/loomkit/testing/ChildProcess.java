@@ -24,6 +24,12 @@ public final class ChildProcess {
         return run(builder(main, virtualMachineOptions));
     }
 
+    /** As {@link #run}, with a limit on the memory that the process may map. */
+    public static ChildProcess runWithin(int kilobytes, Class<?> main, List<String> virtualMachineOptions)
+            throws IOException, InterruptedException {
+        return run(after("ulimit -v " + kilobytes, builder(main, virtualMachineOptions)));
+    }
+
     /** Runs a program up to its end. */
     public static ChildProcess run(ProcessBuilder program) throws IOException, InterruptedException {
         Process process = program.redirectErrorStream(true).start();
