@@ -3,6 +3,9 @@
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
 
+#include <type_traits>
+#include <utility>
+
 namespace nativevrl::test {
 
 namespace {
@@ -15,8 +18,7 @@ protected:
     static std::vector<T> values() { return {1, 0, 1, 1, 0}; }
 };
 
-using AllTypes = testing::Types<jboolean, jbyte, jchar, jshort, jint, jlong, jfloat, jdouble>;
-TYPED_TEST_SUITE(PrimitiveArrays, AllTypes, );
+TYPED_TEST_SUITE(PrimitiveArrays, JPrimitiveTypes::In<testing::Types>, );
 
 TYPED_TEST(PrimitiveArrays, PinOnceAndWriteBack) {
     jobject array = primitiveArray<TypeParam>(this->env, this->values());
@@ -47,6 +49,26 @@ TYPED_TEST(PrimitiveArrays, ReleaseBeforeTheReferenceChanges) {
     EXPECT_EQ(counter.pinnedBlocks(), 0) << "detach writes back";
     EXPECT_EQ(toVector<TypeParam>(this->env, detached), std::vector<TypeParam>{1});
     EXPECT_EQ(toVector<TypeParam>(this->env, copy.ref())[0], TypeParam{0});
+}
+
+TYPED_TEST(PrimitiveArrays, MoveWithTheBlockThatTheyPinned) {
+    jobject array = primitiveArray<TypeParam>(this->env, this->values());
+    const JniCounter counter(this->env);
+    {
+        JPrimitiveArrayProxy<TypeParam> source(this->env, array);
+        TypeParam* elements = source.getElements();
+        elements[1] = 1;
+        JPrimitiveArrayProxy<TypeParam> moved(std::move(source));
+        EXPECT_EQ(moved.getElements(), elements);
+        source = std::move(moved);
+        EXPECT_EQ(counter.pinnedBlocks(), 0) << "assignment writes back";
+        EXPECT_EQ(source.getElements()[1], TypeParam{1});
+        EXPECT_THROW(moved.getElements(), tether::NullPointerException);
+        expectThrownClass(this->env, "java/lang/NullPointerException");
+    }
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
+    EXPECT_EQ(counter.localReferences(), 0);
+    EXPECT_EQ(toVector<TypeParam>(this->env, array)[1], TypeParam{1});
 }
 
 TYPED_TEST(PrimitiveArrays, AnArrayThatCannotBeMadeRaisesOutOfMemory) {
@@ -84,6 +106,8 @@ TEST_F(ObjectArrays, WhatIsAttachedToAnElementLandsInTheArrayAtOnce) {
     element.attach(env->NewLocalRef(text));
     EXPECT_NE(env->IsSameObject(elementAt(env, array.ref(), 1), text), JNI_FALSE);
     EXPECT_EQ(elementAt(env, array.ref(), 0), nullptr);
+    static_assert(!std::is_assignable_v<decltype(element)&, decltype(element)>,
+                  "standing for another element would overwrite this one");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "proxies/jboxedproxies.h"
 #include "proxies/jclassproxy.h"
+#include "proxies/jnvarrayproxy.h"
 #include "proxies/jobjectarrayproxy.h"
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
@@ -113,6 +114,54 @@ TEST_F(ClassProxies, AFailedWeakReferenceLeavesTheSlotEmpty) {
     expectThrownClass(env, "java/lang/OutOfMemoryError");
     EXPECT_NE(FreshClassProxy::instance(env), nullptr);
     EXPECT_EQ(counter.weakReferences(), 1);
+    EXPECT_EQ(counter.localReferences(), 0);
+}
+
+TEST_F(ClassProxies, GiveTheClassLoaderOnAnyThread) {
+    JNIEnv* builder = nullptr;
+    onAttachedThread([&](JNIEnv* other) {
+        builder = other;
+        JNVArrayClassProxy::instance(other);
+    });
+    ASSERT_NE(builder, env);
+    const JniCounter counter(env);
+    const JObjectRef loader = JNVArrayClassProxy::instance(env)->getClassLoader(env);
+    EXPECT_EQ(counter.localReferences(), 1);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::CallObjectMethodA), 1);
+    EXPECT_FALSE(loader.isNull());
+    EXPECT_TRUE(JObjectClassProxy::instance(env)->getClassLoader(env).isNull());
+}
+
+/// Asks for the proxy of a class while that class is looked up, as a class loader may.
+class AskingAgain : public JniProbe {
+public:
+    using JniProbe::JniProbe;
+    bool admits(const JniFunction& function) override {
+        if (function.slot == jniSlot(&JNINativeInterface_::FindClass) && inner_ == nullptr && !asking_) {
+            asking_ = true;
+            inner_ = FreshClassProxy::instance(env());
+        }
+        return true;
+    }
+    FreshClassProxy* inner() const { return inner_; }
+
+private:
+    bool asking_ = false;
+    FreshClassProxy* inner_ = nullptr;
+};
+
+TEST_F(ClassProxies, ALookUpThatComesBackForItsOwnClassLeavesOneProxy) {
+    const JniCounter counter(env);
+    {
+        const AskingAgain loader(env);
+        const auto* outer = FreshClassProxy::instance(env);
+        EXPECT_EQ(outer, loader.inner());
+    }
+    EXPECT_EQ(FreshClassProxy::instance(env), FreshClassProxy::instance(env));
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 2);
+    EXPECT_EQ(counter.weakReferences(), 1);
+    disposeClassProxies(env);
+    EXPECT_EQ(counter.weakReferences(), 0);
     EXPECT_EQ(counter.localReferences(), 0);
 }
 

@@ -99,6 +99,15 @@ TEST_F(ObjectReads, TextThatIsNoNumberFailsWithTheWordsOfTheLastParser) {
     }
 }
 
+TEST_F(ObjectReads, LookNoClassUpForATextThatAParserRefuses) {
+    const JObjectProxy object(env, javaString(env, u"1.5"));
+    EXPECT_EQ(object.asInt(), 1);
+    const JniCounter counter(env);
+    EXPECT_EQ(object.asInt(), 1);
+    EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 0);
+    EXPECT_EQ(counter.localReferences(), 0);
+}
+
 TEST_F(ObjectReads, StopAtAFailureThatIsNoRefusalOfTheText) {
     const JObjectProxy object(env, javaString(env, u"12"));
     const JniCounter counter(env);

@@ -41,6 +41,26 @@ TEST_F(Strings, ANewStringNeverInheritsOldCharacters) {
     EXPECT_STREQ(proxy.getStringUTFChars(), "third");
 }
 
+TEST_F(Strings, CharactersNeverOutliveTheReferenceThatTheyWereFetchedThrough) {
+    jobject string = javaString(env, u"text");
+    const JniCounter counter(env);
+    {
+        JStringProxy first(env, string);
+        const char* utf = first.getStringUTFChars();
+        JStringProxy second(std::move(first));
+        EXPECT_EQ(second.getStringUTFChars(), utf);
+        EXPECT_EQ(first.getStringUTFChars(), nullptr);
+        first = std::move(second);
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
+        EXPECT_STREQ(first.getStringUTFChars(), "text");
+        first.getStringChars();
+        env->DeleteLocalRef(first.detach());
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
+        EXPECT_EQ(first.getStringChars(), nullptr);
+    }
+    EXPECT_EQ(counter.localReferences(), 0);
+}
+
 }  // namespace
 
 }  // namespace nativevrl::test

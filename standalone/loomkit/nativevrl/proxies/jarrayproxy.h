@@ -5,6 +5,7 @@
 #include "proxies/jclassproxy.h"
 #include "proxies/jprimitive.h"
 #include "proxies/numericcast.h"
+#include "proxies/pinnedelements.h"
 
 #include <cstddef>
 #include <utility>
@@ -31,41 +32,36 @@ public:
 /// written back when they are released, also when they were only read.
 template <typename T>
 class JPrimitiveArrayProxy : public JArrayProxy {
-    using Jni = JPrimitive<T>;
-    using Array = typename Jni::Array;
-
 public:
     using ClassProxy = JPrimitiveArrayClassProxy<T>;
 
     JPrimitiveArrayProxy(JNIEnv* env, jobject array) : JArrayProxy(env, array) {}
     /// Refers to the same array; the copy pins a block of its own.
     JPrimitiveArrayProxy(const JPrimitiveArrayProxy& other) : JArrayProxy(other) {}
+    /// Takes the pinned block along.
+    JPrimitiveArrayProxy(JPrimitiveArrayProxy&& other) noexcept = default;
     JPrimitiveArrayProxy& operator=(const JPrimitiveArrayProxy& other) {
         JArrayProxy::operator=(other);
         return *this;
     }
+    /// The block is written back on the way.
+    JPrimitiveArrayProxy& operator=(JPrimitiveArrayProxy&& other) {
+        JArrayProxy::operator=(std::move(other));
+        return *this;
+    }
+    // The block goes before the reference that it was pinned through.
     ~JPrimitiveArrayProxy() override { releaseElements(); }
 
     /// The elements, pinned until they are released. Throws tether::NullPointerException for a proxy of null and
     /// tether::OutOfMemoryException when they can't be had.
     T* getElements() {
-        if (elements_ == nullptr) {
-            if (isNull()) {
-                tether::throwNullPointer(env());
-            }
-            elements_ = (env()->*Jni::getElements)(static_cast<Array>(ref()), nullptr);
-            if (elements_ == nullptr) {
-                tether::throwOutOfMemory(env());
-            }
+        if (!elements_.isPinned()) {
+            elements_ = PinnedElements<T>(env(), ref());
         }
-        return elements_;
+        return elements_.elements();
     }
 
-    void releaseElements() {
-        if (elements_ != nullptr) {
-            (env()->*Jni::releaseElements)(static_cast<Array>(ref()), std::exchange(elements_, nullptr), 0);
-        }
-    }
+    void releaseElements() { elements_.release(); }
 
     void reset() override {
         releaseElements();
@@ -79,7 +75,7 @@ public:
     }
 
 private:
-    T* elements_ = nullptr;
+    PinnedElements<T> elements_{env(), nullptr};
 };
 
 /// A new Java array of a primitive type. Each constructor throws tether::OutOfMemoryException when there is no room.

@@ -3,128 +3,103 @@
 #include "proxies/jobjectproxy.h"
 #include "proxies/jprimitive.h"
 
+#include <cstddef>
 #include <string>
 
 namespace nativevrl {
 
 class JNumberClassProxy : public JSingletonClassProxy<JNumberClassProxy> {
 public:
-    JNumberClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/lang/Number"; }
 
-    const jmethodID byteValue;
-    const jmethodID doubleValue;
-    const jmethodID floatValue;
-    const jmethodID intValue;
-    const jmethodID longValue;
-    const jmethodID shortValue;
-};
-
-/// Any java.lang.Number. The accessors call Java directly and leave an exception of a Number's own making
-/// pending, for the caller to look at.
-class JNumberProxy : public JObjectProxy {
-public:
-    using ClassProxy = JNumberClassProxy;
-
-    JNumberProxy(JNIEnv* env, jobject object);
-    JNumberProxy(const JNumberProxy& other);
-    JNumberProxy& operator=(const JNumberProxy& other) = default;
-    ~JNumberProxy() override;
-
-    jbyte byteValue() const;
-    jdouble doubleValue() const;
-    jfloat floatValue() const;
-    jint intValue() const;
-    jlong longValue() const;
-    jshort shortValue() const;
+    /// A Number, not null, as T, one of JNumberTypes. Java is called directly: an exception of the Number's own making
+    /// is left pending, for the caller to look at.
+    template <typename T>
+    T read(JNIEnv* env, jobject number) const {
+        return (env->*JPrimitive<T>::callMethod)(number, accessors_[JNumberTypes::indexOf<T>()]);
+    }
 
 private:
-    JNumberClassProxy* numberClass_;
+    template <typename T>
+    jmethodID accessor() const {
+        const char signature[] = {'(', ')', JPrimitive<T>::letter, '\0'};
+        return method(JPrimitive<T>::numberMethod, signature);
+    }
+
+    template <typename... Types>
+    struct Accessors {
+        explicit Accessors(const JNumberClassProxy& cls) : ids{cls.accessor<Types>()...} {}
+        jmethodID ids[sizeof...(Types)];
+        jmethodID operator[](std::size_t index) const { return ids[index]; }
+    };
+    const JNumberTypes::In<Accessors> accessors_{*this};
+};
+
+/// Any java.lang.Number. The accessors leave an exception of a Number's own making pending, as the class proxy's do.
+class JNumberProxy : public JProxyOf<JNumberClassProxy> {
+public:
+    using JProxyOf::JProxyOf;
+
+    jbyte byteValue() const { return cls().read<jbyte>(env(), ref()); }
+    jdouble doubleValue() const { return cls().read<jdouble>(env(), ref()); }
+    jfloat floatValue() const { return cls().read<jfloat>(env(), ref()); }
+    jint intValue() const { return cls().read<jint>(env(), ref()); }
+    jlong longValue() const { return cls().read<jlong>(env(), ref()); }
+    jshort shortValue() const { return cls().read<jshort>(env(), ref()); }
 };
 
 /// Wrapper class of a numeric type T: its parser, its text form, its constructor.
 template <typename T>
 class JBoxedNumberClassProxy : public JSingletonClassProxy<JBoxedNumberClassProxy<T>> {
+    static std::string letter() { return {JPrimitive<T>::letter}; }
+
 public:
-    JBoxedNumberClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy<JBoxedNumberClassProxy<T>>::JSingletonClassProxy;
     static const char* className() { return JPrimitive<T>::boxedClass; }
 
-    const jmethodID parse;
-    const jmethodID toString;
-    const jmethodID constructor;
+    const jmethodID parse = this->staticMethod(JPrimitive<T>::parser, ("(Ljava/lang/String;)" + letter()).c_str());
+    const jmethodID toString = this->staticMethod("toString", ("(" + letter() + ")Ljava/lang/String;").c_str());
+    const jmethodID constructor = this->method("<init>", ("(" + letter() + ")V").c_str());
 };
 
 template <typename T>
-class JBoxedNumberProxy : public JNumberProxy {
-public:
-    using ClassProxy = JBoxedNumberClassProxy<T>;
-
-    JBoxedNumberProxy(JNIEnv* env, jobject object)
-        : JNumberProxy(env, object), boxedClass_(ClassProxy::instance(env)) {}
-
-protected:
-    ClassProxy* boxedClass() const { return boxedClass_; }
-
-private:
-    ClassProxy* boxedClass_;
-};
+using JBoxedNumberProxy = JProxyOf<JBoxedNumberClassProxy<T>, JNumberProxy>;
 
 class JBooleanClassProxy : public JSingletonClassProxy<JBooleanClassProxy> {
 public:
-    JBooleanClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/lang/Boolean"; }
 
-    const jmethodID toString;
-    const jmethodID valueOf;
-    const jmethodID constructor;
-    const jmethodID booleanValue;
+    const jmethodID toString = staticMethod("toString", "(Z)Ljava/lang/String;");
+    const jmethodID valueOf = staticMethod("valueOf", "(Ljava/lang/String;)Ljava/lang/Boolean;");
+    const jmethodID constructor = method("<init>", "(Z)V");
+    const jmethodID booleanValue = method("booleanValue", "()Z");
 };
 
-class JBooleanProxy : public JObjectProxy {
+class JBooleanProxy : public JProxyOf<JBooleanClassProxy> {
 public:
-    using ClassProxy = JBooleanClassProxy;
+    using JProxyOf::JProxyOf;
 
-    JBooleanProxy(JNIEnv* env, jobject object);
-    JBooleanProxy(const JBooleanProxy& other);
-    JBooleanProxy& operator=(const JBooleanProxy& other) = default;
-    ~JBooleanProxy() override;
-
-    jboolean booleanValue() const;
-
-protected:
-    ClassProxy* boxedClass() const { return booleanClass_; }
-
-private:
-    JBooleanClassProxy* booleanClass_;
+    jboolean booleanValue() const { return tether::callMethodA<jboolean>(env(), ref(), cls().booleanValue, nullptr); }
 };
 
 class JCharacterClassProxy : public JSingletonClassProxy<JCharacterClassProxy> {
 public:
-    JCharacterClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/lang/Character"; }
 
-    const jmethodID toString;
-    const jmethodID constructor;
-    const jmethodID charValue;
+    const jmethodID toString = staticMethod("toString", "(C)Ljava/lang/String;");
+    const jmethodID constructor = method("<init>", "(C)V");
+    const jmethodID charValue = method("charValue", "()C");
 };
 
-class JCharacterProxy : public JObjectProxy {
+class JCharacterProxy : public JProxyOf<JCharacterClassProxy> {
 public:
-    using ClassProxy = JCharacterClassProxy;
-
-    JCharacterProxy(JNIEnv* env, jobject object);
-    JCharacterProxy(const JCharacterProxy& other);
-    JCharacterProxy& operator=(const JCharacterProxy& other) = default;
-    ~JCharacterProxy() override;
+    using JProxyOf::JProxyOf;
 
     /// Calls Java directly and leaves an exception pending, for the caller to look at.
-    jchar charValue() const;
-
-protected:
-    ClassProxy* boxedClass() const { return characterClass_; }
-
-private:
-    JCharacterClassProxy* characterClass_;
+    jchar charValue() const { return env()->CallCharMethod(ref(), cls().charValue); }
 };
 
 /// The proxy of T's wrapper class.
@@ -149,8 +124,7 @@ class NewJBoxedProxy : public BoxedProxy<T>::Type {
 public:
     NewJBoxedProxy(JNIEnv* env, T value) : Base(env, nullptr) {
         const jvalue argument = asArgument(value);
-        this->attach(
-            tether::newObjectA(env, this->boxedClass()->classRef(), this->boxedClass()->constructor, &argument));
+        this->construct(&argument);
     }
 };
 
@@ -182,17 +156,7 @@ template <typename T>
 JStringProxy textOf(JNIEnv* env, T value) {
     auto* cls = BoxedProxy<T>::Type::ClassProxy::instance(env);
     const jvalue argument = asArgument(value);
-    JStringProxy text(env, nullptr);
-    text.attach(env->CallStaticObjectMethodA(cls->classRef(), cls->toString, &argument));
-    tether::throwIfPending(env);
-    return text;
+    return adopt<JStringProxy>(env, callStaticObjectMethod(env, cls->classRef(), cls->toString, &argument));
 }
-
-extern template class JBoxedNumberClassProxy<jbyte>;
-extern template class JBoxedNumberClassProxy<jdouble>;
-extern template class JBoxedNumberClassProxy<jfloat>;
-extern template class JBoxedNumberClassProxy<jint>;
-extern template class JBoxedNumberClassProxy<jlong>;
-extern template class JBoxedNumberClassProxy<jshort>;
 
 }  // namespace nativevrl

@@ -3,6 +3,7 @@
 #include "tether/jnicalls.h"
 #include "vrlbase/vrlbase.h"
 
+#include <memory>
 #include <vector>
 
 namespace nativevrl {
@@ -14,7 +15,11 @@ using Registry = std::vector<std::atomic<JTetherDisposable*>*>;
 /// The filled slots in the order in which their proxies came to be; guarded by JTetherLock. Left to the process's end:
 /// threads of the virtual machine may still run natives while static objects go.
 Registry& registry() {
-    static Registry& slots = *new Registry;
+    static Registry& slots = []() -> Registry& {
+        auto* made = new Registry;
+        made->reserve(64);  // more than there are class proxies
+        return *made;
+    }();
     return slots;
 }
 
@@ -44,15 +49,13 @@ void JClassProxy::dispose(JNIEnv* env) {
     delete this;
 }
 
-JObjectRef JClassProxy::getClassLoader() const {
-    JObjectRef classClass(env_, nullptr);
-    classClass.attach(tether::findClass(env_, "java/lang/Class"));
+JObjectRef JClassProxy::getClassLoader(JNIEnv* env) const {
+    const auto classClass = adopt(env, tether::findClass(env, "java/lang/Class"));
     jmethodID getter =
-        tether::getMethodID(env_, static_cast<jclass>(classClass.ref()), "getClassLoader", "()Ljava/lang/ClassLoader;");
-    JObjectRef loader(env_, nullptr);
-    loader.attach(env_->CallObjectMethodA(classRef_, getter, nullptr));
-    tether::throwIfPending(env_);
-    return loader;
+        tether::getMethodID(env, static_cast<jclass>(classClass.ref()), "getClassLoader", "()Ljava/lang/ClassLoader;");
+    jobject loader = env->CallObjectMethodA(classRef_, getter, nullptr);
+    tether::throwIfPending(env);
+    return adopt(env, loader);
 }
 
 jmethodID JClassProxy::method(const char* name, const char* signature) const {
@@ -68,21 +71,22 @@ JTetherDisposable* JClassProxy::build(JNIEnv* env, Slot& slot, const char* class
     if (JTetherDisposable* builtByAnother = slot.load(std::memory_order_relaxed)) {
         return builtByAnother;
     }
-    JObjectRef cls(env, nullptr);
-    cls.attach(env->FindClass(className));
+    auto cls = adopt(env, env->FindClass(className));
     if (cls.isNull()) {
         throw tether::FindClassException(className);
     }
-    // Room first, so that a proxy that is in use can't fail to be registered.
-    registry().reserve(registry().size() + 1);
-    JTetherDisposable* proxy = make(env, static_cast<jclass>(cls.ref()));
-    slot.store(proxy, std::memory_order_release);
+    std::unique_ptr<JTetherDisposable> proxy(make(env, static_cast<jclass>(cls.ref())));
     cls.reset();
     if (proxy == nullptr) {
         tether::throwOutOfMemory(env);
     }
+    // Looking up the class may have run code of a class loader, which may have come here on this thread.
+    if (JTetherDisposable* builtMeanwhile = slot.load(std::memory_order_relaxed)) {
+        return builtMeanwhile;
+    }
     registry().push_back(&slot);
-    return proxy;
+    slot.store(proxy.get(), std::memory_order_release);
+    return proxy.release();
 }
 
 void disposeClassProxies(JNIEnv* env) {

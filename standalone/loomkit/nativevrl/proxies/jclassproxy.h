@@ -39,8 +39,8 @@ public:
     jclass classRef() const noexcept { return classRef_; }
     bool isInstance(JNIEnv* env, jobject object) const { return env->IsInstanceOf(object, classRef_) != JNI_FALSE; }
 
-    /// The class loader of the class.
-    JObjectRef getClassLoader() const;
+    /// The class loader of the class; null for the classes of the virtual machine itself.
+    JObjectRef getClassLoader(JNIEnv* env) const;
 
 protected:
     /// Ids of the class, for the constructors of concrete proxies.
@@ -55,6 +55,7 @@ protected:
 
 private:
     jclass classRef_;
+    /// That of the thread that builds the proxy or disposes of it, and of no use in between.
     JNIEnv* env_;
 };
 

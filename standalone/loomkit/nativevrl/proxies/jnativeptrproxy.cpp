@@ -7,24 +7,14 @@
 
 namespace nativevrl {
 
-JNativePtrClassProxy::JNativePtrClassProxy(JNIEnv* env, jclass cls)
-    : JSingletonClassProxy(env, cls), constructor(method("<init>", "(J)V")), get(method("get", "()J")) {}
-
-JNativePtrProxy::JNativePtrProxy(JNIEnv* env, jobject object)
-    : JObjectProxy(env, object), nativePtrClass_(JNativePtrClassProxy::instance(env)) {}
-JNativePtrProxy::JNativePtrProxy(const JNativePtrProxy& other) = default;
-JNativePtrProxy::~JNativePtrProxy() = default;
-
-jlong JNativePtrProxy::get() const { return tether::callMethodA<jlong>(env(), ref(), nativePtrClass_->get, nullptr); }
+jlong JNativePtrProxy::get() const { return tether::callMethodA<jlong>(env(), ref(), cls().get, nullptr); }
 
 void* JNativePtrProxy::address() const { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(get())); }
 
 NewJNativePtrProxy::NewJNativePtrProxy(JNIEnv* env, void* address) : JNativePtrProxy(env, nullptr) {
     const jvalue argument = asArgument(static_cast<jlong>(reinterpret_cast<std::uintptr_t>(address)));
-    attach(tether::newObjectA(env, nativePtrClass()->classRef(), nativePtrClass()->constructor, &argument));
+    construct(&argument);
 }
-
-NewJNativePtrProxy::~NewJNativePtrProxy() = default;
 
 const char* nativePtrConstructorSignature() {
     static const std::string& signature =

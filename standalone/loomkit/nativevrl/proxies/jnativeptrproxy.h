@@ -6,40 +6,28 @@ namespace nativevrl {
 
 class JNativePtrClassProxy : public JSingletonClassProxy<JNativePtrClassProxy> {
 public:
-    JNativePtrClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "com/norvane/toolbox/loomkit/internal/NativePtr"; }
 
-    const jmethodID constructor;
-    const jmethodID get;
+    const jmethodID constructor = method("<init>", "(J)V");
+    const jmethodID get = method("get", "()J");
 };
 
 /// The Java object that holds a native address: of an array, or of a component instance.
-class JNativePtrProxy : public JObjectProxy {
+class JNativePtrProxy : public JProxyOf<JNativePtrClassProxy> {
 public:
-    using ClassProxy = JNativePtrClassProxy;
-
-    JNativePtrProxy(JNIEnv* env, jobject object);
-    JNativePtrProxy(const JNativePtrProxy& other);
-    JNativePtrProxy& operator=(const JNativePtrProxy& other) = default;
-    ~JNativePtrProxy() override;
+    using JProxyOf::JProxyOf;
 
     /// The value that Java holds; a call on a null object is not guarded.
     jlong get() const;
     /// The same as an address.
     void* address() const;
-
-protected:
-    ClassProxy* nativePtrClass() const { return nativePtrClass_; }
-
-private:
-    JNativePtrClassProxy* nativePtrClass_;
 };
 
 /// A new NativePtr around an address, which may be null.
 class NewJNativePtrProxy : public JNativePtrProxy {
 public:
     NewJNativePtrProxy(JNIEnv* env, void* address);
-    ~NewJNativePtrProxy() override;
 };
 
 /// Signatures with the NativePtr class: of a constructor from one, and of a method that gives one.

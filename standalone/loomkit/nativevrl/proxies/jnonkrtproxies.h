@@ -8,63 +8,53 @@ namespace nativevrl {
 
 class JNonKRTCellClassProxy : public JSingletonClassProxy<JNonKRTCellClassProxy> {
 public:
-    JNonKRTCellClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "com/norvane/extern/java/NVCellArray"; }
 
-    const jmethodID getDimensions;
-    const jmethodID numberOfElements;
-    const jmethodID numberOfDimensions;
-    const jmethodID get;
-    const jmethodID getFlatArray;
+    const jmethodID getDimensions = method("getDimensions", "()[I");
+    const jmethodID numberOfElements = method("numberOfElements", "()I");
+    const jmethodID numberOfDimensions = method("numberOfDimensions", "()I");
+    const jmethodID get = method("get", "(I)Ljava/lang/Object;");
+    const jmethodID getFlatArray = method("getFlatArray", "()[Ljava/lang/Object;");
 };
 
-class JNonKRTCellProxy : public JObjectProxy {
+class JNonKRTCellProxy : public JProxyOf<JNonKRTCellClassProxy> {
 public:
-    using ClassProxy = JNonKRTCellClassProxy;
+    using JProxyOf::JProxyOf;
 
-    JNonKRTCellProxy(JNIEnv* env, jobject object);
-    JNonKRTCellProxy(const JNonKRTCellProxy& other);
-    JNonKRTCellProxy& operator=(const JNonKRTCellProxy& other) = default;
-    ~JNonKRTCellProxy() override;
-
-    JPrimitiveArrayProxy<jint> getDimensions() const;
+    JPrimitiveArrayProxy<jint> getDimensions() const { return call<JPrimitiveArrayProxy<jint>>(cls().getDimensions); }
     /// All values in the order of the native slots.
-    JObjectArrayProxy<JObjectProxy> getFlatArray() const;
-
-private:
-    JNonKRTCellClassProxy* cellClass_;
+    JObjectArrayProxy<JObjectProxy> getFlatArray() const {
+        return call<JObjectArrayProxy<JObjectProxy>>(cls().getFlatArray);
+    }
 };
 
 class JNonKRTStructClassProxy : public JSingletonClassProxy<JNonKRTStructClassProxy> {
 public:
-    JNonKRTStructClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "com/norvane/extern/java/NVStructArray"; }
 
-    const jmethodID fieldNames;
-    const jmethodID getDimensions;
-    const jmethodID numberOfFields;
-    const jmethodID numberOfElements;
-    const jmethodID numberOfDimensions;
-    const jmethodID get;
-    const jmethodID getFlatArray;
+    const jmethodID fieldNames = method("fieldNames", "()[Ljava/lang/String;");
+    const jmethodID getDimensions = method("getDimensions", "()[I");
+    const jmethodID numberOfFields = method("numberOfFields", "()I");
+    const jmethodID numberOfElements = method("numberOfElements", "()I");
+    const jmethodID numberOfDimensions = method("numberOfDimensions", "()I");
+    const jmethodID get = method("get", "(I)Ljava/lang/Object;");
+    const jmethodID getFlatArray = method("getFlatArray", "()[Ljava/lang/Object;");
 };
 
-class JNonKRTStructProxy : public JObjectProxy {
+class JNonKRTStructProxy : public JProxyOf<JNonKRTStructClassProxy> {
 public:
-    using ClassProxy = JNonKRTStructClassProxy;
+    using JProxyOf::JProxyOf;
 
-    JNonKRTStructProxy(JNIEnv* env, jobject object);
-    JNonKRTStructProxy(const JNonKRTStructProxy& other);
-    JNonKRTStructProxy& operator=(const JNonKRTStructProxy& other) = default;
-    ~JNonKRTStructProxy() override;
-
-    JObjectArrayProxy<JStringProxy> fieldNames() const;
-    JPrimitiveArrayProxy<jint> getDimensions() const;
+    JObjectArrayProxy<JStringProxy> fieldNames() const {
+        return call<JObjectArrayProxy<JStringProxy>>(cls().fieldNames);
+    }
+    JPrimitiveArrayProxy<jint> getDimensions() const { return call<JPrimitiveArrayProxy<jint>>(cls().getDimensions); }
     /// All values in the order of the native slots: the fields of one element next to one another.
-    JObjectArrayProxy<JObjectProxy> getFlatArray() const;
-
-private:
-    JNonKRTStructClassProxy* structClass_;
+    JObjectArrayProxy<JObjectProxy> getFlatArray() const {
+        return call<JObjectArrayProxy<JObjectProxy>>(cls().getFlatArray);
+    }
 };
 
 }  // namespace nativevrl

@@ -2,6 +2,7 @@
 
 #include "jzi/jzi.h"
 #include "proxies/jnvjavaobjectrefproxy.h"
+#include "proxies/jprimitive.h"
 #include "tether/jnicalls.h"
 
 #include <string>
@@ -9,13 +10,6 @@
 namespace nativevrl {
 
 namespace {
-
-/// A new object through a constructor from NativePtr.
-jobject newAround(JNIEnv* env, jclass cls, jmethodID constructor, const JNativePtrProxy& handle) {
-    jvalue argument;
-    argument.l = handle.ref();
-    return tether::newObjectA(env, cls, constructor, &argument);
-}
 
 /// The wrapper class of each class id from cell to function handle.
 const char* wrapperClassOf(std::uint32_t classId) {
@@ -43,46 +37,33 @@ const char* wrapperClassOf(std::uint32_t classId) {
     throw tether::Exception();
 }
 
-}  // namespace
-
-JNVArrayProxy::JNVArrayProxy(JNIEnv* env, jobject object)
-    : JObjectProxy(env, object), arrayClass_(JNVArrayClassProxy::instance(env)) {}
-JNVArrayProxy::JNVArrayProxy(const JNVArrayProxy& other) = default;
-JNVArrayProxy::~JNVArrayProxy() = default;
-
-NewJNVArrayProxy::NewJNVArrayProxy(JNIEnv* env, qxArray* array) : JNVArrayProxy(env, nullptr) {
+/// The wrapper that fits an array, a local reference of the caller.
+jobject wrap(JNIEnv* env, qxArray* array) {
     if (array != nullptr && ojIsJavaArray(array)) {
-        attach(NewJNVJavaObjectRefProxy(env, array).detach());
-    } else if (array != nullptr && array->classWord() == qxFUNCTION_CLASS) {
-        attach(NewJNVFunctionHandleProxy(env, array).detach());
-    } else {
-        attach(NewJNVBuiltinArrayProxy(env, array, true).detach());
+        return NewJNVJavaObjectRefProxy(env, array).detach();
     }
+    if (array != nullptr && array->classWord() == qxFUNCTION_CLASS) {
+        return NewJNVFunctionHandleProxy(env, array).detach();
+    }
+    return NewJNVBuiltinArrayProxy(env, array, true).detach();
 }
 
-NewJNVArrayProxy::~NewJNVArrayProxy() = default;
+}  // namespace
 
-JNVBuiltinArrayClassProxy::JNVBuiltinArrayClassProxy(JNIEnv* env, jclass cls)
-    : JSingletonClassProxy(env, cls),
-      constructor(method("<init>", nativePtrConstructorSignature())),
-      getValue(method("getValue", nativePtrGetterSignature())) {}
-
-JNVBuiltinArrayProxy::JNVBuiltinArrayProxy(JNIEnv* env, jobject object)
-    : JObjectProxy(env, object), builtinClass_(JNVBuiltinArrayClassProxy::instance(env)) {}
-JNVBuiltinArrayProxy::JNVBuiltinArrayProxy(const JNVBuiltinArrayProxy& other) = default;
-JNVBuiltinArrayProxy::~JNVBuiltinArrayProxy() = default;
+NewJNVArrayProxy::NewJNVArrayProxy(JNIEnv* env, qxArray* array) : JNVArrayProxy(env, nullptr) {
+    attach(wrap(env, array));
+}
 
 qxArray* JNVBuiltinArrayProxy::getArray() const {
-    JNativePtrProxy handle(env(), nullptr);
-    handle.attach(callObject(builtinClass_->getValue));
-    return static_cast<qxArray*>(handle.address());
+    return static_cast<qxArray*>(call<JNativePtrProxy>(cls().getValue).address());
 }
 
 NewJNVBuiltinArrayProxy::NewJNVBuiltinArrayProxy(JNIEnv* env, qxArray* array, bool specificClass)
     : JNVBuiltinArrayProxy(env, nullptr) {
     const NewJNativePtrProxy handle(env, array);
+    const jvalue argument = objectArgument(handle.ref());
     if (!specificClass || array == nullptr) {
-        attach(newAround(env, builtinClass()->classRef(), builtinClass()->constructor, handle));
+        construct(&argument);
         return;
     }
     std::uint32_t classId = array->classWord();
@@ -94,25 +75,14 @@ NewJNVBuiltinArrayProxy::NewJNVBuiltinArrayProxy(JNIEnv* env, qxArray* array, bo
     }
     const JClassRef wrapper(env, wrapperClassOf(classId));
     jmethodID constructor = tether::getMethodID(env, wrapper.get(), "<init>", nativePtrConstructorSignature());
-    attach(newAround(env, wrapper.get(), constructor, handle));
+    attach(tether::newObjectA(env, wrapper.get(), constructor, &argument));
 }
-
-NewJNVBuiltinArrayProxy::~NewJNVBuiltinArrayProxy() = default;
-
-JNVFunctionHandleClassProxy::JNVFunctionHandleClassProxy(JNIEnv* env, jclass cls)
-    : JSingletonClassProxy(env, cls), constructor(method("<init>", nativePtrConstructorSignature())) {}
-
-JNVFunctionHandleProxy::JNVFunctionHandleProxy(JNIEnv* env, jobject object)
-    : JObjectProxy(env, object), functionHandleClass_(JNVFunctionHandleClassProxy::instance(env)) {}
-JNVFunctionHandleProxy::JNVFunctionHandleProxy(const JNVFunctionHandleProxy& other) = default;
-JNVFunctionHandleProxy::~JNVFunctionHandleProxy() = default;
 
 NewJNVFunctionHandleProxy::NewJNVFunctionHandleProxy(JNIEnv* env, qxArray* array)
     : JNVFunctionHandleProxy(env, nullptr) {
     const NewJNativePtrProxy handle(env, array);
-    attach(newAround(env, functionHandleClass()->classRef(), functionHandleClass()->constructor, handle));
+    const jvalue argument = objectArgument(handle.ref());
+    construct(&argument);
 }
-
-NewJNVFunctionHandleProxy::~NewJNVFunctionHandleProxy() = default;
 
 }  // namespace nativevrl

@@ -3,6 +3,7 @@
 #include "jzi/jzi.h"
 #include "krt/krtinstance.h"
 #include "proxies/invariant.h"
+#include "proxies/jprimitive.h"
 #include "qx/arrayowner.h"
 #include "tether/envinjector.h"
 #include "tether/jnicalls.h"
@@ -33,22 +34,6 @@ private:
 
 }  // namespace
 
-JNVJavaObjectRefClassProxy::JNVJavaObjectRefClassProxy(JNIEnv* env, jclass cls)
-    : JSingletonClassProxy(env, cls),
-      constructor(method("<init>", "(Ljava/lang/Object;)V")),
-      get(method("get", "()Ljava/lang/Object;")) {}
-
-JNVJavaObjectRefProxy::JNVJavaObjectRefProxy(JNIEnv* env, jobject object)
-    : JObjectProxy(env, object), javaObjectRefClass_(JNVJavaObjectRefClassProxy::instance(env)) {}
-JNVJavaObjectRefProxy::JNVJavaObjectRefProxy(const JNVJavaObjectRefProxy& other) = default;
-JNVJavaObjectRefProxy::~JNVJavaObjectRefProxy() = default;
-
-JObjectProxy JNVJavaObjectRefProxy::get() const {
-    JObjectProxy object(env(), nullptr);
-    object.attach(callObject(javaObjectRefClass_->get));
-    return object;
-}
-
 NewJNVJavaObjectRefProxy::NewJNVJavaObjectRefProxy(JNIEnv* env, qxArray* array) : JNVJavaObjectRefProxy(env, nullptr) {
     stateInvariant(array != nullptr, "NULL != ptr", sourceName, __LINE__);
     wrapAndConsume(array, mJava2jObject(array));
@@ -60,18 +45,14 @@ NewJNVJavaObjectRefProxy::NewJNVJavaObjectRefProxy(JNIEnv* env, qxArray* array, 
     wrapAndConsume(array, instance->qxArrayToJavaObject(array));
 }
 
-NewJNVJavaObjectRefProxy::~NewJNVJavaObjectRefProxy() = default;
-
 void NewJNVJavaObjectRefProxy::wrapAndConsume(qxArray* array, jobject object) {
     const GlobalReferenceEnd end(tether::make_local_env_injector(env()), object);
     if (object == nullptr) {
         // An object that could not be had is not the same as none: the array stays the caller's.
         tether::throwIfPending(env());
     } else {
-        jvalue argument;
-        argument.l = object;
-        attach(
-            tether::newObjectA(env(), javaObjectRefClass()->classRef(), javaObjectRefClass()->constructor, &argument));
+        const jvalue argument = objectArgument(object);
+        construct(&argument);
     }
     qxDestroyArray(array);
 }

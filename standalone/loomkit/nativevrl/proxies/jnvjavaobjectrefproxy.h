@@ -9,31 +9,20 @@ namespace nativevrl {
 
 class JNVJavaObjectRefClassProxy : public JSingletonClassProxy<JNVJavaObjectRefClassProxy> {
 public:
-    JNVJavaObjectRefClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "com/norvane/toolbox/loomkit/NVJavaObjectRef"; }
 
-    const jmethodID constructor;
-    const jmethodID get;
+    const jmethodID constructor = method("<init>", "(Ljava/lang/Object;)V");
+    const jmethodID get = method("get", "()Ljava/lang/Object;");
 };
 
 /// The Java wrapper of a plain Java object on its way through native code.
-class JNVJavaObjectRefProxy : public JObjectProxy {
+class JNVJavaObjectRefProxy : public JProxyOf<JNVJavaObjectRefClassProxy> {
 public:
-    using ClassProxy = JNVJavaObjectRefClassProxy;
-
-    JNVJavaObjectRefProxy(JNIEnv* env, jobject object);
-    JNVJavaObjectRefProxy(const JNVJavaObjectRefProxy& other);
-    JNVJavaObjectRefProxy& operator=(const JNVJavaObjectRefProxy& other) = default;
-    ~JNVJavaObjectRefProxy() override;
+    using JProxyOf::JProxyOf;
 
     /// The object that it refers to.
-    JObjectProxy get() const;
-
-protected:
-    ClassProxy* javaObjectRefClass() const { return javaObjectRefClass_; }
-
-private:
-    JNVJavaObjectRefClassProxy* javaObjectRefClass_;
+    JObjectProxy get() const { return call(cls().get); }
 };
 
 /// A new wrapper around the Java object in an array. The array is consumed: it is destroyed once the wrapper is
@@ -43,7 +32,6 @@ class NewJNVJavaObjectRefProxy : public JNVJavaObjectRefProxy {
 public:
     NewJNVJavaObjectRefProxy(JNIEnv* env, qxArray* array);
     NewJNVJavaObjectRefProxy(JNIEnv* env, qxArray* array, krtInstance* instance);
-    ~NewJNVJavaObjectRefProxy() override;
 
 private:
     /// `object` is a global reference, deleted here.

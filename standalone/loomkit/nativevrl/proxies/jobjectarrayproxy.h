@@ -32,6 +32,12 @@ public:
         : E(array.env(), nullptr), array_(&array), index_(index) {
         E::attach(tether::getObjectArrayElement(array.env(), array.array(), index));
     }
+    JObjectArrayElementProxy(const JObjectArrayElementProxy&) = default;
+    JObjectArrayElementProxy(JObjectArrayElementProxy&&) noexcept = default;
+    // To make it stand for another element would write that one into this one's place.
+    JObjectArrayElementProxy& operator=(const JObjectArrayElementProxy&) = delete;
+    JObjectArrayElementProxy& operator=(JObjectArrayElementProxy&&) = delete;
+    ~JObjectArrayElementProxy() override = default;
 
     void attach(jobject value) override {
         tether::setObjectArrayElement(array_->env(), array_->array(), index_, value);

@@ -1,38 +1,39 @@
 #pragma once
 
 #include "proxies/jclassproxy.h"
+#include "proxies/jproxyof.h"
 #include "proxies/jstringproxy.h"
 
 namespace nativevrl {
 
 class JObjectClassProxy : public JSingletonClassProxy<JObjectClassProxy> {
 public:
-    JObjectClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/lang/Object"; }
 
-    const jmethodID toString;
-    const jmethodID getClass;
+    const jmethodID toString = method("toString", "()Ljava/lang/String;");
+    const jmethodID getClass = method("getClass", "()Ljava/lang/Class;");
 };
 
 class JClassClassProxy : public JSingletonClassProxy<JClassClassProxy> {
 public:
-    JClassClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/lang/Class"; }
 
-    const jmethodID getName;
+    const jmethodID getName = method("getName", "()Ljava/lang/String;");
 };
+
+/// Calls an object method of an object, or a static one of a class. The result is a local reference of the caller.
+/// Throws tether::Exception when Java throws.
+jobject callObjectMethod(JNIEnv* env, jobject object, jmethodID method, const jvalue* arguments = nullptr);
+jobject callStaticObjectMethod(JNIEnv* env, jclass cls, jmethodID method, const jvalue* arguments = nullptr);
 
 /// Any Java object. The object-to-primitive reads take a Number, a String, a Boolean or a Character, in this order;
 /// any other object gives 0. A null must be tested for first. They throw tether::Exception when Java throws, and
 /// JNumberFormatException for a text that is no number.
-class JObjectProxy : public JObjectRef {
+class JObjectProxy : public JProxyOf<JObjectClassProxy, JObjectRef> {
 public:
-    using ClassProxy = JObjectClassProxy;
-
-    JObjectProxy(JNIEnv* env, jobject object);
-    JObjectProxy(const JObjectProxy& other);
-    JObjectProxy& operator=(const JObjectProxy& other) = default;
-    ~JObjectProxy() override;
+    using JProxyOf::JProxyOf;
 
     /// Name of the object's class as Class.getName gives it; "null" for null.
     JStringProxy getClassName() const;
@@ -44,72 +45,34 @@ public:
         return Class::instance(env())->isInstance(env(), ref());
     }
 
-    jboolean asBoolean() const;
-    jchar asChar() const;
-    jbyte asByte() const;
-    jshort asShort() const;
-    jint asInt() const;
-    jlong asLong() const;
-    jfloat asFloat() const;
-    jdouble asDouble() const;
-
-    /// The read named after T.
+    /// The read named after T, one of the eight primitive types.
     template <typename T>
     T as() const;
 
+    jboolean asBoolean() const { return as<jboolean>(); }
+    jchar asChar() const { return as<jchar>(); }
+    jbyte asByte() const { return as<jbyte>(); }
+    jshort asShort() const { return as<jshort>(); }
+    jint asInt() const { return as<jint>(); }
+    jlong asLong() const { return as<jlong>(); }
+    jfloat asFloat() const { return as<jfloat>(); }
+    jdouble asDouble() const { return as<jdouble>(); }
+
 protected:
-    /// Calls a method without arguments that gives an object; the result is the caller's.
-    jobject callObject(jmethodID method) const;
-
-private:
-    JObjectClassProxy* objectClass_;
+    /// What a method without arguments gives, as a proxy of class Result.
+    template <typename Result = JObjectProxy>
+    Result call(jmethodID method) const {
+        return adopt<Result>(env(), callObjectMethod(env(), ref(), method));
+    }
 };
-
-/// Calls a method without arguments of any object; the result is a local reference of the caller.
-jobject callObjectMethod(JNIEnv* env, jobject object, jmethodID method, const jvalue* arguments = nullptr);
 
 /// A class for the length of one operation. The local reference that the look-up gave is not deleted: it stays
 /// until the native method returns, beside the one owned here.
 class JClassRef : public JObjectRef {
 public:
     JClassRef(JNIEnv* env, const char* name);
-    JClassRef(const JClassRef& other);
-    ~JClassRef() override;
 
     jclass get() const noexcept { return static_cast<jclass>(ref()); }
 };
-
-template <>
-inline jboolean JObjectProxy::as<jboolean>() const {
-    return asBoolean();
-}
-template <>
-inline jchar JObjectProxy::as<jchar>() const {
-    return asChar();
-}
-template <>
-inline jbyte JObjectProxy::as<jbyte>() const {
-    return asByte();
-}
-template <>
-inline jshort JObjectProxy::as<jshort>() const {
-    return asShort();
-}
-template <>
-inline jint JObjectProxy::as<jint>() const {
-    return asInt();
-}
-template <>
-inline jlong JObjectProxy::as<jlong>() const {
-    return asLong();
-}
-template <>
-inline jfloat JObjectProxy::as<jfloat>() const {
-    return asFloat();
-}
-template <>
-inline jdouble JObjectProxy::as<jdouble>() const {
-    return asDouble();
-}
 
 }  // namespace nativevrl

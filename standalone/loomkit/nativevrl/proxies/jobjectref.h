@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tether/localref.h"
+
 #include <jni.h>
 
 #include <utility>
@@ -27,6 +29,12 @@ public:
     /// Takes the reference of `other`, which then refers to nothing.
     JObjectRef(JObjectRef&& other) noexcept : env_(other.env_), ref_(other.release()) {}
     JObjectRef& operator=(const JObjectRef& other);
+    JObjectRef& operator=(JObjectRef&& other) {
+        if (this != &other) {
+            attach(other.detach());
+        }
+        return *this;
+    }
     JObjectRef& operator=(jobject object);
 
     virtual ~JObjectRef() { JObjectRef::reset(); }
@@ -60,11 +68,14 @@ private:
     jobject ref_ = nullptr;
 };
 
-/// A proxy that takes over a local reference that JNI just returned, null included.
+/// A proxy that takes over a local reference that JNI just returned, null included. For a proxy of a class, which may
+/// have to be looked up, no Java exception may be pending.
 template <typename Proxy = JObjectRef>
 Proxy adopt(JNIEnv* env, jobject local) {
+    // Building the proxy may look up its class and fail.
+    tether::LocalRef<jobject> reference(env, local);
     Proxy proxy(env, nullptr);
-    proxy.attach(local);
+    proxy.attach(reference.release());
     return proxy;
 }
 

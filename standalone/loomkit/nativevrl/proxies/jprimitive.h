@@ -2,12 +2,37 @@
 
 #include <jni.h>
 
+#include <cstddef>
+#include <type_traits>
+
 namespace nativevrl {
 
-/// The eight Java element types: the only place where they are written out.
+template <typename... Types>
+struct TypeList {
+    /// Another template over the same types.
+    template <template <typename...> class Target>
+    using In = Target<Types...>;
+
+    /// Place of a type in the list, from 0.
+    template <typename T>
+    static constexpr std::size_t indexOf() {
+        std::size_t index = 0;
+        static_cast<void>(((std::is_same_v<T, Types> || (++index, false)) || ...));
+        return index;
+    }
+};
+
+/// The eight Java element types; what differs between them stands in the specialisations of JPrimitive.
+using JPrimitiveTypes = TypeList<jboolean, jbyte, jchar, jshort, jint, jlong, jfloat, jdouble>;
+
+/// The types that a java.lang.Number is read as, in the order of its accessors' names.
+using JNumberTypes = TypeList<jbyte, jdouble, jfloat, jint, jlong, jshort>;
+
+/// What differs between the Java element types.
 ///
-/// `letter` is the type's letter in signatures, `arrayClass` the class name of its arrays, `boxedClass` its
-/// wrapper, `parser` the wrapper's static parser (null where there is none), `valueMember` the member of jvalue.
+/// `letter` is the type's letter in signatures, `arrayClass` the class name of its arrays, `boxedClass` its wrapper,
+/// `valueMember` the member of jvalue. JNumberTypes have the static `parser` of their wrapper, too, the accessor
+/// `numberMethod` of java.lang.Number and the `callMethod` that calls it.
 template <typename T>
 struct JPrimitive;
 
@@ -17,7 +42,6 @@ struct JPrimitive<jboolean> {
     static constexpr char letter = 'Z';
     static constexpr const char* arrayClass = "[Z";
     static constexpr const char* boxedClass = "java/lang/Boolean";
-    static constexpr const char* parser = nullptr;
     static constexpr auto newArray = &JNIEnv::NewBooleanArray;
     static constexpr auto getElements = &JNIEnv::GetBooleanArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseBooleanArrayElements;
@@ -32,6 +56,8 @@ struct JPrimitive<jbyte> {
     static constexpr const char* arrayClass = "[B";
     static constexpr const char* boxedClass = "java/lang/Byte";
     static constexpr const char* parser = "parseByte";
+    static constexpr const char* numberMethod = "byteValue";
+    static constexpr auto callMethod = &JNIEnv::CallByteMethod;
     static constexpr auto newArray = &JNIEnv::NewByteArray;
     static constexpr auto getElements = &JNIEnv::GetByteArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseByteArrayElements;
@@ -45,7 +71,6 @@ struct JPrimitive<jchar> {
     static constexpr char letter = 'C';
     static constexpr const char* arrayClass = "[C";
     static constexpr const char* boxedClass = "java/lang/Character";
-    static constexpr const char* parser = nullptr;
     static constexpr auto newArray = &JNIEnv::NewCharArray;
     static constexpr auto getElements = &JNIEnv::GetCharArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseCharArrayElements;
@@ -60,6 +85,8 @@ struct JPrimitive<jshort> {
     static constexpr const char* arrayClass = "[S";
     static constexpr const char* boxedClass = "java/lang/Short";
     static constexpr const char* parser = "parseShort";
+    static constexpr const char* numberMethod = "shortValue";
+    static constexpr auto callMethod = &JNIEnv::CallShortMethod;
     static constexpr auto newArray = &JNIEnv::NewShortArray;
     static constexpr auto getElements = &JNIEnv::GetShortArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseShortArrayElements;
@@ -74,6 +101,8 @@ struct JPrimitive<jint> {
     static constexpr const char* arrayClass = "[I";
     static constexpr const char* boxedClass = "java/lang/Integer";
     static constexpr const char* parser = "parseInt";
+    static constexpr const char* numberMethod = "intValue";
+    static constexpr auto callMethod = &JNIEnv::CallIntMethod;
     static constexpr auto newArray = &JNIEnv::NewIntArray;
     static constexpr auto getElements = &JNIEnv::GetIntArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseIntArrayElements;
@@ -88,6 +117,8 @@ struct JPrimitive<jlong> {
     static constexpr const char* arrayClass = "[J";
     static constexpr const char* boxedClass = "java/lang/Long";
     static constexpr const char* parser = "parseLong";
+    static constexpr const char* numberMethod = "longValue";
+    static constexpr auto callMethod = &JNIEnv::CallLongMethod;
     static constexpr auto newArray = &JNIEnv::NewLongArray;
     static constexpr auto getElements = &JNIEnv::GetLongArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseLongArrayElements;
@@ -102,6 +133,8 @@ struct JPrimitive<jfloat> {
     static constexpr const char* arrayClass = "[F";
     static constexpr const char* boxedClass = "java/lang/Float";
     static constexpr const char* parser = "parseFloat";
+    static constexpr const char* numberMethod = "floatValue";
+    static constexpr auto callMethod = &JNIEnv::CallFloatMethod;
     static constexpr auto newArray = &JNIEnv::NewFloatArray;
     static constexpr auto getElements = &JNIEnv::GetFloatArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseFloatArrayElements;
@@ -116,6 +149,8 @@ struct JPrimitive<jdouble> {
     static constexpr const char* arrayClass = "[D";
     static constexpr const char* boxedClass = "java/lang/Double";
     static constexpr const char* parser = "parseDouble";
+    static constexpr const char* numberMethod = "doubleValue";
+    static constexpr auto callMethod = &JNIEnv::CallDoubleMethod;
     static constexpr auto newArray = &JNIEnv::NewDoubleArray;
     static constexpr auto getElements = &JNIEnv::GetDoubleArrayElements;
     static constexpr auto releaseElements = &JNIEnv::ReleaseDoubleArrayElements;
@@ -128,6 +163,13 @@ template <typename T>
 jvalue asArgument(T value) {
     jvalue argument = {};
     argument.*JPrimitive<T>::valueMember = value;
+    return argument;
+}
+
+/// A reference, borrowed, as an argument of a Java call.
+inline jvalue objectArgument(jobject object) {
+    jvalue argument = {};
+    argument.l = object;
     return argument;
 }
 

@@ -17,7 +17,6 @@ public:
 };
 
 /// A Java string with its characters, fetched at first need and held until reset. Both forms may be held at once.
-/// A string whose characters were fetched must not be detached: detach releases nothing.
 class JStringProxy : public JObjectRef {
 public:
     using ClassProxy = JStringClassProxy;
@@ -25,8 +24,18 @@ public:
     JStringProxy(JNIEnv* env, jobject string) : JObjectRef(env, string) {}
     /// Refers to the same string; characters are not shared.
     JStringProxy(const JStringProxy& other) : JObjectRef(other) {}
+    /// Takes the characters along.
+    JStringProxy(JStringProxy&& other) noexcept
+        : JObjectRef(std::move(other)),
+          utfChars_(std::exchange(other.utfChars_, nullptr)),
+          chars_(std::exchange(other.chars_, nullptr)) {}
     JStringProxy& operator=(const JStringProxy& other) {
         JObjectRef::operator=(other);
+        return *this;
+    }
+    /// The characters are given back on the way.
+    JStringProxy& operator=(JStringProxy&& other) {
+        JObjectRef::operator=(std::move(other));
         return *this;
     }
     ~JStringProxy() override { releaseChars(); }
@@ -34,6 +43,12 @@ public:
     void reset() override {
         releaseChars();
         JObjectRef::reset();
+    }
+
+    /// Characters that were fetched end here, since nobody could give them back without the reference.
+    [[nodiscard]] jobject detach() override {
+        releaseChars();
+        return JObjectRef::detach();
     }
 
     /// Modified UTF-8, NUL-terminated; null for a null string. Valid until reset.

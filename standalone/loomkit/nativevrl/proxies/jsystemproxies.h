@@ -7,53 +7,37 @@ namespace nativevrl {
 
 class JListIteratorClassProxy : public JSingletonClassProxy<JListIteratorClassProxy> {
 public:
-    JListIteratorClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/util/ListIterator"; }
 
-    const jmethodID hasNext;
-    const jmethodID next;
-    const jmethodID set;
+    const jmethodID hasNext = method("hasNext", "()Z");
+    const jmethodID next = method("next", "()Ljava/lang/Object;");
+    const jmethodID set = method("set", "(Ljava/lang/Object;)V");
 };
 
-class JListIteratorProxy : public JObjectProxy {
+class JListIteratorProxy : public JProxyOf<JListIteratorClassProxy> {
 public:
-    using ClassProxy = JListIteratorClassProxy;
-
-    JListIteratorProxy(JNIEnv* env, jobject object);
-    JListIteratorProxy(const JListIteratorProxy& other);
-    JListIteratorProxy& operator=(const JListIteratorProxy& other) = default;
-    ~JListIteratorProxy() override;
+    using JProxyOf::JProxyOf;
 
     bool hasNext() const;
     JObjectProxy next() const;
     void set(jobject value) const;
-
-private:
-    JListIteratorClassProxy* iteratorClass_;
 };
 
 class JInputStreamsClassProxy : public JSingletonClassProxy<JInputStreamsClassProxy> {
 public:
-    JInputStreamsClassProxy(JNIEnv* env, jclass cls);
+    using JSingletonClassProxy::JSingletonClassProxy;
     static const char* className() { return "java/io/InputStream"; }
 
-    const jmethodID read;
+    const jmethodID read = method("read", "([B)I");
 };
 
-class JInputStreamProxy : public JObjectProxy {
+class JInputStreamProxy : public JProxyOf<JInputStreamsClassProxy> {
 public:
-    using ClassProxy = JInputStreamsClassProxy;
-
-    JInputStreamProxy(JNIEnv* env, jobject object);
-    JInputStreamProxy(const JInputStreamProxy& other);
-    JInputStreamProxy& operator=(const JInputStreamProxy& other) = default;
-    ~JInputStreamProxy() override;
+    using JProxyOf::JProxyOf;
 
     /// Reads up to the array's length: the number of bytes, or -1 at the end.
     jint read(jbyteArray target) const;
-
-private:
-    JInputStreamsClassProxy* streamClass_;
 };
 
 }  // namespace nativevrl

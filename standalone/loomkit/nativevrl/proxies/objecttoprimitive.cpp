@@ -5,63 +5,80 @@
 #include "proxies/jnumberformatexception.h"
 #include "proxies/numericcast.h"
 
+#include <type_traits>
+
 namespace nativevrl {
 
 namespace {
 
+class JNumberFormatExceptionClassProxy : public JSingletonClassProxy<JNumberFormatExceptionClassProxy> {
+public:
+    using JSingletonClassProxy::JSingletonClassProxy;
+    static const char* className() { return "java/lang/NumberFormatException"; }
+};
+
 template <typename T>
 T parseWith(JNIEnv* env, jobject text) {
     auto* cls = JBoxedNumberClassProxy<T>::instance(env);
-    jvalue argument;
-    argument.l = text;
+    const jvalue argument = objectArgument(text);
     return tether::callStaticMethodA<T>(env, cls->classRef(), cls->parse, &argument);
 }
 
-bool isNumberFormatPending(JNIEnv* env) { return tether::isExceptionThrown(env, "java/lang/NumberFormatException"); }
+/// Takes the pending exception when it says that a text is no number: then none is pending any more. Null when it says
+/// anything else, and stays.
+JObjectRef takeRefusal(JNIEnv* env, const JNumberFormatExceptionClassProxy& refusalClass) {
+    auto pending = adopt(env, env->ExceptionOccurred());
+    // No test can be made while an exception is pending, so it steps aside.
+    env->ExceptionClear();
+    if (!pending.isNull() && !refusalClass.isInstance(env, pending.ref())) {
+        env->Throw(static_cast<jthrowable>(pending.ref()));
+        pending.reset();
+    }
+    return pending;
+}
 
-/// Runs `parser`; a text that it refuses goes on to `next`, with its refusal forgotten. Any other failure stands.
+/// Runs `parser`; a text that it refuses goes on to `next` with the refusal, which is not pending any more. Any other
+/// failure stands.
 template <typename Parser, typename Next>
-auto parseOr(JNIEnv* env, Parser&& parser, Next&& next) -> decltype(next()) {
+auto parseOr(JNIEnv* env, Parser&& parser, Next&& next) -> decltype(parser()) {
+    // Before the parser, since a class can't be looked up while an exception is pending.
+    const auto& refusalClass = *JNumberFormatExceptionClassProxy::instance(env);
+    JObjectRef refusal(env, nullptr);
     try {
         return parser();
     } catch (const tether::Exception&) {
-        if (!isNumberFormatPending(env)) {
+        refusal = takeRefusal(env, refusalClass);
+        if (refusal.isNull()) {
             throw;
         }
-        env->ExceptionClear();
     }
-    return next();
+    return next(refusal);
 }
 
 /// The text by the parser of T, else as a double, else as a long, the latter two cast to T.
 template <typename T>
 T parseAs(JNIEnv* env, jobject text) {
-    const auto asLastResort = [&] {
-        try {
-            return castElement<T>(parseWith<jlong>(env, text));
-        } catch (const tether::Exception&) {
-            if (isNumberFormatPending(env)) {
-                throw JNumberFormatException();
-            }
-            throw;
-        }
+    const auto refuse = [env](const JObjectRef& refusal) -> T {
+        env->Throw(static_cast<jthrowable>(refusal.ref()));
+        throw JNumberFormatException();
+    };
+    const auto asLong = [&](const JObjectRef&) {
+        return parseOr(
+            env, [&] { return castElement<T>(parseWith<jlong>(env, text)); }, refuse);
+    };
+    const auto asDouble = [&](const JObjectRef&) {
+        return parseOr(
+            env, [&] { return castElement<T>(parseWith<jdouble>(env, text)); }, asLong);
     };
     return parseOr(
-        env, [&] { return parseWith<T>(env, text); },
-        [&] {
-            return parseOr(
-                env, [&] { return castElement<T>(parseWith<jdouble>(env, text)); }, asLastResort);
-        });
+        env, [&] { return parseWith<T>(env, text); }, asDouble);
 }
 
 jboolean parseBoolean(JNIEnv* env, jobject text) {
     auto* cls = JBooleanClassProxy::instance(env);
-    jvalue argument;
-    argument.l = text;
-    JBooleanProxy boxed(env, nullptr);
-    boxed.attach(env->CallStaticObjectMethodA(cls->classRef(), cls->valueOf, &argument));
-    tether::throwIfPending(env);
-    return boxed.booleanValue();
+    const jvalue argument = objectArgument(text);
+    return adopt<JBooleanProxy>(env, callStaticObjectMethod(env, cls->classRef(), cls->valueOf, &argument))
+        .booleanValue();
 }
 
 jchar firstUnit(JNIEnv* env, jobject text) {
@@ -73,100 +90,57 @@ jchar firstUnit(JNIEnv* env, jobject text) {
     }
 }
 
-/// The four kinds of object in the order in which they are tested; anything else gives 0. Boxed values are asked
-/// straight through their class proxies, since a proxy of their own would cost two references an element.
-template <typename T, typename FromNumber, typename FromString>
-T readAs(const JObjectProxy& object, FromNumber&& fromNumber, FromString&& fromString) {
-    JNIEnv* env = object.env();
-    jobject ref = object.ref();
-    T value{};
-    if (auto* number = JNumberClassProxy::instance(env); number->isInstance(env, ref)) {
-        value = fromNumber(env, ref, *number);
-    } else if (JStringClassProxy::instance(env)->isInstance(env, ref)) {
-        return fromString(env, ref);
-    } else if (auto* boolean = JBooleanClassProxy::instance(env); boolean->isInstance(env, ref)) {
-        value = static_cast<T>(env->CallBooleanMethod(ref, boolean->booleanValue));
-    } else if (auto* character = JCharacterClassProxy::instance(env); character->isInstance(env, ref)) {
-        value = static_cast<T>(env->CallCharMethod(ref, character->charValue));
+template <typename T>
+T numberAs(JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
+    if constexpr (std::is_same_v<T, jboolean>) {
+        return static_cast<jboolean>(number.read<jdouble>(env, ref) != 0.0);
+    } else if constexpr (std::is_same_v<T, jchar>) {
+        return static_cast<jchar>(number.read<jint>(env, ref));
     } else {
-        return value;
+        return number.read<T>(env, ref);
     }
-    tether::throwIfPending(env);
-    return value;
+}
+
+template <typename T>
+T textAs(JNIEnv* env, jobject text) {
+    if constexpr (std::is_same_v<T, jboolean>) {
+        return parseBoolean(env, text);
+    } else if constexpr (std::is_same_v<T, jchar>) {
+        return firstUnit(env, text);
+    } else {
+        return parseAs<T>(env, text);
+    }
 }
 
 }  // namespace
 
-jboolean JObjectProxy::asBoolean() const {
-    return readAs<jboolean>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return static_cast<jboolean>(env->CallDoubleMethod(ref, number.doubleValue) != 0.0);
-        },
-        parseBoolean);
+/// The four kinds of object in the order in which they are tested; anything else gives 0. Boxed values are asked
+/// straight through their class proxies, since a proxy of their own would cost two references an element.
+template <typename T>
+T JObjectProxy::as() const {
+    T value{};
+    if (auto* number = JNumberClassProxy::instance(env()); number->isInstance(env(), ref())) {
+        value = numberAs<T>(env(), ref(), *number);
+    } else if (JStringClassProxy::instance(env())->isInstance(env(), ref())) {
+        return textAs<T>(env(), ref());
+    } else if (auto* boolean = JBooleanClassProxy::instance(env()); boolean->isInstance(env(), ref())) {
+        value = static_cast<T>(env()->CallBooleanMethod(ref(), boolean->booleanValue));
+    } else if (auto* character = JCharacterClassProxy::instance(env()); character->isInstance(env(), ref())) {
+        value = static_cast<T>(env()->CallCharMethod(ref(), character->charValue));
+    } else {
+        return value;
+    }
+    tether::throwIfPending(env());
+    return value;
 }
 
-jchar JObjectProxy::asChar() const {
-    return readAs<jchar>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return static_cast<jchar>(env->CallIntMethod(ref, number.intValue));
-        },
-        firstUnit);
-}
-
-jbyte JObjectProxy::asByte() const {
-    return readAs<jbyte>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return env->CallByteMethod(ref, number.byteValue);
-        },
-        parseAs<jbyte>);
-}
-
-jshort JObjectProxy::asShort() const {
-    return readAs<jshort>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return env->CallShortMethod(ref, number.shortValue);
-        },
-        parseAs<jshort>);
-}
-
-jint JObjectProxy::asInt() const {
-    return readAs<jint>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return env->CallIntMethod(ref, number.intValue);
-        },
-        parseAs<jint>);
-}
-
-jlong JObjectProxy::asLong() const {
-    return readAs<jlong>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return env->CallLongMethod(ref, number.longValue);
-        },
-        parseAs<jlong>);
-}
-
-jfloat JObjectProxy::asFloat() const {
-    return readAs<jfloat>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return env->CallFloatMethod(ref, number.floatValue);
-        },
-        parseAs<jfloat>);
-}
-
-jdouble JObjectProxy::asDouble() const {
-    return readAs<jdouble>(
-        *this,
-        [](JNIEnv* env, jobject ref, const JNumberClassProxy& number) {
-            return env->CallDoubleMethod(ref, number.doubleValue);
-        },
-        parseAs<jdouble>);
-}
+template jboolean JObjectProxy::as() const;
+template jchar JObjectProxy::as() const;
+template jbyte JObjectProxy::as() const;
+template jshort JObjectProxy::as() const;
+template jint JObjectProxy::as() const;
+template jlong JObjectProxy::as() const;
+template jfloat JObjectProxy::as() const;
+template jdouble JObjectProxy::as() const;
 
 }  // namespace nativevrl

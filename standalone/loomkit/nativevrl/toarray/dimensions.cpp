@@ -3,8 +3,8 @@
 #include "boundary/stackguard.h"
 #include "proxies/jboxedproxies.h"
 #include "proxies/jnonkrtproxies.h"
+#include "proxies/pinnedelements.h"
 #include "toarray/javakind.h"
-#include "toarray/pinnedelements.h"
 
 #include <algorithm>
 

@@ -3,9 +3,9 @@
 #include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/jboxedproxies.h"
+#include "proxies/pinnedelements.h"
 #include "toarray/javakind.h"
 #include "toarray/nativeelement.h"
-#include "toarray/pinnedelements.h"
 
 #include <algorithm>
 
@@ -86,25 +86,6 @@ void storeObjects(JNIEnv* env, jobject source, TargetPart<Target> part, Read&& r
     }
 }
 
-/// The accessor of java.lang.Number for each type of object read.
-template <typename Java>
-Java readNumber(JNIEnv* env, jobject number, const JNumberClassProxy& cls) {
-    if constexpr (std::is_same_v<Java, jdouble>) {
-        return env->CallDoubleMethod(number, cls.doubleValue);
-    } else if constexpr (std::is_same_v<Java, jfloat>) {
-        return env->CallFloatMethod(number, cls.floatValue);
-    } else if constexpr (std::is_same_v<Java, jbyte>) {
-        return env->CallByteMethod(number, cls.byteValue);
-    } else if constexpr (std::is_same_v<Java, jshort>) {
-        return env->CallShortMethod(number, cls.shortValue);
-    } else if constexpr (std::is_same_v<Java, jint>) {
-        return env->CallIntMethod(number, cls.intValue);
-    } else {
-        static_assert(std::is_same_v<Java, jlong>);
-        return env->CallLongMethod(number, cls.longValue);
-    }
-}
-
 /// The first element stands for all of them.
 void checkNumbers(JNIEnv* env, jobject source) {
     auto* array = static_cast<jobjectArray>(source);
@@ -127,7 +108,7 @@ void setFlatData(JNIEnv* env, jobject source, TargetPart<Target> part) {
     if (kind == JavaKind::kObjectArray) {
         checkNumbers(env, source);
         storeObjects<JNumberClassProxy, Target>(env, source, part, [&](jobject number, const auto& cls) {
-            return readNumber<typename Target::Java>(env, number, cls);
+            return cls.template read<typename Target::Java>(env, number);
         });
         return;
     }

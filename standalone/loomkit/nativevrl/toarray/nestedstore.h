@@ -3,9 +3,9 @@
 #include "boundary/stackguard.h"
 #include "layout/leveltable.h"
 #include "proxies/jboxedproxies.h"
+#include "proxies/pinnedelements.h"
 #include "toarray/javakind.h"
 #include "toarray/nativeelement.h"
-#include "toarray/pinnedelements.h"
 #include "toarray/tile.h"
 
 #include <jni.h>

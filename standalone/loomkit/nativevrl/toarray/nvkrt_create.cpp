@@ -4,12 +4,12 @@
 #include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/jobjectarrayproxy.h"
+#include "proxies/pinnedelements.h"
 #include "qx/arrayowner.h"
 #include "toarray/arraycreation.h"
 #include "toarray/classification.h"
 #include "toarray/flatstore.h"
 #include "toarray/jconvert.h"
-#include "toarray/pinnedelements.h"
 #include "toarray/plainextents.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

@@ -1,7 +1,7 @@
 #include "toarray/propertyspecifier.h"
 
 #include "layout/leveltable.h"
-#include "toarray/pinnedelements.h"
+#include "proxies/pinnedelements.h"
 
 namespace nativevrl::JConvert {
 

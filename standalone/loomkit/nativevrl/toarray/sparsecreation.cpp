@@ -4,9 +4,9 @@
 #include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/invariant.h"
+#include "proxies/pinnedelements.h"
 #include "qx/arrayowner.h"
 #include "toarray/jconvert.h"
-#include "toarray/pinnedelements.h"
 #include "toarray/sparsebuilder.h"
 
 #include <boost/numeric/conversion/cast.hpp>
