@@ -1,11 +1,14 @@
 // A minimiser whose objective is a Java object or a function of a component.
 
-#include "brent.h"
-
 #include "krt/component.hpp"
 
+#include <boost/math/tools/minima.hpp>
+
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <functional>
+#include <limits>
 
 namespace {
 
@@ -29,6 +32,33 @@ double finite(const krt::Value& value) {
     return number;
 }
 
+struct Minimum {
+    double x;
+    double value;
+    int evaluations;
+};
+
+/// Brent's method for a minimum of `f` within [lower, upper]. `tolerance` bounds the error in x, apart from the square
+/// root of the machine precision times x, below which a smooth function does not change.
+Minimum minimise(const std::function<double(double)>& f, double lower, double upper, double tolerance) {
+    int evaluations = 0;
+    const auto counted = [&](long double x) -> long double {
+        ++evaluations;
+        return f(static_cast<double>(x));
+    };
+    // The library counts its precision in bits of x, or of 1/4 near zero, up to half of the bits of the type.
+    constexpr int halfOfDouble = (std::numeric_limits<double>::digits + 1) / 2;
+    const double largest = std::max({1.0, std::abs(lower), std::abs(upper)});
+    const double relative = std::max(tolerance / (2.5 * largest), std::numeric_limits<double>::epsilon());
+    const int bits = std::clamp(1 - std::ilogb(relative), 1, halfOfDouble);
+    // It begins at the upper bound, where `f` need not be defined.
+    const long double begin = std::nextafter(upper, lower);
+    std::uintmax_t steps = mostEvaluations - 1;
+    const auto [x, value] =
+        boost::math::tools::brent_find_minima(counted, static_cast<long double>(lower), begin, bits, steps);
+    return {static_cast<double>(x), static_cast<double>(value), evaluations};
+}
+
 }  // namespace
 
 KRT_FUNCTION(minimize) {
@@ -50,9 +80,8 @@ KRT_FUNCTION(minimize) {
         }
         return value;
     };
-    showcase::BrentMinimiser minimiser(checkedObjective, lower, upper, tolerance);
-    const showcase::Minimum minimum = minimiser.run(mostEvaluations);
-    if (!minimum.converged) {
+    const Minimum minimum = minimise(checkedObjective, lower, upper, tolerance);
+    if (minimum.evaluations >= mostEvaluations) {
         krt::warn("minimize: stopped after " + std::to_string(minimum.evaluations) +
                   " evaluations before the tolerance was reached");
     }

@@ -115,6 +115,10 @@ TEST_F(Showcase, MinimisesAFunctionOfItsOwn) {
         EXPECT_GT(number(inside.at(2)), 2);
         EXPECT_LT(number(inside.at(2)), 60);
         EXPECT_NEAR(number(run_.callWith("minimize", 1, {"@parabola", "3", "4"}).at(0)), 3, 1e-6);
+        EXPECT_NEAR(number(run_.callWith("minimize", 1, {"@parabola", "-9", "1"}).at(0)), 1, 1e-6);
+        EXPECT_NEAR(number(run_.callWith("minimize", 1, {"@parabola", "-1e6", "1e6", "1e-300"}).at(0)), 2, 1e-7);
+        const double coarse = number(run_.callWith("minimize", 3, {"@parabola", "-3", "9", "1"}).at(2));
+        EXPECT_LT(coarse, number(inside.at(2)));
     }
     EXPECT_EQ(qxLiveArrayCount(), before);
 }
