@@ -1,14 +1,14 @@
+#include "classtable.h"
+#include "elementtext.h"
+#include "sparse.h"
+#include "storage.h"
+#include "text/unicode.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <new>
 #include <vector>
-
-#include "classtable.h"
-#include "elementtext.h"
-#include "sparse.h"
-#include "storage.h"
-#include "unicode.h"
 
 namespace qx {
 
@@ -21,12 +21,13 @@ constexpr std::size_t kMaxPages = 20;
 constexpr std::size_t kMaxElements = 200;  // of a cell, struct or sparse array
 constexpr std::size_t kMaxFields = 200;
 constexpr std::size_t kMaxUnits = 10000;  // of a row of text
-constexpr std::size_t kMaxDimensions = 32;
+constexpr std::size_t kShownDimensions = 32;
 
 /// Of the whole text: once there are as many lines, every array below closes with its own line on what is missing.
 constexpr std::size_t kMaxLines = 2000;
 
-/// Arrays nested deeper than this are told by shape and class alone.
+/// Arrays nested deeper than this are told by shape and class alone. A level takes about 1 KB of the stack, of which a
+/// Java thread may have little.
 constexpr int kMaxDepth = 32;
 
 constexpr std::size_t kIndent = 2;
@@ -60,7 +61,7 @@ private:
 };
 
 std::string extentsText(Shape shape) {
-    const std::size_t shown = std::min<std::size_t>(shape.count, kMaxDimensions);
+    const std::size_t shown = std::min<std::size_t>(shape.count, kShownDimensions);
     std::string text = fmt::format("{}", fmt::join(shape.extents, shape.extents + shown, "-by-"));
     return shown < shape.count ? fmt::format("{}-by-... ({} dimensions)", text, shape.count) : text;
 }
@@ -73,7 +74,7 @@ std::string summary(const qxArray* array) {
 /// Subscripts, one-based, of a linear index into the extents from `first` on, as "a,b,c".
 std::string subscriptsText(Shape shape, std::uint32_t first, std::size_t index) {
     std::vector<std::size_t> subscripts;
-    const auto shown = static_cast<std::uint32_t>(std::min<std::size_t>(shape.count, kMaxDimensions));
+    const auto shown = static_cast<std::uint32_t>(std::min<std::size_t>(shape.count, kShownDimensions));
     for (std::uint32_t dimension = first; dimension < shown; ++dimension) {
         subscripts.push_back(index % shape.extents[dimension] + 1);
         index /= shape.extents[dimension];
@@ -81,10 +82,10 @@ std::string subscriptsText(Shape shape, std::uint32_t first, std::size_t index) 
     return fmt::format("{}{}", fmt::join(subscripts, ","), shown < shape.count ? ",..." : "");
 }
 
-std::string textOf(const char16_t* units, std::size_t count) { return modifiedUtf8FromUtf16({units, count}); }
+std::string textOf(const char16_t* units, std::size_t count) { return text::modifiedUtf8FromUtf16({units, count}); }
 
 /// A line that was made of plain or modified UTF-8, as modified UTF-8.
-std::string displayName(std::string_view name) { return modifiedUtf8FromUtf16(utf16FromUtf8(name)); }
+std::string displayName(std::string_view name) { return text::modifiedUtf8FromUtf16(text::utf16FromUtf8(name)); }
 
 class ArrayText {
 public:
@@ -162,7 +163,7 @@ private:
             for (std::size_t column = 0; column < shownColumns; ++column) {
                 line[column] = units[column * rows + row];
             }
-            lines_.add(modifiedUtf8FromUtf16(line));
+            lines_.add(text::modifiedUtf8FromUtf16(line));
         }
         lines_.addRest(shownRows, rows, "rows");
         lines_.addRest(shownColumns, columns, "columns");

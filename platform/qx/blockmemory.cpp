@@ -1,10 +1,10 @@
+#include "largeblocks.h"
+#include "qx/qx.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-
-#include "largeblocks.h"
-#include "qx/qx.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define QX_ADDRESS_SANITIZER
@@ -36,11 +36,9 @@ static_assert(sizeof(BlockHeader) == 16 && alignof(std::max_align_t) == 16,
 
 BlockHeader* headerOf(void* block) noexcept { return static_cast<BlockHeader*>(block) - 1; }
 
-enum class Contents { zeros, unset };
-
-void* allocateSmall(std::size_t bytes, Contents contents) noexcept {
+void* allocateSmall(std::size_t bytes, qxContents contents) noexcept {
     const std::size_t total = bytes + kAlignment;
-    const bool callocZeros = contents == Contents::zeros && bytes >= kCallocFrom;
+    const bool callocZeros = contents == qxContents::zeros && bytes >= kCallocFrom;
     void* raw = callocZeros ? std::calloc(1, total) : std::malloc(total);
     if (raw == nullptr) {
         return nullptr;
@@ -48,7 +46,7 @@ void* allocateSmall(std::size_t bytes, Contents contents) noexcept {
     const std::size_t offset = kAlignment - reinterpret_cast<std::uintptr_t>(raw) % kAlignment;
     char* block = static_cast<char*>(raw) + offset;
     *headerOf(block) = {bytes, static_cast<std::uint32_t>(offset), 0};
-    if (contents == Contents::zeros && !callocZeros) {
+    if (contents == qxContents::zeros && !callocZeros) {
         std::memset(block, 0, bytes);
     }
 #ifdef QX_ADDRESS_SANITIZER
@@ -57,19 +55,19 @@ void* allocateSmall(std::size_t bytes, Contents contents) noexcept {
     return block;
 }
 
-void* allocateLarge(std::size_t bytes, Contents contents) noexcept {
+void* allocateLarge(std::size_t bytes, qxContents contents) noexcept {
     const qx::LargeBlock block = qx::takeLargeBlock(bytes);
     if (block.payload == nullptr) {
         return nullptr;
     }
     *headerOf(block.payload) = {block.capacity, 0, 0};
-    if (contents == Contents::zeros && !block.fresh) {
+    if (contents == qxContents::zeros && !block.fresh) {
         std::memset(block.payload, 0, bytes);
     }
     return block.payload;
 }
 
-void* allocate(std::size_t bytes, Contents contents) noexcept {
+void* allocate(std::size_t bytes, qxContents contents) noexcept {
     if (bytes < qx::kLargeBlock) {
         return allocateSmall(std::max<std::size_t>(bytes, 1), contents);
     }
@@ -78,11 +76,11 @@ void* allocate(std::size_t bytes, Contents contents) noexcept {
 
 }  // namespace
 
-void* qxMalloc(std::size_t bytes) { return allocate(bytes, Contents::unset); }
+void* qxMalloc(std::size_t bytes) { return allocate(bytes, qxContents::unset); }
 
 void* qxCalloc(std::size_t count, std::size_t size) {
     std::size_t bytes = 0;
-    return __builtin_mul_overflow(count, size, &bytes) ? nullptr : allocate(bytes, Contents::zeros);
+    return __builtin_mul_overflow(count, size, &bytes) ? nullptr : allocate(bytes, qxContents::zeros);
 }
 
 void* qxRealloc(void* block, std::size_t bytes) {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "qx/qx.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-
-#include "qx/qx.h"
 
 namespace qx {
 

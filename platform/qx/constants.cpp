@@ -1,7 +1,7 @@
+#include "qx/qx.h"
+
 #include <cmath>
 #include <limits>
-
-#include "qx/qx.h"
 
 double qxGetEps() { return std::numeric_limits<double>::epsilon(); }
 

@@ -1,11 +1,11 @@
+#include "classtable.h"
+#include "sparse.h"
+#include "storage.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
-
-#include "classtable.h"
-#include "sparse.h"
-#include "storage.h"
 
 namespace qx {
 
@@ -110,7 +110,7 @@ qxArrayOwner convertDense(const qxArray* source, qxClassID to) {
         return nullptr;
     }
     const qxClassID from = qxGetClassID(source);
-    qxArrayOwner target = makeNumeric(shapeOf(source), to, qxIsComplex(source), Fill::unset);
+    qxArrayOwner target = makeNumeric(shapeOf(source), to, qxIsComplex(source), qxContents::unset);
     if (target) {
         convertRun(target->realData(), to, source->realData(), from, count);
         if (target->imagData() != nullptr) {
@@ -158,7 +158,7 @@ void scatter(void* target, qxClassID to, const qxArray* source, const void* valu
 }
 
 qxArrayOwner convertToDense(const qxArray* source, qxClassID to) {
-    qxArrayOwner target = makeNumeric(shapeOf(source), to, qxIsComplex(source), Fill::zeros);
+    qxArrayOwner target = makeNumeric(shapeOf(source), to, qxIsComplex(source), qxContents::zeros);
     if (target) {
         scatter(target->realData(), to, source, source->realData());
         if (target->imagData() != nullptr) {

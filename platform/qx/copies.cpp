@@ -1,10 +1,10 @@
-#include <cstring>
-#include <new>
-#include <unordered_map>
-
 #include "classtable.h"
 #include "sparse.h"
 #include "storage.h"
+
+#include <cstring>
+#include <new>
+#include <unordered_map>
 
 namespace qx {
 
@@ -51,12 +51,10 @@ bool copySparse(ArrayStorage& to, const qxArray* source) {
 }
 
 bool copySlotTable(ArrayStorage& to, const ArrayStorage& from) {
-    to.real = qxCalloc(from.slotCount, sizeof(qxArray*));
-    to.slotCount = to.real == nullptr ? 0 : from.slotCount;
     if (from.fields) {
         to.fields = std::make_unique<std::vector<std::string>>(*from.fields);
     }
-    return to.real != nullptr;
+    return from.real == nullptr || makeSlotTable(to, from.slotCount);
 }
 
 bool copyContents(ArrayStorage& to, const qxArray* source) {

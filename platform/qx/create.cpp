@@ -1,24 +1,24 @@
-#include <cstring>
-#include <new>
-#include <string>
-
 #include "classtable.h"
 #include "fieldnames.h"
 #include "storage.h"
-#include "unicode.h"
+#include "text/unicode.h"
+
+#include <cstring>
+#include <new>
+#include <string>
 
 namespace qx {
 
 namespace {
 
 /// Null when the product overflows, too.
-void* newBlock(std::size_t count, std::size_t size, Fill fill) {
-    return fill == Fill::zeros ? qxCalloc(count, size) : qxMalloc(count * size);
+void* newBlock(std::size_t count, std::size_t size, qxContents contents) {
+    return contents == qxContents::zeros ? qxCalloc(count, size) : qxMalloc(count * size);
 }
 
 }  // namespace
 
-qxArrayOwner makeNumeric(Shape shape, qxClassID classId, bool complex, Fill fill) {
+qxArrayOwner makeNumeric(Shape shape, qxClassID classId, bool complex, qxContents contents) {
     const auto count = denseElementCount(shape);
     const bool isUnknownEmpty = classId == qxUNKNOWN_CLASS && count == std::size_t{0};
     if (!count || (!hasNumericStorage(classId) && !isUnknownEmpty)) {
@@ -31,10 +31,16 @@ qxArrayOwner makeNumeric(Shape shape, qxClassID classId, bool complex, Fill fill
     }
     ArrayStorage& storage = storageOf(array.get());
     const std::size_t elementSize = classInfo(classId).elementSize;
-    storage.real = newBlock(*count, elementSize, fill);
-    storage.imag = hasImag ? newBlock(*count, elementSize, fill) : nullptr;
+    storage.real = newBlock(*count, elementSize, contents);
+    storage.imag = hasImag ? newBlock(*count, elementSize, contents) : nullptr;
     const bool isWhole = storage.real != nullptr && (storage.imag != nullptr) == hasImag;
     return isWhole ? std::move(array) : nullptr;
+}
+
+bool makeSlotTable(ArrayStorage& storage, std::size_t slotCount) noexcept {
+    storage.real = qxCalloc(slotCount, sizeof(qxArray*));
+    storage.slotCount = storage.real == nullptr ? 0 : slotCount;
+    return storage.real != nullptr;
 }
 
 qxArrayOwner makeSlotted(Shape shape, qxClassID classId, std::size_t slotCount) {
@@ -42,13 +48,8 @@ qxArrayOwner makeSlotted(Shape shape, qxClassID classId, std::size_t slotCount) 
     if (!array) {
         return nullptr;
     }
-    ArrayStorage& storage = storageOf(array.get());
-    storage.real = qxCalloc(slotCount, sizeof(qxArray*));
-    if (storage.real == nullptr) {
-        return nullptr;
-    }
-    storage.slotCount = slotCount;
-    return array;
+    const bool hasNoFields = slotCount == 0 && extentProduct(shape, 0) != 0;
+    return hasNoFields || makeSlotTable(storageOf(array.get()), slotCount) ? std::move(array) : nullptr;
 }
 
 namespace {
@@ -81,7 +82,7 @@ qxArrayOwner makeStruct(Shape shape, std::uint32_t fieldCount, const char** fiel
 
 template <typename Value>
 qxArray* makeScalar(qxClassID classId, Value value) {
-    qxArrayOwner array = makeNumeric(GivenShape(1, 1).shape(), classId, false, Fill::unset);
+    qxArrayOwner array = makeNumeric(GivenShape(1, 1).shape(), classId, false, qxContents::unset);
     if (array) {
         *static_cast<Value*>(array->realData()) = value;
     }
@@ -95,18 +96,18 @@ qxArray* makeScalar(qxClassID classId, Value value) {
 qxArray* qxCreateNumericArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, qxClassID classId,
                               qxComplexity complexity) {
     const qx::GivenShape given(dimensionCount, dimensions);
-    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qx::Fill::zeros));
+    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qxContents::zeros));
 }
 
 qxArray* qxCreateUninitNumericArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, qxClassID classId,
                                     qxComplexity complexity) {
     const qx::GivenShape given(dimensionCount, dimensions);
-    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qx::Fill::unset));
+    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qxContents::unset));
 }
 
 qxArray* qxCreateNumericMatrix(std::uint32_t rows, std::uint32_t columns, qxClassID classId, qxComplexity complexity) {
     const qx::GivenShape given(rows, columns);
-    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qx::Fill::zeros));
+    return qx::handOut(qx::makeNumeric(given.shape(), classId, complexity == qxCOMPLEX, qxContents::zeros));
 }
 
 qxArray* qxCreateDoubleMatrix(std::uint32_t rows, std::uint32_t columns, qxComplexity complexity) {
@@ -121,7 +122,7 @@ qxArray* qxCreateString(const char* text) try {
     if (text == nullptr) {
         return nullptr;
     }
-    const std::u16string units = qx::utf16FromUtf8(text);
+    const std::u16string units = text::utf16FromUtf8(text);
     return qxCreateStringUtf16(units.data(), units.size());
 } catch (const std::bad_alloc&) {
     return nullptr;
@@ -132,7 +133,7 @@ qxArray* qxCreateStringUtf16(const char16_t* units, std::size_t count) {
         return nullptr;
     }
     const qx::GivenShape given(count == 0 ? 0 : 1, static_cast<std::uint32_t>(count));
-    qxArrayOwner array = qx::makeNumeric(given.shape(), qxCHAR_CLASS, false, qx::Fill::unset);
+    qxArrayOwner array = qx::makeNumeric(given.shape(), qxCHAR_CLASS, false, qxContents::unset);
     if (array && count != 0) {
         std::memcpy(array->realData(), units, count * sizeof(char16_t));
     }

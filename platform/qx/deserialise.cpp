@@ -1,19 +1,20 @@
-#include <algorithm>
-#include <cstring>
-#include <new>
-
 #include "cborreader.h"
 #include "fieldnames.h"
 #include "serialform.h"
 #include "sparse.h"
 #include "storage.h"
 
+#include <algorithm>
+#include <cstring>
+#include <new>
+
 namespace qx {
 
 namespace {
 
-/// Builds the array behind a serialised form. A count is believed only as far as bytes are left to bear it out, so that
-/// the memory taken stays within a constant factor of the input. Every function returns null or false for bad bytes.
+/// Builds the array behind a serialised form, without recursion: the form may come from anywhere, and stacks are small.
+/// A count is believed only as far as bytes are left to bear it out, so that the memory taken stays within a constant
+/// factor of the input. Every function returns null or false for bad bytes.
 class Deserialiser {
 public:
     Deserialiser(const unsigned char* bytes, std::size_t count) noexcept : reader_(bytes, count), slotsLeft_(count) {}
@@ -26,23 +27,33 @@ public:
             return nullptr;
         }
         CborItem head;
-        qxArrayOwner array = reader_.read(head) ? readArray(head, 1) : nullptr;
-        return reader_.remaining() == 0 ? std::move(array) : nullptr;
+        qxArrayOwner array = reader_.read(head) ? readArray(head) : nullptr;
+        const bool isWhole = array && readOpenSlots() && reader_.remaining() == 0;
+        return isWhole ? std::move(array) : nullptr;
     }
 
 private:
-    using Extents = std::vector<std::uint32_t>;
+    /// The extents of one array. They are read on the stack: there is a bound to them.
+    struct Extents {
+        std::uint32_t values[kMaxDimensions];
+        std::uint32_t count = 0;
 
-    static Shape shapeOfExtents(const Extents& extents) {
-        return {static_cast<std::uint32_t>(extents.size()), extents.data()};
-    }
+        Shape shape() const noexcept { return {count, values}; }
+        bool areOnes() const noexcept { return count == 2 && values[0] == 1 && values[1] == 1; }
+    };
 
-    /// `head` is the item that has been read already: the start of the array's list.
-    qxArrayOwner readArray(const CborItem& head, int depth) {
+    /// A cell or struct array whose slots are read one after the other.
+    struct OpenSlots {
+        ArrayStorage* storage;
+        std::size_t next;
+    };
+
+    /// `head` is the item that has been read already: the start of the array's list. The slots of a cell or struct
+    /// array stay unread; it is on the list of open ones then.
+    qxArrayOwner readArray(const CborItem& head) {
         std::uint64_t classId = 0;
         Extents extents;
-        if (head.kind != CborItem::Kind::array || depth > kMaxSerialDepth || !reader_.readUnsigned(classId) ||
-            !readExtents(extents)) {
+        if (head.kind != CborItem::Kind::array || !reader_.readUnsigned(classId) || !readExtents(extents)) {
             return nullptr;
         }
         if (hasNumericStorage(classId)) {
@@ -51,30 +62,53 @@ private:
         switch (classId) {
             case qxUNKNOWN_CLASS:
                 return head.value == kUnknownItems
-                           ? makeNumeric(shapeOfExtents(extents), qxUNKNOWN_CLASS, false, Fill::zeros)
+                           ? makeNumeric(extents.shape(), qxUNKNOWN_CLASS, false, qxContents::zeros)
                            : nullptr;
             case qxCELL_CLASS:
-                return head.value == kCellItems ? readCell(extents, depth) : nullptr;
+                return head.value == kCellItems ? readCell(extents) : nullptr;
             case qxSTRUCT_CLASS:
-                return head.value == kStructItems ? readStruct(extents, depth) : nullptr;
+                return head.value == kStructItems ? readStruct(extents) : nullptr;
             case qxFUNCTION_CLASS:
-                return head.value == kCellItems ? readFunctionHandle(extents, depth) : nullptr;
+                return head.value == kCellItems ? readFunctionHandle(extents) : nullptr;
             default:
                 return nullptr;
         }
     }
 
+    /// Reads the slots of all open arrays, the innermost one first.
+    bool readOpenSlots() {
+        while (!open_.empty()) {
+            OpenSlots& innermost = open_.back();
+            if (innermost.next == innermost.storage->slotCount) {
+                open_.pop_back();
+                continue;
+            }
+            qxArray*& slot = innermost.storage->slots()[innermost.next++];
+            CborItem head;
+            if (!reader_.read(head)) {
+                return false;
+            }
+            if (head.kind != CborItem::Kind::null) {
+                slot = open_.size() < kMaxSerialDepth ? readArray(head).release() : nullptr;
+                if (slot == nullptr) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
     bool readExtents(Extents& extents) {
         std::uint64_t count = 0;
-        if (!reader_.readArrayStart(count) || count < 2) {
+        if (!reader_.readArrayStart(count) || count < 2 || count > kMaxDimensions) {
             return false;
         }
-        for (; count != 0; --count) {
+        while (extents.count < count) {
             std::uint64_t extent = 0;
             if (!reader_.readUnsigned(extent) || extent > kMaxExtent) {
                 return false;
             }
-            extents.push_back(static_cast<std::uint32_t>(extent));
+            extents.values[extents.count++] = static_cast<std::uint32_t>(extent);
         }
         return true;
     }
@@ -88,19 +122,19 @@ private:
             return readDense(classId, extents, complex);
         }
         const bool isSparse = items == kSparseItems || items == kSparseItems + 1;
-        return isSparse && isSparseClass(classId) && extents.size() == 2 ? readSparse(classId, extents, complex)
-                                                                         : nullptr;
+        return isSparse && isSparseClass(classId) && extents.count == 2 ? readSparse(classId, extents, complex)
+                                                                        : nullptr;
     }
 
     qxArrayOwner readDense(qxClassID classId, const Extents& extents, bool complex) {
-        const Shape shape = shapeOfExtents(extents);
+        const Shape shape = extents.shape();
         const auto count = denseElementCount(shape);
         std::string_view real;
         std::string_view imag;
         if (!count || !readPart(classId, *count, real) || (complex && !readPart(classId, *count, imag))) {
             return nullptr;
         }
-        qxArrayOwner array = makeNumeric(shape, classId, complex, Fill::unset);
+        qxArrayOwner array = makeNumeric(shape, classId, complex, qxContents::unset);
         if (array) {
             fillParts(array.get(), real, imag);
         }
@@ -111,7 +145,7 @@ private:
         constexpr std::size_t entry = sizeof(std::uint32_t);
         std::string_view starts;
         std::string_view rows;
-        if (!reader_.readTagged(kIndexTag, starts) || starts.size() != (std::size_t{extents[1]} + 1) * entry ||
+        if (!reader_.readTagged(kIndexTag, starts) || starts.size() != (std::size_t{extents.values[1]} + 1) * entry ||
             !reader_.readTagged(kIndexTag, rows) || rows.size() % entry != 0 ||
             rows.size() / entry > kMaxDenseElements) {
             return nullptr;
@@ -122,7 +156,8 @@ private:
         if (!readPart(classId, stored, real) || (complex && !readPart(classId, stored, imag))) {
             return nullptr;
         }
-        qxArrayOwner array = makeSparse(extents[0], extents[1], static_cast<std::uint32_t>(stored), classId, complex);
+        qxArrayOwner array =
+            makeSparse(extents.values[0], extents.values[1], static_cast<std::uint32_t>(stored), classId, complex);
         if (!array) {
             return nullptr;
         }
@@ -155,13 +190,13 @@ private:
         }
     }
 
-    qxArrayOwner readCell(const Extents& extents, int depth) {
-        const auto count = denseElementCount(shapeOfExtents(extents));
-        return count ? readSlots(extents, qxCELL_CLASS, *count, depth) : nullptr;
+    qxArrayOwner readCell(const Extents& extents) {
+        const auto count = denseElementCount(extents.shape());
+        return count ? openSlots(extents, qxCELL_CLASS, *count) : nullptr;
     }
 
-    qxArrayOwner readStruct(const Extents& extents, int depth) {
-        const auto count = denseElementCount(shapeOfExtents(extents));
+    qxArrayOwner readStruct(const Extents& extents) {
+        const auto count = denseElementCount(extents.shape());
         auto names = std::make_unique<std::vector<std::string>>();
         if (!count || !readFieldNames(*names)) {
             return nullptr;
@@ -170,7 +205,7 @@ private:
         if (__builtin_mul_overflow(*count, names->size(), &slotCount)) {
             return nullptr;
         }
-        qxArrayOwner array = readSlots(extents, qxSTRUCT_CLASS, slotCount, depth);
+        qxArrayOwner array = openSlots(extents, qxSTRUCT_CLASS, slotCount);
         if (array) {
             storageOf(array.get()).fields = std::move(names);
         }
@@ -197,41 +232,42 @@ private:
         return areDistinct(names);
     }
 
-    qxArrayOwner readFunctionHandle(const Extents& extents, int depth) {
-        if (extents != Extents{1, 1}) {
+    qxArrayOwner readFunctionHandle(const Extents& extents) {
+        CborItem head;
+        std::uint64_t items = 0;
+        std::uint64_t classId = 0;
+        Extents nameExtents;
+        if (!extents.areOnes() || !reader_.readArrayStart(items) || items != 1 || !reader_.read(head) ||
+            head.kind != CborItem::Kind::array || !reader_.readUnsigned(classId) || classId != qxCHAR_CLASS ||
+            !readExtents(nameExtents)) {
             return nullptr;
         }
-        qxArrayOwner handle = readSlots(extents, qxFUNCTION_CLASS, 1, depth);
-        return handle && isFunctionName(qxGetCell(handle.get(), 0)) ? std::move(handle) : nullptr;
+        qxArrayOwner name = readNumeric(qxCHAR_CLASS, nameExtents, head.value);
+        qxArrayOwner handle = makeSlotted(extents.shape(), qxFUNCTION_CLASS, 1);
+        if (!handle || !isFunctionName(name.get())) {
+            return nullptr;
+        }
+        storageOf(handle.get()).slots()[0] = name.release();
+        return handle;
     }
 
     /// Every slot of every array takes a byte of its own, which bounds all element tables together.
-    qxArrayOwner readSlots(const Extents& extents, qxClassID classId, std::size_t slotCount, int depth) {
+    qxArrayOwner openSlots(const Extents& extents, qxClassID classId, std::size_t slotCount) {
         std::uint64_t items = 0;
         if (!reader_.readArrayStart(items) || items != slotCount || slotCount > slotsLeft_) {
             return nullptr;
         }
         slotsLeft_ -= slotCount;
-        qxArrayOwner array = makeSlotted(shapeOfExtents(extents), classId, slotCount);
-        for (std::size_t slot = 0; array && slot < slotCount; ++slot) {
-            CborItem head;
-            if (!reader_.read(head)) {
-                return nullptr;
-            }
-            if (head.kind == CborItem::Kind::null) {
-                continue;
-            }
-            qxArrayOwner element = readArray(head, depth + 1);
-            if (!element) {
-                return nullptr;
-            }
-            storageOf(array.get()).slots()[slot] = element.release();
+        qxArrayOwner array = makeSlotted(extents.shape(), classId, slotCount);
+        if (array) {
+            open_.push_back({&storageOf(array.get()), 0});
         }
         return array;
     }
 
     CborReader reader_;
     std::size_t slotsLeft_;
+    std::vector<OpenSlots> open_;  // the outermost array first
 };
 
 }  // namespace

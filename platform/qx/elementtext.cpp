@@ -1,11 +1,11 @@
 #include "elementtext.h"
 
+#include "classtable.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
-
-#include "classtable.h"
 
 namespace qx {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "qx/qx.h"
+
 #include <cstddef>
 #include <string>
-
-#include "qx/qx.h"
 
 namespace qx {
 

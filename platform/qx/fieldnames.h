@@ -13,7 +13,7 @@ bool isFieldName(const char* name) noexcept;
 bool areDistinct(const std::vector<std::string>& names);
 
 /// Zero-based position of a name, by the same rule; -1 when it is not there.
-int findName(const std::vector<std::string>& names, std::string_view name);
+int findName(const std::vector<std::string>& names, std::string_view name) noexcept;
 
 /// How the serialised form holds a name.
 struct WrittenName {

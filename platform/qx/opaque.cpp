@@ -1,8 +1,7 @@
+#include "storage.h"
+
 #include <new>
 #include <string_view>
-
-#include "storage.h"
-#include "unicode.h"
 
 qxArray* qxCreateFunctionHandle(const char* name) {
     const qx::GivenShape scalar(1, 1);

@@ -1,6 +1,6 @@
 #include "classtable.h"
 #include "storage.h"
-#include "unicode.h"
+#include "text/unicode.h"
 
 qxClassID qxArray::_get_class_id_non_trivial() const noexcept {
     return classWord_ <= qxOBJECT_CLASS ? static_cast<qxClassID>(classWord_) : qxOBJECT_CLASS;
@@ -34,5 +34,5 @@ std::string qxGetString(const qxArray* array) {
     if (array->classWord() != qxCHAR_CLASS || array->realData() == nullptr) {
         return {};
     }
-    return qx::utf8FromUtf16({static_cast<const char16_t*>(array->realData()), qxGetNumberOfElements(array)});
+    return text::utf8FromUtf16({static_cast<const char16_t*>(array->realData()), qxGetNumberOfElements(array)});
 }

@@ -1,17 +1,19 @@
 #pragma once
 
-#include <cstdint>
-
 #include "classtable.h"
 #include "qx/qx.h"
+
+#include <cstddef>
+#include <cstdint>
 
 namespace qx {
 
 /// First item of every serialised form; docs/serial-format.md describes the rest.
 constexpr std::uint64_t kSerialVersion = 1;
 
-/// Cells in cells in cells: the outermost array is at depth 1.
-constexpr int kMaxSerialDepth = 256;
+/// Arrays in one another, the outermost included: 100 cells or structs, as deep as Java nests them, and what the
+/// innermost holds. The name of a function handle doesn't count.
+constexpr std::size_t kMaxSerialDepth = 101;
 
 /// Tag of the row indices and column starts of a sparse array.
 constexpr std::uint64_t kIndexTag = kClassTable[qxUINT32_CLASS].typedArrayTag;

@@ -24,7 +24,8 @@ GivenShape::GivenShape(std::uint32_t rows, std::uint32_t columns) noexcept {
 
 std::optional<std::size_t> denseElementCount(Shape shape) noexcept {
     const auto* end = shape.extents + shape.count;
-    if (std::any_of(shape.extents, end, [](std::uint32_t extent) { return extent > kMaxExtent; })) {
+    if (shape.count > kMaxDimensions ||
+        std::any_of(shape.extents, end, [](std::uint32_t extent) { return extent > kMaxExtent; })) {
         return std::nullopt;
     }
     // Readers multiply the extents up from the first one, so a zero behind too many elements doesn't help them.

@@ -12,6 +12,8 @@ struct Shape {
     const std::uint32_t* extents;
 };
 
+/// No Java array nests deeper.
+constexpr std::uint32_t kMaxDimensions = 255;
 constexpr std::uint32_t kMaxExtent = 0x7FFFFFFF;
 constexpr std::uint64_t kMaxDenseElements = 0xFFFFFFFF;
 
@@ -30,8 +32,8 @@ private:
     Shape shape_ = {2, padded_};
 };
 
-/// Elements of a dense array of this shape; nothing when an extent or the product is too large for one, also the
-/// product of the extents before a zero.
+/// Elements of a dense array of this shape; nothing when there are too many extents, or one of them or the product is
+/// too large, also the product of the extents before a zero.
 std::optional<std::size_t> denseElementCount(Shape shape) noexcept;
 
 /// Product of the extents from `first` on, held at the largest size_t.

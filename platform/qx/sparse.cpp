@@ -1,10 +1,10 @@
 #include "sparse.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include "classtable.h"
 #include "storage.h"
+
+#include <algorithm>
+#include <cstring>
 
 namespace qx {
 

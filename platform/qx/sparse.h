@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "qx/qx.h"
+
+#include <cstdint>
 
 namespace qx {
 

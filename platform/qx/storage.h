@@ -1,13 +1,13 @@
 #pragma once
 
+#include "qx/arrayowner.h"
+#include "qx/qx.h"
+#include "shape.h"
+
 #include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "qx/arrayowner.h"
-#include "qx/qx.h"
-#include "shape.h"
 
 namespace qx {
 
@@ -65,13 +65,14 @@ qxArrayOwner newArray(qxClassID classId, std::uint32_t flags, Shape shape);
 /// Gives the array to the call that runs on this thread, if one does, and to the caller. Null passes.
 qxArray* handOut(qxArrayOwner array) noexcept;
 
-/// Whether new memory for the elements is to hold zeros or will be written at once.
-enum class Fill { zeros, unset };
-
 /// Free-standing dense array of a numeric, logical or char class, or of class 0 without elements.
-qxArrayOwner makeNumeric(Shape shape, qxClassID classId, bool complex, Fill fill);
+qxArrayOwner makeNumeric(Shape shape, qxClassID classId, bool complex, qxContents contents);
 
-/// Free-standing array with an element table of `slotCount` nulls: a cell array, a struct array or a function handle.
+/// Gives a storage an element table of nulls; false when memory runs out.
+bool makeSlotTable(ArrayStorage& storage, std::size_t slotCount) noexcept;
+
+/// Free-standing array with an element table of `slotCount` nulls: a cell array, a struct array or a function handle. A
+/// struct array with elements and no fields has no table.
 qxArrayOwner makeSlotted(Shape shape, qxClassID classId, std::size_t slotCount);
 
 /// Free-standing sparse array of class double or logical with an unset row index and unset values, and column starts

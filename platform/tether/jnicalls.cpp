@@ -1,6 +1,6 @@
 #include "tether/jnicalls.h"
 
-#include "utf8.h"
+#include "text/unicode.h"
 
 #include <memory>
 #include <string>
@@ -210,10 +210,10 @@ jstring newString(JNIEnv* env, const jchar* units, jsize length) {
 
 jstring newStringUTF(JNIEnv* env, const char* text) {
     throwIfPending(env);
-    if (isModifiedUtf8(text)) {
+    if (text::isModifiedUtf8(text)) {
         return checked(env, env->NewStringUTF(text));
     }
-    const std::u16string units = utf16FromLooseUtf8(text);
+    const std::u16string units = text::utf16FromUtf8(text);
     return newString(env, reinterpret_cast<const jchar*>(units.data()), static_cast<jsize>(units.size()));
 }
 

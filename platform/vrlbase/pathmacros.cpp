@@ -1,10 +1,11 @@
+#include "text/unicode.h"
 #include "vrlbase/runtime.h"
 
-#include <cstdint>
 #include <map>
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -58,21 +59,4 @@ std::string vrlExpandPathMacros(const std::string& path) {
     return expanded.append(path, position, std::string::npos);
 }
 
-std::string vrlFileSystemPath(std::string path) {
-    const auto byte = [&path](std::size_t at) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(path[at]));
-    };
-    for (std::size_t at = path.find('\xED'); at != std::string::npos; at = path.find('\xED', at + 1)) {
-        if (at + 6 > path.size() || (byte(at + 1) & 0xF0U) != 0xA0 || byte(at + 3) != 0xED ||
-            (byte(at + 4) & 0xF0U) != 0xB0) {
-            continue;
-        }
-        const std::uint32_t high = (byte(at + 1) & 0x0FU) << 6U | (byte(at + 2) & 0x3FU);
-        const std::uint32_t low = (byte(at + 4) & 0x0FU) << 6U | (byte(at + 5) & 0x3FU);
-        const std::uint32_t point = 0x10000U + (high << 10U | low);
-        path.replace(at, 6,
-                     {static_cast<char>(0xF0U | point >> 18U), static_cast<char>(0x80U | (point >> 12U & 0x3FU)),
-                      static_cast<char>(0x80U | (point >> 6U & 0x3FU)), static_cast<char>(0x80U | (point & 0x3FU))});
-    }
-    return path;
-}
+std::string vrlFileSystemPath(std::string path) { return text::withPairsJoined(std::move(path)); }

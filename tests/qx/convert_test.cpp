@@ -1,8 +1,8 @@
-#include <cmath>
-#include <limits>
-
 #include "randomarray.h"
 #include "support.h"
+
+#include <cmath>
+#include <limits>
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include <thread>
-
 #include "randomarray.h"
 #include "support.h"
+
+#include <thread>
 
 namespace {
 
@@ -87,20 +87,6 @@ TEST_F(Copies, ThatAreDeepStayAsSmallAsTheirSource) {
     EXPECT_FALSE(qxSharesStorage(pair, qxGetCell(level.get(), 0)));
     EXPECT_FALSE(qxSerialize(level.get()));
     EXPECT_LT(qxToText(level.get()).size(), 1000000U);
-}
-
-TEST_F(Copies, AndTheEndOfDeepNestingNeedNoStack) {
-    qxArrayOwner outer(qxCreateCellMatrix(1, 1));
-    for (int depth = 0; depth < 300000; ++depth) {
-        qxArrayOwner wrapping(qxCreateCellMatrix(1, 1));
-        qxSetCell(wrapping.get(), 0, outer.release());
-        outer = std::move(wrapping);
-    }
-    const qxArrayOwner copy(qxDuplicateArray(outer.get()));
-    EXPECT_TRUE(copy);
-    EXPECT_EQ(qxLiveArrayCount() - liveBefore_, 600002U);
-    EXPECT_FALSE(qxSerialize(outer.get()));
-    EXPECT_NE(qxToText(outer.get()), "");
 }
 
 TEST_F(Copies, MayBeMadeAndEndedOnSeveralThreads) {

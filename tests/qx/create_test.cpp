@@ -1,6 +1,6 @@
-#include <limits>
-
 #include "support.h"
+
+#include <limits>
 
 namespace {
 
@@ -78,6 +78,23 @@ INSTANTIATE_TEST_SUITE_P(
                     ClassCase{qxOBJECT_CLASS, 0, false, "object"},
                     ClassCase{static_cast<qxClassID>(-1), 0, false, "unknown"},
                     ClassCase{static_cast<qxClassID>(19), 0, false, "unknown"}));
+
+TEST_F(Creation, HasAsManyDimensionsAsJavaArraysCan) {
+    const Extents ones(256, 1);
+    const char* name = "a";
+    for (const std::uint32_t count : {255U, 256U}) {
+        const bool fits = count == 255;
+        const auto expectMade = [&](qxArray* array, const char* what) {
+            const qxArrayOwner made(array);
+            EXPECT_EQ(made != nullptr, fits) << what << " of " << count << " dimensions";
+            EXPECT_NE(fits ? qxToText(array) : "none", "");
+        };
+        expectMade(qxCreateNumericArray(count, ones.data(), qxDOUBLE_CLASS, qxCOMPLEX), "numbers");
+        expectMade(qxCreateUninitNumericArray(count, ones.data(), qxUINT8_CLASS, qxREAL), "unset numbers");
+        expectMade(qxCreateCellArray(count, ones.data()), "cell");
+        expectMade(qxCreateStructArray(count, ones.data(), 1, &name), "struct");
+    }
+}
 
 TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     EXPECT_FALSE(doubles({kTooLong, 0}));

@@ -1,7 +1,7 @@
+#include "support.h"
+
 #include <algorithm>
 #include <limits>
-
-#include "support.h"
 
 namespace {
 

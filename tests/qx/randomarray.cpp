@@ -17,8 +17,8 @@ std::vector<std::uint32_t> randomExtents(Random& random) {
 }
 
 double randomNumber(Random& random) {
-    const double special[] = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan("1"), std::nan("2"), 1e-310};
-    return below(random, 8) == 0 ? special[below(random, 7)] : std::ldexp(static_cast<double>(random() % 1000), -4);
+    const double special[] = {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan(""), 1e-310};
+    return below(random, 8) == 0 ? special[below(random, 6)] : std::ldexp(static_cast<double>(random() % 1000), -4);
 }
 
 void fillPart(Random& random, qxClassID classId, void* part, std::size_t count, std::size_t elementSize) {
@@ -26,6 +26,9 @@ void fillPart(Random& random, qxClassID classId, void* part, std::size_t count, 
         std::uint64_t bits = random();
         if (classId == qxDOUBLE_CLASS) {
             const double number = randomNumber(random);
+            std::memcpy(&bits, &number, sizeof number);
+        } else if (classId == qxSINGLE_CLASS) {
+            const auto number = static_cast<float>(randomNumber(random));
             std::memcpy(&bits, &number, sizeof number);
         } else if (classId == qxLOGICAL_CLASS) {
             bits &= 1U;

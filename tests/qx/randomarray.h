@@ -1,8 +1,8 @@
 #pragma once
 
-#include <random>
-
 #include "qx/arrayowner.h"
+
+#include <random>
 
 using Random = std::mt19937_64;
 

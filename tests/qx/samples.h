@@ -1,9 +1,9 @@
 #pragma once
 
+#include "qx/arrayowner.h"
+
 #include <string>
 #include <vector>
-
-#include "qx/arrayowner.h"
 
 /// A small array of one kind and what another program must make of its serialised form, as JSON: class number, extents,
 /// and, by kind, "real", "imag", "columnStart", "rowIndex", "fields", "slots".

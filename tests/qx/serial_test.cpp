@@ -1,7 +1,10 @@
-#include <cmath>
-
 #include "randomarray.h"
 #include "support.h"
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <numeric>
 
 namespace {
 
@@ -94,16 +97,6 @@ TEST_F(SerialForm, RefusesSparseTablesThatDoNotFitTogether) {
     }
 }
 
-qxArrayOwner nestedCells(int depth) {
-    qxArrayOwner outer(qxCreateCellMatrix(1, 1));
-    for (int level = 1; level < depth; ++level) {
-        qxArrayOwner wrapping(qxCreateCellMatrix(1, 1));
-        qxSetCell(wrapping.get(), 0, outer.release());
-        outer = std::move(wrapping);
-    }
-    return outer;
-}
-
 /// [1, [1, [1, 1], [ … ]]] with `depth` cells around a null.
 std::vector<unsigned char> formOfNestedCells(int depth) {
     std::vector<unsigned char> form = {0x82, 0x01};
@@ -114,12 +107,67 @@ std::vector<unsigned char> formOfNestedCells(int depth) {
     return form;
 }
 
-TEST_F(SerialForm, NestsDownTo256Levels) {
-    EXPECT_FALSE(qxSerialize(nestedCells(257).get()));
-    EXPECT_EQ(formOfNestedCells(256), formOf(nestedCells(256).get()));
-    EXPECT_TRUE(arrayOf(formOfNestedCells(256)));
-    EXPECT_FALSE(arrayOf(formOfNestedCells(257)));
-    EXPECT_FALSE(arrayOf(formOfNestedCells(1000000)));
+TEST_F(SerialForm, NestsAsDeepAsJavaDoes) {
+    EXPECT_FALSE(qxSerialize(nestedCells(102).get()));
+    EXPECT_EQ(formOfNestedCells(101), formOf(nestedCells(101).get()));
+    EXPECT_TRUE(arrayOf(formOfNestedCells(101)));
+    EXPECT_FALSE(arrayOf(formOfNestedCells(102)));
+    const qxArrayOwner aroundHandle = nestedCells(100, qxArrayOwner(qxCreateFunctionHandle("f")));
+    EXPECT_TRUE(arrayOf(formOf(aroundHandle.get())));
+}
+
+/// 101 numbers of a class, the last part of them imaginary, with NaNs of the given bits among them: dense, or stored in
+/// a sparse matrix.
+template <typename Element, typename Bits>
+qxArrayOwner withNaNs(qxArrayOwner array, Bits bits) {
+    for (void* part : {array->realData(), array->imagData()}) {
+        for (std::size_t i = 0; part != nullptr && i < 101; ++i) {
+            const auto number = static_cast<Element>(i);
+            std::memcpy(static_cast<Element*>(part) + i, i % 25 == 0 ? static_cast<const void*>(&bits) : &number,
+                        sizeof number);
+        }
+    }
+    return array;
+}
+
+qxArrayOwner fullColumn() {
+    qxArrayOwner array(qxCreateSparse(101, 1, 101, qxCOMPLEX));
+    std::iota(array->rowIndexTable(), array->rowIndexTable() + 101, 0U);
+    array->columnStartTable()[1] = 101;
+    return array;
+}
+
+TEST_F(SerialForm, HoldsOneNaN) {
+    constexpr std::uint64_t doubleNaN = 0x7FF8000000000000;
+    constexpr std::uint32_t singleNaN = 0x7FC00000;
+    const std::uint64_t others[] = {0xFFF8000000000000, 0x7FF8000000000001, 0x7FFFFFFFFFFFFFFF, 0xFFF0000000000001};
+    const auto doubles = [](std::uint64_t bits) {
+        return withNaNs<double>(qxArrayOwner(qxCreateDoubleMatrix(1, 101, qxCOMPLEX)), bits);
+    };
+    const auto singles = [](std::uint64_t bits) {
+        qxArrayOwner array(qxCreateNumericMatrix(1, 101, qxSINGLE_CLASS, qxCOMPLEX));
+        const auto low = static_cast<std::uint32_t>((bits & 0x3FFFFFU) | (bits >> 63U << 31U));
+        return withNaNs<float>(std::move(array), singleNaN | low);
+    };
+    const auto sparse = [](std::uint64_t bits) { return withNaNs<double>(fullColumn(), bits); };
+    const auto nested = [&](std::uint64_t bits) { return nestedCells(2, doubles(bits)); };
+    const std::function<qxArrayOwner(std::uint64_t)> makers[] = {doubles, singles, sparse, nested};
+    for (const auto& make : makers) {
+        const qxArrayOwner canonical = make(doubleNaN);
+        const auto form = formOf(canonical.get());
+        EXPECT_TRUE(areSame(arrayOf(form).get(), canonical.get()));
+        for (const std::uint64_t bits : others) {
+            EXPECT_EQ(formOf(make(bits).get()), form) << std::hex << bits;
+        }
+    }
+}
+
+TEST_F(SerialForm, LetsANaNKeepItsBitsWhenItIsRead) {
+    auto form = formOf(rowOf({std::numeric_limits<double>::quiet_NaN()}).get());
+    form[form.size() - 8] = 0x2A;
+    const qxArrayOwner array = arrayOf(form);
+    ASSERT_TRUE(array);
+    EXPECT_EQ(std::memcmp(array->realData(), &form[form.size() - 8], 8), 0);
 }
 
 }  // namespace

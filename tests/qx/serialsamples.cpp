@@ -1,8 +1,8 @@
+#include "samples.h"
+
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-
-#include "samples.h"
 
 /// Writes NAME.cbor, the serialised form, and NAME.json, what it must say, for every sample into a folder.
 int main(int argc, char** argv) {

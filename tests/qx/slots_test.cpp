@@ -89,6 +89,18 @@ TEST_F(Slots, OfAStructLieFieldByField) {
     EXPECT_EQ(numberIn(qxGetField(array.get(), 1, "c")), 7);
 }
 
+TEST_F(Slots, AreNoDataInAStructWithElementsAndNoFields) {
+    const qxArrayOwner array(qxCreateStructMatrix(1, 2, 0, nullptr));
+    ASSERT_TRUE(array);
+    EXPECT_EQ(array->realData(), nullptr);
+    EXPECT_EQ(qxArrayOwner(qxDuplicateArray(array.get()))->realData(), nullptr);
+    EXPECT_EQ(arrayOf(formOf(array.get()))->realData(), nullptr);
+    EXPECT_NE(qxArrayOwner(qxCreateStructMatrix(0, 2, 0, nullptr))->realData(), nullptr);
+    EXPECT_EQ(qxAddField(array.get(), "a"), 0);
+    qxSetCell(array.get(), 1, qxCreateDoubleScalar(7));
+    EXPECT_EQ(numberIn(qxGetField(array.get(), 1, "a")), 7);
+}
+
 TEST_F(Slots, OfAStructTakeOnlyProperNames) {
     const char* twice[] = {"a", "a"};
     const char* missing[] = {"a", nullptr};

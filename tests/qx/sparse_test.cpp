@@ -1,7 +1,7 @@
-#include <cmath>
-
 #include "randomarray.h"
 #include "support.h"
+
+#include <cmath>
 
 namespace {
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "qx/arrayowner.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <initializer_list>
 #include <string>
 #include <vector>
-
-#include "qx/arrayowner.h"
 
 /// Every test leaves as many arrays alive as it found.
 class QxTest : public testing::Test {
@@ -43,6 +43,16 @@ inline qxArrayOwner rowOf(std::initializer_list<double> elements) {
 
 inline std::vector<std::uint32_t> extentsOf(const qxArray* array) {
     return {array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions()};
+}
+
+/// `depth` cells in one another around an array.
+inline qxArrayOwner nestedCells(int depth, qxArrayOwner inner = nullptr) {
+    for (int level = 0; level < depth; ++level) {
+        qxArrayOwner wrapping(qxCreateCellMatrix(1, 1));
+        qxSetCell(wrapping.get(), 0, inner.release());
+        inner = std::move(wrapping);
+    }
+    return inner;
 }
 
 /// The serialised form as plain bytes; empty when there is none.

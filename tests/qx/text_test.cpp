@@ -1,6 +1,6 @@
-#include <cmath>
-
 #include "support.h"
+
+#include <cmath>
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "files.h"
 #include "values.h"
 
-#include "qx/unicode.h"
+#include "text/unicode.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/archive/archive.h"
 #include "vrlkrt/vrlkrt.h"
@@ -96,7 +96,7 @@ void show(const std::vector<qxArrayOwner>& results) {
             continue;
         }
         // The display is modified UTF-8, which a terminal does not know.
-        const std::string text = qx::utf8FromUtf16(qx::utf16FromUtf8(qxToText(results[i].get())));
+        const std::string text = text::utf8FromUtf16(text::utf16FromUtf8(qxToText(results[i].get())));
         std::cout << text << (text.empty() || text.back() != '\n' ? "\n" : "");
     }
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "qx/qx.h"
+
+#include <memory>
 
 /// Ends an array as qxDestroyArray does.
 struct qxArrayDeleter {

@@ -15,11 +15,11 @@
 ///
 /// Every array that a function here returns belongs to the caller, who ends it with qxDestroyArray, except
 /// where it says "borrowed". Nothing here knows Java. Functions that make an array return null when it
-/// can't be made and never throw; an array is not protected against concurrent use.
+/// can't be made, for lack of memory too. Nothing throws but where it says so; an array is not protected against
+/// concurrent use.
 
 #include <cstddef>
 #include <cstdint>
-
 #include <string>
 
 enum qxClassID : int {
@@ -47,6 +47,9 @@ enum qxComplexity : int { qxREAL = 0, qxCOMPLEX = 1 };
 
 /// Who ends an array that nobody ended: nobody (free-standing), or the component call that made it.
 enum qxVariableScope : int { qxFREE_SCOPE = 0, qxCALL_SCOPE = 1 };
+
+/// What new memory holds: zeros, or anything, for whoever writes all of it at once.
+enum class qxContents { zeros, unset };
 
 constexpr std::uint32_t qxSPARSE_FLAG = 0x20;
 constexpr std::uint32_t qxCOMPLEX_FLAG = 0x200;
@@ -107,8 +110,8 @@ private:
     std::uint32_t inlineDimensions_[4] = {};
 };
 
-// ---- Making arrays. Null for an extent above 2^31-1, a dense array of more than 2^32-1 elements, or more
-// bytes than can be had. Numbers start at zero, cell and struct slots at null.
+// ---- Making arrays. Null for more than 255 dimensions, an extent above 2^31-1, a dense array of more than 2^32-1
+// elements, or more bytes than can be had. Numbers start at zero, cell and struct slots at null.
 
 /// Dense numeric, logical or char array. Dimensions are kept as given, trailing ones too; no dimension at
 /// all gives 0-by-0, one dimension n gives n-by-1. Logical and char arrays get no imaginary block; a complex
@@ -131,7 +134,8 @@ qxArray* qxCreateStringUtf16(const char16_t* units, std::size_t count);
 
 qxArray* qxCreateCellArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions);
 qxArray* qxCreateCellMatrix(std::uint32_t rows, std::uint32_t columns);
-/// Field names are not empty and not the same twice; otherwise the result is null.
+/// Field names are not empty and not the same twice; otherwise the result is null. With elements and without fields the
+/// array has no data: its real data pointer is null.
 qxArray* qxCreateStructArray(std::uint32_t dimensionCount, const std::uint32_t* dimensions, std::uint32_t fieldCount,
                              const char** fieldNames);
 qxArray* qxCreateStructMatrix(std::uint32_t rows, std::uint32_t columns, std::uint32_t fieldCount,
@@ -144,7 +148,7 @@ qxArray* qxCreateSparseLogicalMatrix(std::int64_t rows, std::int64_t columns, st
 
 /// Function handle: class 16, 1-by-1, whose slot 0 holds the function's name as a char row.
 qxArray* qxCreateFunctionHandle(const char* name);
-/// Name of a function handle as UTF-8; empty for any other array.
+/// Name of a function handle as UTF-8; empty for any other array. Throws std::bad_alloc.
 std::string qxGetFunctionName(const qxArray* array);
 
 /// Opaque value: class 17, 1-by-1, owning `payload`, which `destroy` ends with the last header over it.
@@ -226,7 +230,8 @@ std::size_t qxGetElementSize(const qxArray* array);
 bool qxIsSparse(const qxArray* array);
 /// The complex flag is set and there is an imaginary block.
 bool qxIsComplex(const qxArray* array);
-/// A char array's units in storage order as UTF-8, lone surrogates replaced; empty for any other class.
+/// A char array's units in storage order as UTF-8, lone surrogates replaced; empty for any other class. Throws
+/// std::bad_alloc, since an empty text would be another one.
 std::string qxGetString(const qxArray* array);
 
 // ---- Cells and structs
@@ -282,11 +287,13 @@ bool qxIsNaN(double value);
 
 // ---- Serialised form and display
 
-/// The array as a new 1-by-n uint8 array of deterministic CBOR: equal arrays give equal bytes. Null when
-/// the array can't be written (an opaque value, arrays nested more than 256 deep, sparse tables that don't fit
-/// together, a form of more than 2^31-1 bytes) or memory runs out.
+/// The array as a new 1-by-n uint8 array of deterministic CBOR: equal arrays give equal bytes, and any NaN equals any
+/// other. Null when the array can't be written (an opaque value, arrays nested more than 101 deep, the outermost
+/// included and the name of a function handle not, sparse tables that don't fit together, a form of more than 2^31-1
+/// bytes) or memory runs out.
 qxArray* qxSerialize(const qxArray* array);
-/// The array behind such bytes; null unless every byte is as qxSerialize would have written it.
+/// The array behind such bytes; null unless every byte is as qxSerialize would have written it. Only a NaN may have
+/// other bits, which stay.
 qxArray* qxDeserialize(const void* bytes, std::size_t count);
 
 /// The array as the runtime displays it, lines ended by a line feed; modified UTF-8. Long output is cut, with a line

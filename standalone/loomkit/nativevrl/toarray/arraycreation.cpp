@@ -56,7 +56,7 @@ qxArray* createStructArray(const PlainExtents& extents, const std::vector<std::s
 
 /// Walks one part of the data into its block.
 template <typename Target>
-void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real, Contents contents) {
+void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real, qxContents contents) {
     jobject source = real ? initializer.real() : initializer.imaginary();
     if (source == nullptr || (!real && initializer.getComplexity() != qxCOMPLEX)) {
         return;
@@ -67,10 +67,10 @@ void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real, Conte
     }
     const LevelTable levels = buildLevelTable(initializer.getDimensions(), initializer.getNestingOrder());
     NestedStore<Target>(initializer.env(), Target::classId == qxCHAR_CLASS)
-        .store(block, levels, source, !qxIsEmpty(array), contents == Contents::kZeros);
+        .store(block, levels, source, !qxIsEmpty(array), contents == qxContents::zeros);
 }
 
-void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* array, Contents contents) {
+void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* array, qxContents contents) {
     const auto fillParts = [&](auto target) {
         fillPart<decltype(target)>(initializer, array, true, contents);
         fillPart<decltype(target)>(initializer, array, false, contents);
@@ -123,7 +123,7 @@ qxArray* passOn(JNVArrayInitializer& initializer) {
 
 }  // namespace
 
-qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier, Contents contents) {
+qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier, qxContents contents) {
     const qxComplexity complexity = specifier.hasComplexity() ? specifier.getComplexity() : qxREAL;
     const qxClassID classId = specifier.hasClassID() ? specifier.getClassID() : qxDOUBLE_CLASS;
     const std::vector<unsigned> native = nativeExtents(specifier);
@@ -134,7 +134,7 @@ qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& speci
     } else if (classId == qxSTRUCT_CLASS) {
         array = createStructArray(extents, specifier.fieldNames());
     } else {
-        const auto create = contents == Contents::kZeros ? qxCreateNumericArray : qxCreateUninitNumericArray;
+        const auto create = contents == qxContents::zeros ? qxCreateNumericArray : qxCreateUninitNumericArray;
         array = create(extents.count(), extents.data(), classId, complexity);
     }
     if (array == nullptr) {
@@ -153,7 +153,7 @@ qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initialize
         refuseType(env, initializer.imaginary() != nullptr ? initializer.imaginary() : real);
     }
     // Zeros in holes are cheaper to have from the start than to put there one by one.
-    const Contents contents = initializer.isBox() ? Contents::kUnset : Contents::kZeros;
+    const qxContents contents = initializer.isBox() ? qxContents::unset : qxContents::zeros;
     qxArrayOwner array(createArrayFromProperties(env, initializer, contents));
     if (!array) {
         raise(env, nvExceptionClass, "TAVRIX array creation failed");

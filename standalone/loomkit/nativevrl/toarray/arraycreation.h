@@ -7,14 +7,11 @@
 
 namespace nativevrl::JConvert {
 
-/// What the numbers of a new array are: zeros, or anything, when all of them are written next.
-enum class Contents { kZeros, kUnset };
-
 /// An array with the properties stated, its cells and fields absent: double and real where nothing is said, 0-by-0
 /// without dimensions, a row for one dimension. Free-standing, the caller's to end, never null: a refused creation
 /// raises java.lang.OutOfMemoryError and throws tether::OutOfMemoryException.
 qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier,
-                                   Contents contents = Contents::kZeros);
+                                   qxContents contents = qxContents::zeros);
 
 /// The array that the initializer's data and statements describe, filled; the caller's to end.
 qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initializer);
