@@ -66,27 +66,20 @@ constexpr qxClassID kClasses[] = {qxLOGICAL_CLASS, qxCHAR_CLASS,   qxDOUBLE_CLAS
                                   qxINT32_CLASS,   qxUINT32_CLASS, qxINT64_CLASS,  qxUINT64_CLASS};
 
 TEST_F(Conversion, CarriesSmallNumbersBetweenAllClasses) {
-    const qxArrayOwner source = rowOf({0, 1});
+    const qxArrayOwner source(qxCreateDoubleMatrix(1, 2, qxCOMPLEX));
+    realOf<double>(source)[1] = imagOf<double>(source)[0] = 1;
+    const qxArrayOwner real = rowOf({0, 1});
     for (const qxClassID from : kClasses) {
         for (const qxClassID to : kClasses) {
             const qxArrayOwner first(qxCreateConvertedCopy(source.get(), from));
             const qxArrayOwner second(qxCreateConvertedCopy(first.get(), to));
             const qxArrayOwner back(qxCreateConvertedCopy(second.get(), qxDOUBLE_CLASS));
-            ASSERT_TRUE(areSame(back.get(), source.get())) << from << " to " << to;
+            const auto hasNoImag = [](qxClassID id) { return id == qxLOGICAL_CLASS || id == qxCHAR_CLASS; };
+            const qxArray* expected = hasNoImag(from) || hasNoImag(to) ? real.get() : source.get();
+            ASSERT_TRUE(areSame(back.get(), expected)) << from << " to " << to;
             EXPECT_FALSE(qxSharesStorage(first.get(), second.get()));
         }
     }
-}
-
-TEST_F(Conversion, KeepsTheImaginaryPartWhereThereCanBeOne) {
-    const qxArrayOwner source(qxCreateDoubleMatrix(1, 2, qxCOMPLEX));
-    imagOf<double>(source)[1] = -7.6;
-    for (const qxClassID to : kClasses) {
-        const qxArrayOwner converted(qxCreateConvertedCopy(source.get(), to));
-        EXPECT_EQ(qxIsComplex(converted.get()), to != qxLOGICAL_CLASS && to != qxCHAR_CLASS) << to;
-    }
-    const qxArrayOwner small(qxCreateConvertedCopy(source.get(), qxINT8_CLASS));
-    EXPECT_EQ(imagOf<std::int8_t>(small)[1], -8);
 }
 
 /// A sparse matrix as a dense double model; the stored positions only.

@@ -12,46 +12,36 @@ TEST_F(Copies, ThatShareDataSeeEachOthersChanges) {
     const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
     ASSERT_TRUE(qxSharesStorage(first.get(), second.get()));
     realOf<double>(first)[1] = 20;
-    EXPECT_EQ(realOf<double>(second)[1], 20);
     void* moved = qxRealloc(first->realData(), 100000);
     qxSetData(first.get(), moved);
     EXPECT_EQ(second->realData(), moved);
     EXPECT_EQ(realOf<double>(second)[1], 20);
-}
 
-TEST_F(Copies, OfASparseArraySeeReplacedTables) {
-    const qxArrayOwner first(qxCreateSparse(5, 5, 1, qxREAL));
-    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
-    auto* rows = static_cast<std::uint32_t*>(qxRealloc(first->rowIndexTable(), 64 * sizeof(std::uint32_t)));
-    auto* starts = static_cast<std::uint32_t*>(qxRealloc(first->columnStartTable(), 64 * sizeof(std::uint32_t)));
-    qxSetIr(first.get(), rows);
-    qxSetJc(first.get(), starts);
-    qxSetNzmax(first.get(), 64);
-    EXPECT_EQ(second->rowIndexTable(), rows);
-    EXPECT_EQ(second->columnStartTable(), starts);
-    EXPECT_EQ(second->capacity(), 64U);
-}
-
-TEST_F(Copies, KeepTheComplexFlagPerHeader) {
-    const qxArrayOwner first = rowOf({1, 2});
-    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
-    qxSetImagData(first.get(), qxCalloc(2, sizeof(double)));
+    // The complex flag is each header's own.
+    qxSetImagData(first.get(), qxCalloc(3, sizeof(double)));
     EXPECT_TRUE(qxIsComplex(first.get()));
     EXPECT_FALSE(qxIsComplex(second.get()));
     EXPECT_EQ(second->imagData(), first->imagData());
     qxFree(first->imagData());
     qxSetImagData(first.get(), nullptr);
     EXPECT_FALSE(first->hasComplexFlag());
-}
 
-TEST_F(Copies, SeeFieldsThatAreAddedThroughAnother) {
+    const qxArrayOwner sparse(qxCreateSparse(5, 5, 1, qxREAL));
+    const qxArrayOwner shared(qxCreateSharedDataCopy(sparse.get()));
+    qxSetIr(sparse.get(), static_cast<std::uint32_t*>(qxRealloc(sparse->rowIndexTable(), 256)));
+    qxSetJc(sparse.get(), static_cast<std::uint32_t*>(qxRealloc(sparse->columnStartTable(), 256)));
+    qxSetNzmax(sparse.get(), 64);
+    EXPECT_EQ(shared->rowIndexTable(), sparse->rowIndexTable());
+    EXPECT_EQ(shared->columnStartTable(), sparse->columnStartTable());
+    EXPECT_EQ(shared->capacity(), 64U);
+
     const char* names[] = {"a"};
-    const qxArrayOwner first(qxCreateStructMatrix(1, 2, 1, names));
-    const qxArrayOwner second(qxCreateSharedDataCopy(first.get()));
-    qxSetCell(first.get(), 1, qxCreateDoubleScalar(5));
-    EXPECT_EQ(qxAddField(first.get(), "b"), 1);
-    EXPECT_EQ(second->get_number_of_struct_fields(), 2U);
-    EXPECT_EQ(qxGetField(second.get(), 1, "a"), qxGetCell(first.get(), 2));
+    const qxArrayOwner record(qxCreateStructMatrix(1, 2, 1, names));
+    const qxArrayOwner other(qxCreateSharedDataCopy(record.get()));
+    qxSetCell(record.get(), 1, qxCreateDoubleScalar(5));
+    EXPECT_EQ(qxAddField(record.get(), "b"), 1);
+    EXPECT_EQ(other->get_number_of_struct_fields(), 2U);
+    EXPECT_EQ(qxGetField(other.get(), 1, "a"), qxGetCell(record.get(), 2));
 }
 
 TEST_F(Copies, ThatAreDeepAreEqualAndApart) {

@@ -31,29 +31,23 @@ TEST_F(DamagedForm, IsRefusedOrExactForEveryChangeOfAByte) {
     }
 }
 
-TEST_F(DamagedForm, IsRefusedWhenCutOrPadded) {
-    for (const Sample& sample : makeSamples()) {
-        Bytes form = formOf(sample.array.get());
-        for (std::size_t length = 0; length < form.size(); ++length) {
-            EXPECT_FALSE(qxDeserialize(form.data(), length)) << sample.name << " cut to " << length;
-        }
-        form.push_back(0);
-        EXPECT_FALSE(arrayOf(form)) << sample.name << " with a byte behind it";
-    }
-}
-
-TEST_F(DamagedForm, IsRefusedOrExactAfterCutsOutOfTheMiddle) {
+TEST_F(DamagedForm, IsRefusedOrExactAfterCuts) {
     for (const Sample& sample : makeSamples()) {
         const Bytes form = formOf(sample.array.get());
         for (std::size_t from = 0; from < form.size(); ++from) {
-            for (std::size_t to = from + 1; to <= form.size(); ++to) {
+            EXPECT_FALSE(qxDeserialize(form.data(), from)) << sample.name << " cut to " << from;
+            for (std::size_t to = from + 1; to < form.size(); ++to) {
                 Bytes cut(form.begin(), form.begin() + static_cast<std::ptrdiff_t>(from));
                 cut.insert(cut.end(), form.begin() + static_cast<std::ptrdiff_t>(to), form.end());
                 expectRefusedOrExact(cut,
                                      sample.name + " without " + std::to_string(from) + " to " + std::to_string(to));
             }
         }
+        Bytes padded = form;
+        padded.push_back(0);
+        EXPECT_FALSE(arrayOf(padded)) << sample.name << " with a byte behind it";
     }
+    EXPECT_FALSE(qxDeserialize(nullptr, 5));
 }
 
 struct BadForm {
@@ -120,20 +114,6 @@ TEST_F(DamagedForm, IsRefusedWhereItBreaksARule) {
     for (const BadForm& bad : badForms) {
         EXPECT_FALSE(arrayOf(bad.bytes)) << bad.what;
     }
-}
-
-TEST_F(DamagedForm, OfRandomBytesIsRefusedOrExact) {
-    const auto seed = static_cast<std::uint32_t>(testing::UnitTest::GetInstance()->random_seed());
-    std::uint32_t state = seed * 2654435761U + 1;
-    for (int round = 0; round < 20000; ++round) {
-        Bytes bytes = {0x82, 0x01};
-        for (int i = 0; i < 24; ++i) {
-            state = state * 1664525U + 1013904223U;
-            bytes.push_back(static_cast<unsigned char>(state >> 24U));
-        }
-        expectRefusedOrExact(bytes, "round " + std::to_string(round));
-    }
-    EXPECT_FALSE(qxDeserialize(nullptr, 5));
 }
 
 }  // namespace

@@ -18,40 +18,25 @@ TEST_F(CallScope, EndsWhatIsLeftOverInIt) {
     EXPECT_EQ(qxLiveArrayCount(), liveBefore_);
 }
 
-TEST_F(CallScope, LetsGoOfWhatIsTakenOut) {
+TEST_F(CallScope, LetsGoOfWhatIsTakenOutOrPutIntoASlot) {
+    const char* names[] = {"f"};
+    qxArrayOwner parent(qxCreateStructMatrix(1, 1, 1, names));
     qxArrayOwner taken;
+    qxArray* given = qxCreateDoubleScalar(1);
     {
         const qxCallScope scope;
-        qxCreateDoubleScalar(1);
+        qxSetArrayScope(given, qxCALL_SCOPE);
+        qxSetArrayScope(given, qxCALL_SCOPE);
         taken.reset(qxCreateDoubleScalar(2));
         qxCreateDoubleScalar(3);
         qxSetArrayScope(taken.get(), qxFREE_SCOPE);
-    }
-    EXPECT_EQ(qxLiveArrayCount() - liveBefore_, 1U);
-    EXPECT_EQ(*realOf<double>(taken), 2);
-}
-
-TEST_F(CallScope, TakesInWhatIsGivenToIt) {
-    qxArray* made = qxCreateDoubleScalar(1);
-    {
-        const qxCallScope scope;
-        qxSetArrayScope(made, qxCALL_SCOPE);
-        qxSetArrayScope(made, qxCALL_SCOPE);
-    }
-    EXPECT_EQ(qxLiveArrayCount(), liveBefore_);
-    const qxArrayOwner outside(qxCreateDoubleScalar(2));
-    qxSetArrayScope(outside.get(), qxCALL_SCOPE);
-    EXPECT_EQ(qxLiveArrayCount() - liveBefore_, 1U);
-}
-
-TEST_F(CallScope, LeavesToASlotWhatWasPutThere) {
-    const char* names[] = {"f"};
-    qxArrayOwner parent(qxCreateStructMatrix(1, 1, 1, names));
-    {
-        const qxCallScope scope;
         qxSetCell(parent.get(), 0, qxCreateDoubleScalar(8));
     }
+    EXPECT_EQ(qxLiveArrayCount() - liveBefore_, 3U);
+    EXPECT_EQ(*realOf<double>(taken), 2);
     EXPECT_EQ(*static_cast<double*>(qxGetField(parent.get(), 0, "f")->realData()), 8);
+    qxSetArrayScope(taken.get(), qxCALL_SCOPE);
+    EXPECT_EQ(qxLiveArrayCount() - liveBefore_, 3U) << "there is no call";
 }
 
 TEST_F(CallScope, Nests) {

@@ -97,25 +97,6 @@ TEST_F(SerialForm, RefusesSparseTablesThatDoNotFitTogether) {
     }
 }
 
-/// [1, [1, [1, 1], [ … ]]] with `depth` cells around a null.
-std::vector<unsigned char> formOfNestedCells(int depth) {
-    std::vector<unsigned char> form = {0x82, 0x01};
-    for (int level = 0; level < depth; ++level) {
-        form.insert(form.end(), {0x83, 0x01, 0x82, 0x01, 0x01, 0x81});
-    }
-    form.push_back(0xF6);
-    return form;
-}
-
-TEST_F(SerialForm, NestsAsDeepAsJavaDoes) {
-    EXPECT_FALSE(qxSerialize(nestedCells(102).get()));
-    EXPECT_EQ(formOfNestedCells(101), formOf(nestedCells(101).get()));
-    EXPECT_TRUE(arrayOf(formOfNestedCells(101)));
-    EXPECT_FALSE(arrayOf(formOfNestedCells(102)));
-    const qxArrayOwner aroundHandle = nestedCells(100, qxArrayOwner(qxCreateFunctionHandle("f")));
-    EXPECT_TRUE(arrayOf(formOf(aroundHandle.get())));
-}
-
 /// 101 numbers of a class, the last part of them imaginary, with NaNs of the given bits among them: dense, or stored in
 /// a sparse matrix.
 template <typename Element, typename Bits>

@@ -29,43 +29,42 @@ void runOnSmallStack(std::function<void()> operation) {
     pthread_attr_destroy(&attributes);
 }
 
-TEST_F(SmallStack, HoldsEveryWalkOfANestedArray) {
-    for (const int depth : {100, 20000}) {
-        qxArrayOwner outer = nestedCells(depth, rowOf({1, 2}));
-        qxArrayOwner copy;
-        qxArrayOwner form;
-        qxArrayOwner back;
-        std::string text;
-        runOnSmallStack([&] {
-            copy.reset(qxDuplicateArray(outer.get()));
-            text = qxToText(outer.get());
-            form.reset(qxSerialize(outer.get()));
-            back.reset(form ? qxDeserialize(form->realData(), qxGetN(form.get())) : nullptr);
-        });
-        EXPECT_EQ(copy != nullptr, true);
-        EXPECT_NE(text, "");
-        EXPECT_EQ(form != nullptr, depth == 100);
-        EXPECT_EQ(back != nullptr, depth == 100);
-
-        // The innermost cell of a chain is given the chain: what it stores is a copy.
-        const qxArrayOwner innermost(qxCreateCellMatrix(1, 1));
-        qxArrayOwner chain = nestedCells(depth, qxArrayOwner(qxCreateSharedDataCopy(innermost.get())));
-        runOnSmallStack([&] {
-            qxSetCell(innermost.get(), 0, chain.release());
-            outer.reset();
-            copy.reset();
-        });
-        EXPECT_NE(qxGetCell(innermost.get(), 0), nullptr);
-    }
-}
-
-TEST_F(SmallStack, HoldsTheReadingOfDeepForms) {
+/// [1, [1, [1, 1], [ … ]]] with `depth` cells around a null.
+std::vector<unsigned char> formOfNestedCells(int depth) {
     std::vector<unsigned char> form = {0x82, 0x01};
-    for (int level = 0; level < 100000; ++level) {
+    for (int level = 0; level < depth; ++level) {
         form.insert(form.end(), {0x83, 0x01, 0x82, 0x01, 0x01, 0x81});
     }
     form.push_back(0xF6);
-    runOnSmallStack([&] { EXPECT_FALSE(arrayOf(form)); });
+    return form;
+}
+
+TEST_F(SmallStack, HoldsFormsThatNestAsDeepAsJavaDoes) {
+    for (const int depth : {101, 102, 20000}) {
+        const bool fits = depth == 101;
+        const qxArrayOwner cells = nestedCells(depth);
+        const auto expected = formOfNestedCells(depth);
+        runOnSmallStack([&] {
+            EXPECT_EQ(formOf(cells.get()) == expected, fits) << depth;
+            EXPECT_EQ(arrayOf(expected) != nullptr, fits) << depth;
+        });
+    }
+    const qxArrayOwner aroundHandle = nestedCells(100, qxArrayOwner(qxCreateFunctionHandle("f")));
+    EXPECT_TRUE(arrayOf(formOf(aroundHandle.get())));
+}
+
+TEST_F(SmallStack, HoldsCopiesTextAndEndsOfChains) {
+    qxArrayOwner outer = nestedCells(20000, rowOf({1, 2}));
+    const qxArrayOwner innermost(qxCreateCellMatrix(1, 1));
+    qxArrayOwner chain = nestedCells(20000, qxArrayOwner(qxCreateSharedDataCopy(innermost.get())));
+    runOnSmallStack([&] {
+        EXPECT_TRUE(qxArrayOwner(qxDuplicateArray(outer.get())));
+        EXPECT_NE(qxToText(outer.get()), "");
+        outer.reset();
+        // The innermost cell of a chain is given the chain: what it stores is a copy.
+        qxSetCell(innermost.get(), 0, chain.release());
+    });
+    EXPECT_NE(qxGetCell(innermost.get(), 0), nullptr);
 }
 
 }  // namespace
