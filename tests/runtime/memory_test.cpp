@@ -237,6 +237,19 @@ TEST_F(WithoutMemory, AFailureIsToldWithTheLinesThatThereIsRoomFor) {
     }
 }
 
+TEST_F(WithoutMemory, TextForComponentsIsWholeOrNull) {
+    const qxArrayOwner greeting(text("a text that is too long for a string without a block"));
+    char* read = nullptr;
+    const auto check = [&](std::size_t refused) {
+        EXPECT_EQ(read == nullptr, refused != 0);
+        krtFreeText(read);
+    };
+    const auto refusal = loomkit::test::Refusal::once;
+    EXPECT_GT(loomkit::test::refuseEachBlock(
+                  refusal, [&] { read = krtText(greeting.get()); }, check),
+              1U);
+}
+
 TEST_F(WithoutMemory, PrintingNeverThrows) {
     const std::string text(100, 'x');
     int printed = 0;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 
 namespace {
 
@@ -67,8 +68,10 @@ double krtScalar(const qxArray* array) {
     return firstElement(qxGetClassID(array), array->realData());
 }
 
-char* krtText(const qxArray* array) {
+char* krtText(const qxArray* array) try {
     return krtClassOf(array) == qxCHAR_CLASS ? strdup(qxGetString(array).c_str()) : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 void krtFreeText(char* text) { std::free(text); }

@@ -110,7 +110,7 @@ size_t krtColumns(const qxArray* array);
 double* krtDoubles(const qxArray* array);
 /* First element of a numeric or logical array as a double; NaN when there is none. */
 double krtScalar(const qxArray* array);
-/* A char array as UTF-8 with a NUL, freed with krtFreeText; null when it is none. */
+/* A char array as UTF-8 with a NUL, freed with krtFreeText; null when it is none, or memory runs out. */
 char* krtText(const qxArray* array);
 void krtFreeText(char* text);
 qxArray* krtMakeDoubleMatrix(size_t rows, size_t columns);
