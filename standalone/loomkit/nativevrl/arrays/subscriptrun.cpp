@@ -2,11 +2,11 @@
 
 #include "boundary/arrayparts.h"
 #include "boundary/castguard.h"
-#include "layout/dimensionmaps.h"
 #include "proxies/jarrayproxy.h"
 
 #include <algorithm>
-#include <vector>
+#include <functional>
+#include <numeric>
 
 namespace nativevrl {
 
@@ -26,26 +26,17 @@ void fillColumns(const qxArray* array, jint* target) {
     }
 }
 
-/// Steps subscripts to the element that follows in storage.
-void stepOdometer(std::vector<std::uint32_t>& subscripts, const std::uint32_t* extents, std::uint32_t dimensionCount) {
-    const MDimensionNestingOrder order;
-    for (std::uint32_t i = 0; i < dimensionCount; ++i) {
-        const unsigned dimension = order.map(i);
-        if (subscripts[dimension] < extents[dimension]) {
-            ++subscripts[dimension];
-            return;
-        }
-        subscripts[dimension] = 1;
-    }
-}
-
+/// Each subscript stands for as many elements as there are along the dimensions before. A trailing dimension has an
+/// extent of 1.
 void fillDense(const qxArray* array, std::uint32_t dimension, jint* target, std::size_t count) {
-    // One entry more than there are dimensions: the trailing one, which stays 1.
-    const std::uint32_t dimensionCount = array->numberOfDimensions();
-    std::vector<std::uint32_t> subscripts(std::size_t{dimensionCount} + 1, 1);
-    for (jint* end = target + count; target != end; ++target) {
-        *target = static_cast<jint>(subscripts[dimension]);
-        stepOdometer(subscripts, array->get_dimensions(), dimensionCount);
+    const std::uint32_t* extents = array->get_dimensions();
+    const std::uint32_t extent = dimension < array->numberOfDimensions() ? extents[dimension] : 1;
+    const std::size_t stride =
+        std::accumulate(extents, extents + dimension, std::size_t{1}, std::multiplies<std::size_t>());
+    for (std::size_t at = 0; at < count;) {
+        for (std::uint32_t subscript = 1; subscript <= extent; ++subscript, at += stride) {
+            std::fill_n(target + at, stride, static_cast<jint>(subscript));
+        }
     }
 }
 

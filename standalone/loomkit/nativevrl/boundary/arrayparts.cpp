@@ -4,15 +4,6 @@
 
 namespace nativevrl {
 
-namespace {
-
-/// A struct array without fields has elements and no slot for any of them.
-bool isWithoutSlots(const qxArray* array) {
-    return classIdOf(array) == qxSTRUCT_CLASS && array->get_number_of_struct_fields() == 0;
-}
-
-}  // namespace
-
 std::vector<unsigned> extentsOf(const qxArray* array) {
     return {array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions()};
 }
@@ -25,7 +16,7 @@ void checkImaginaryAccess(JNIEnv* env, const qxArray* array, bool real) {
 }
 
 void requirePart(JNIEnv* env, const qxArray* array, bool real) {
-    if ((partOf(array, real) == nullptr || isWithoutSlots(array)) && storedElementCount(array) != 0) {
+    if (partOf(array, real) == nullptr && storedElementCount(array) != 0) {
         raise<tether::NullPointerException>(env, "java/lang/NullPointerException", "qxArray data is NULL");
     }
 }
