@@ -2,10 +2,14 @@
 #include "craftedzip.h"
 
 #include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/elfcheck.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <elf.h>
+
+#include <cstddef>
 #include <random>
 #include <utility>
 
@@ -179,13 +183,58 @@ TEST(ComponentArchive, IsRefusedWhereReadersCouldDiffer) {
     }
 }
 
+/// A library with another number at an offset of its headers.
+std::string library(std::size_t offset, std::uint64_t value, std::size_t width) {
+    return tinyLibrary().replace(offset, width, bytesOf(value, width));
+}
+
+TEST(ComponentArchive, HasWholeLibrariesOfTheirPlatform) {
+    constexpr std::size_t segment = sizeof(Elf64_Ehdr);
+    const std::string whole = readText(VERSION_1);
+    const std::pair<std::string, const char*> table[] = {
+        {whole, ""},
+        {tinyLibrary(), ""},
+        {"", "is no ELF file"},
+        {"#!/bin/sh", "is no ELF file"},
+        {CraftedComponent().zip(), "is no ELF file"},
+        {tinyLibrary().substr(0, 63), "is no ELF file"},
+        {tinyLibrary().substr(0, 119), "is cut short or damaged: its program headers lie past its end"},
+        {whole.substr(0, whole.size() / 2), "is cut short or damaged: its section headers lie past its end"},
+        {whole.substr(0, whole.size() - 1), "is cut short or damaged: its section headers lie past its end"},
+        {library(offsetof(Elf64_Ehdr, e_ident) + EI_CLASS, ELFCLASS32, 1), "was built for another platform"},
+        {library(offsetof(Elf64_Ehdr, e_ident) + EI_DATA, ELFDATA2MSB, 1), "was built for another platform"},
+        {library(offsetof(Elf64_Ehdr, e_machine), EM_MIPS, 2), "its machine is 8"},
+        {library(offsetof(Elf64_Ehdr, e_type), ET_REL, 2), "is no shared object: its type is 1"},
+        {library(offsetof(Elf64_Ehdr, e_phnum), 0, 2), "is damaged: it has no segments"},
+        {library(offsetof(Elf64_Ehdr, e_phnum), 2, 2), "its program headers lie past its end"},
+        {library(offsetof(Elf64_Ehdr, e_phoff), ~std::uint64_t{0}, 8), "its program headers lie past its end"},
+        {library(offsetof(Elf64_Ehdr, e_shoff), ~std::uint64_t{0}, 8), "its section headers lie past its end"},
+        {library(segment + offsetof(Elf64_Phdr, p_filesz), 121, 8), "a segment reaches past its end"},
+        {library(segment + offsetof(Elf64_Phdr, p_offset), ~std::uint64_t{0}, 8), "a segment reaches past its end"},
+        {library(segment + offsetof(Elf64_Phdr, p_memsz), 119, 8), "a segment reaches past its end"},
+        {library(segment + offsetof(Elf64_Phdr, p_type), PT_NOTE, 4), "is damaged: it has no segments"},
+    };
+    const TestFolder folder;
+    for (const auto& [content, problem] : table) {
+        CraftedComponent component;
+        component.files[0].content = content;
+        expectRefusal(component.zip(), problem);
+        writeText(folder / "x.so", content);
+        EXPECT_EQ(vrlkrt::elfProblemOfFile(folder / "x.so", vrlkrt::hostPlatform()),
+                  vrlkrt::elfProblem(content, vrlkrt::hostPlatform()));
+    }
+    EXPECT_EQ(vrlkrt::elfProblem("a library of another kind", "darwin-arm64"), "");
+    EXPECT_EQ(vrlkrt::elfProblem(tinyLibrary(), "linux-s390x"), "");
+}
+
 TEST(ComponentArchive, ReadsAGoodOne) {
     const CraftedComponent component;
     EXPECT_EQ(readingFailure(component.zip()), "");
     const vrlkrt::ComponentArchive archive = archiveOf(component.zip());
     EXPECT_EQ(archive.manifest().name, "sample");
     EXPECT_EQ(archive.digest(), vrlkrt::sha256Hex(component.zip()));
-    EXPECT_EQ(archive.files(), (std::map<std::string, std::uint64_t>{{"lib/x.so", 7}, {"data/table.txt", 5}}));
+    EXPECT_EQ(archive.files(),
+              (std::map<std::string, std::uint64_t>{{"lib/x.so", tinyLibrary().size()}, {"data/table.txt", 5}}));
 }
 
 TEST(ComponentArchive, HasLimits) {
@@ -203,10 +252,13 @@ TEST(ComponentArchive, HasLimits) {
     EXPECT_EQ(limited(&Limits::entries, 2), "The archive has more than the 2 entries that are allowed.");
     EXPECT_EQ(limited(&Limits::manifestBytes, manifestSize), "");
     EXPECT_NE(limited(&Limits::manifestBytes, manifestSize - 1).find("'component.json'"), std::string::npos);
-    EXPECT_EQ(limited(&Limits::fileBytes, 7), "");
-    EXPECT_EQ(limited(&Limits::fileBytes, 6), "Archive entry 'lib/x.so': it has 7 bytes, and 6 are allowed.");
-    EXPECT_EQ(limited(&Limits::totalBytes, manifestSize + 12), "");
-    EXPECT_NE(limited(&Limits::totalBytes, manifestSize + 11).find("'data/table.txt': with it"), std::string::npos);
+    const std::uint64_t librarySize = tinyLibrary().size();
+    EXPECT_EQ(limited(&Limits::fileBytes, librarySize), "");
+    EXPECT_NE(limited(&Limits::fileBytes, librarySize - 1).find("Archive entry 'lib/x.so': it has "),
+              std::string::npos);
+    EXPECT_EQ(limited(&Limits::totalBytes, manifestSize + librarySize + 5), "");
+    EXPECT_NE(limited(&Limits::totalBytes, manifestSize + librarySize + 4).find("'data/table.txt': with it"),
+              std::string::npos);
 }
 
 TEST(ComponentArchive, DamagedAtRandomIsRefusedOrReadsTheSame) {

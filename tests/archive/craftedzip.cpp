@@ -5,8 +5,10 @@
 
 #include "krt/component.h"
 
+#include <elf.h>
 #include <zlib.h>
 
+#include <cstring>
 #include <stdexcept>
 
 namespace {
@@ -72,6 +74,28 @@ std::string craftZip(const std::vector<CraftedEntry>& entries) {
     const std::string end = "PK\5\6" + bytesOf(0, 4) + bytesOf(entries.size(), 2) + bytesOf(entries.size(), 2) +
                             bytesOf(directory.size(), 4) + bytesOf(zip.size(), 4) + bytesOf(0, 2);
     return zip + directory + end;
+}
+
+std::string tinyLibrary() {
+    Elf64_Ehdr header{};
+    std::memcpy(header.e_ident, ELFMAG, SELFMAG);
+    header.e_ident[EI_CLASS] = ELFCLASS64;
+    header.e_ident[EI_DATA] = ELFDATA2LSB;
+    header.e_type = ET_DYN;
+#if defined(__aarch64__)
+    header.e_machine = EM_AARCH64;
+#else
+    header.e_machine = EM_X86_64;
+#endif
+    header.e_phoff = sizeof header;
+    header.e_phentsize = sizeof(Elf64_Phdr);
+    header.e_phnum = 1;
+    Elf64_Phdr segment{};
+    segment.p_type = PT_LOAD;
+    segment.p_filesz = sizeof header + sizeof segment;
+    segment.p_memsz = segment.p_filesz;
+    return std::string(reinterpret_cast<const char*>(&header), sizeof header) +
+           std::string(reinterpret_cast<const char*>(&segment), sizeof segment);
 }
 
 std::string CraftedComponent::defaultManifest() const {

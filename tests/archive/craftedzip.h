@@ -33,12 +33,15 @@ std::string bytesOf(std::uint64_t value, std::size_t count);
 /// The zip file with other bytes at `offset` of the last of its records that starts with `signature`.
 std::string patched(std::string zip, const std::string& signature, std::size_t offset, const std::string& bytes);
 
+/// The least that passes for a shared object of this platform: headers, and nothing to run.
+std::string tinyLibrary();
+
 /// A valid component archive with these files besides component.json, the library "lib/x.so" with its one function
 /// among them. `manifest` replaces its component.json where it is not empty.
 struct CraftedComponent {
     std::string name = "sample";
     std::string function = "twice";
-    std::vector<CraftedEntry> files = {{"lib/x.so", "library"}, {"data/table.txt", "1 2 3"}};
+    std::vector<CraftedEntry> files = {{"lib/x.so", tinyLibrary()}, {"data/table.txt", "1 2 3"}};
     std::string manifest;
 
     std::string defaultManifest() const;

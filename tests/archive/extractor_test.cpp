@@ -54,6 +54,15 @@ TEST(Component, RunsTheVersionThatReplacedAnotherInItsFolder) {
     }
 }
 
+TEST(Component, IsRefusedWithALibraryThatIsCutShort) {
+    const TestFolder root;
+    writeText(root / "half.so", readText(VERSION_1).substr(0, 8000));
+    EXPECT_NE(failureOf([&] { versionIn(root / "c", (root / "half.so").c_str()); }).find("/lib/x.so is cut short"),
+              std::string::npos);
+    EXPECT_NE(failureOf([&] { versionIn(root / "c", LINALG_ARCHIVE); }).find("/lib/x.so is no ELF file"),
+              std::string::npos);
+}
+
 TEST(KpaExtractor, FailsWithoutAnArchive) {
     const auto failure = [](const vrlkrt::KpaExtractor& extractor) {
         return failureOf([&] { vrlMakeDirectoryExtractedComponentFactory(extractor, Path("/nowhere"))(); });

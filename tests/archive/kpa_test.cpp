@@ -1,10 +1,11 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
-#include "commandline.h"
 #include "componentrun.h"
+#include "elfsymbols.h"
 #include "files.h"
 #include "packing.h"
+#include "usageerror.h"
 #include "values.h"
 
 #include "vrlkrt/archive/digest.h"
@@ -66,7 +67,7 @@ Outcome kpaIn(const TestFolder& folder, const std::vector<std::string>& words, c
 constexpr const char* showcase = SHOWCASE_ARCHIVE;
 
 constexpr const char* authorManifest =
-    R"({"name": "sample", "version": "0.9", "functions": [{"name": "twice", "help": "doubles"}]})";
+    R"({"name": "sample", "version": "0.9", "functions": [{"name": "version", "help": "tells"}]})";
 
 /// An archive whose library is not the one of its manifest.
 std::string damagedArchive() {
@@ -80,7 +81,7 @@ std::string damagedArchive() {
 void writeComponent(const TestFolder& folder) {
     writeText(folder / "c/component.json", authorManifest);
     writeText(folder / "c/data/a.txt", "aaa");
-    writeText(folder / "x.so", "library");
+    writeText(folder / "x.so", readText(VERSION_1));
 }
 
 TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
@@ -102,15 +103,19 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
         const char* err;
         std::vector<std::string> words;
     } table[] = {
-        {2, "usage: kpa COMMAND", {}},
+        {2, "Usage: kpa [OPTIONS] SUBCOMMAND", {}},
         {2, "kpa: there is no command 'unpack'\nTry 'kpa --help'.\n", {"unpack"}},
-        {2, "kpa pack: the folder of the component is missing\nTry 'kpa pack --help'.\n", {"pack"}},
-        {2, "kpa pack: the option --output needs a value\n", {"pack", c, "-o"}},
-        {2, "kpa pack: the option --output is given twice\n", {"pack", c, "-o", o, "-o", o}},
-        {2, "kpa pack: there is no option --fast", {"pack", c, "--fast", "-o", o}},
+        {2, "kpa pack: FOLDER is required\nTry 'kpa pack --help'.\n", {"pack"}},
+        {2, "kpa pack: --output: 1 required FILE missing\n", {"pack", c, "-o"}},
+        {2, "kpa pack: --output: At Most 1 required but received 2\n", {"pack", c, "-o", o, "-o", o}},
+        {2, "kpa pack: The following argument was not expected: --fast\n", {"pack", c, "--fast", "-o", o}},
+        {2,
+         "kpa call: there is no option --fast; a value that starts with '-' goes after '--'\n",
+         {"call", showcase, "shout", "--fast"}},
+        {2, "kpa list: The following argument was not expected: more\n", {"list", showcase, "more"}},
         {2, "kpa pack: the platform 'linux' must have the form", {"pack", c, "-o", o, "--library=linux=x.so"}},
         {2, "kpa pack: there are two libraries for linux-x86_64\n", {"pack", c, "-o", o, library, absent}},
-        {2, "kpa call: --nargout takes a whole number from 0 to 1000", {"call", showcase, "same", "--nargout", "two"}},
+        {2, "kpa call: --nargout: Value two not in range 0 to 1000\n", {"call", showcase, "same", "--nargout", "two"}},
         {2, "row 2 of the matrix [1 2; 3] has 1 elements, and row 1 has 2", {"call", "x.kpa", "f", "[1 2; 3]"}},
         {2, "kpa call: 'x' in the matrix [1 x] is not a number\n", {"call", "x.kpa", "f", "[1 x]"}},
         {1, "kpa pack: there is no library for any platform", {"pack", c, "-o", o}},
@@ -145,7 +150,8 @@ TEST(KpaTool, HelpsForEachCommand) {
     for (const char* command : {"pack", "list", "verify", "call"}) {
         const Outcome outcome = kpaIn(folder, {command, "--help"});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-        EXPECT_EQ(outcome.out.rfind(std::string("usage: kpa ") + command, 0), 0U) << outcome.out;
+        EXPECT_NE(outcome.out.find(std::string("Usage: kpa ") + command + " [OPTIONS]"), std::string::npos)
+            << outcome.out;
         EXPECT_EQ(kpaIn(folder, {"help", command}).out, outcome.out);
     }
 }
@@ -158,11 +164,65 @@ TEST(KpaTool, PacksListsAndVerifies) {
     ASSERT_EQ(kpaIn(folder, {"pack", folder / "c", "-o", out, library}).exitCode, 0);
     const std::string bytes = readText(out);
     const Outcome listed = kpaIn(folder, {"list", out});
+    const std::string size = std::to_string(readText(VERSION_1).size());
     EXPECT_EQ(listed.out, "sample 0.9 (abi 1)\narchive sha256 " + vrlkrt::sha256Hex(bytes) +
-                              "\nfunctions:\n  twice  doubles\nlibraries:\n  " + vrlkrt::hostPlatform() + "  lib/" +
-                              vrlkrt::hostPlatform() + "/x.so\nfiles:\n           3  data/a.txt\n           7  lib/" +
-                              vrlkrt::hostPlatform() + "/x.so\n");
-    EXPECT_EQ(kpaIn(folder, {"verify", out}).out, out + ": whole (2 files, 10 bytes)\n");
+                              "\nfunctions:\n  version  tells\nlibraries:\n  " + vrlkrt::hostPlatform() + "  lib/" +
+                              vrlkrt::hostPlatform() + "/x.so\nfiles:\n           3  data/a.txt\n" +
+                              std::string(12 - size.size(), ' ') + size + "  lib/" + vrlkrt::hostPlatform() +
+                              "/x.so\n");
+    EXPECT_EQ(kpaIn(folder, {"verify", out}).out,
+              out + ": whole (2 files, " + std::to_string(3 + std::stoul(size)) + " bytes)\n");
+    EXPECT_EQ(kpaIn(folder, {"--version"}).out, "kpa " KPA_VERSION ", abi 1\n");
+}
+
+TEST(KpaTool, VerifiesThatLibrariesDefineTheFunctions) {
+    const TestFolder folder;
+    const struct {
+        const char* library;
+        std::vector<const char*> symbols;
+        const char* other;  ///< a platform that the library is for besides
+        std::vector<std::string> problems;
+    } table[] = {
+        {VERSION_1, {"version"}, "linux-s390x", {}},
+        {VERSION_1,
+         {"gone", "lost"},
+         "",
+         {"function gone has the symbol gone, which is no function of lib/x.so\n", "lost"}},
+        {VERSION_1, {"malloc"}, "", {"function malloc has the symbol malloc, which is no function of lib/x.so\n"}},
+        {VERSION_1, {"version", "krtPrint"}, "linux-s390x", {"krtPrint"}},
+        {BROKEN_UNDEFINED, {"version"}, "", {"can't be loaded", "undefined symbol: nobodyDefinesThis"}},
+        {BROKEN_CRASHING, {"version"}, "", {"lib/x.so ends the process that loads it: signal 6 (Aborted)\n"}},
+        {BROKEN_LEAVING, {"version"}, "", {"lib/x.so ends the process that loads it: exit code 0\n"}},
+    };
+    for (const auto& row : table) {
+        CraftedComponent component;
+        component.files = {{"lib/x.so", readText(row.library)}};
+        nlohmann::json manifest = nlohmann::json::parse(component.defaultManifest());
+        manifest["functions"].clear();
+        for (const char* symbol : row.symbols) {
+            manifest["functions"].push_back({{"name", symbol}, {"symbol", symbol}, {"help", ""}});
+        }
+        if (*row.other != '\0') {
+            manifest["libraries"][row.other] = "lib/x.so";
+        }
+        component.manifest = manifest.dump();
+        writeText(folder / "x.kpa", component.zip());
+        const Outcome outcome = kpaIn(folder, {"verify", folder / "x.kpa"});
+        EXPECT_EQ(outcome.exitCode, row.problems.empty() ? 0 : 1) << outcome.err;
+        for (const std::string& problem : row.problems) {
+            EXPECT_NE(outcome.err.find(problem), std::string::npos) << problem << "\nnot in " << outcome.err;
+        }
+    }
+}
+
+/// Of a library that this process can't load.
+TEST(KpaTool, FindsFunctionsInTheSymbolsOfALibrary) {
+    const std::string whole = readText(VERSION_1);
+    EXPECT_EQ(kpa::definedFunctions(whole).count("version"), 1U);
+    EXPECT_EQ(kpa::definedFunctions(whole).count("malloc"), 0U);
+    for (std::size_t length = 0; length < whole.size(); length += 61) {
+        EXPECT_EQ(kpa::definedFunctions(whole.substr(0, length)).count("version"), 0U) << length;
+    }
 }
 
 TEST(KpaTool, ShowsHarmlessText) {
@@ -233,7 +293,7 @@ TEST(Packing, GivesBackEveryFileThroughAnExtraction) {
     for (int round = 0; round < 10; ++round) {
         const TestFolder folder;
         writeText(folder / "c/component.json", authorManifest);
-        writeText(folder / "x.so", "library");
+        writeText(folder / "x.so", tinyLibrary());
         for (unsigned file = random() % 20; file > 0; --file) {
             std::string content(random() % 3 == 0 ? random() % 200000 : random() % 10, '\0');
             for (char& c : content) {
@@ -246,7 +306,7 @@ TEST(Packing, GivesBackEveryFileThroughAnExtraction) {
         const std::string bytes = kpa::packFolder(folder / "c", {{vrlkrt::hostPlatform(), folder / "x.so"}}, "");
         const vrlkrt::ComponentArchive archive = archiveOf(bytes);
         expected["component.json"] = archive.manifestBytes();
-        expected["lib/" + vrlkrt::hostPlatform() + "/x.so"] = "library";
+        expected["lib/" + vrlkrt::hostPlatform() + "/x.so"] = tinyLibrary();
         EXPECT_EQ(filesBelow(vrlkrt::placeInFolder(archive, folder / "out").folder), expected);
     }
 }
@@ -300,6 +360,10 @@ TEST(KpaTool, CallsFunctionsAndTellsTheirFailures) {
         return kpaIn(folder, words);
     };
     EXPECT_EQ(call({"shout", "hello"}).out, "HELLO\n");
+    EXPECT_EQ(call({"shout", "--", "--list"}).out, "--LIST\n");
+    EXPECT_EQ(call({"shout", "list"}).out, "LIST\n");
+    EXPECT_EQ(call({"increment", "--nargout=1", "-1e3"}).out, "-999\n");
+    EXPECT_EQ(call({"increment", "[1,2;3,4]"}).out, "2  3\n4  5\n");
     const Outcome fewer = call({"fewer", "--nargout", "2"});
     EXPECT_NE(fewer.out.find("result 2:\n(none)\n"), std::string::npos) << fewer.out;
     const Outcome failed = call({"fail_deep", "it broke"});

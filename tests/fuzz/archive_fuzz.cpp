@@ -50,6 +50,7 @@ void readAll(std::string bytes) {
         const vrlkrt::ComponentArchive archive(std::make_shared<const std::string>(std::move(bytes)), limits);
         CheckingSink sink(archive.manifest());
         archive.readFiles(sink);
+        archive.verify();
     } catch (const Norvane::vrl::vrlBaseException&) {
         return;
     }

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "files.h"
+#include "usageerror.h"
 #include "values.h"
 
 #include "text/unicode.h"
@@ -7,11 +8,13 @@
 #include "vrlkrt/archive/archive.h"
 #include "vrlkrt/vrlkrt.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace kpa {
@@ -65,24 +68,38 @@ private:
     void* handle_ = nullptr;
 };
 
-/// The number of results that the option asks for; without it 1, or 0 of a function that gives none.
-int nargoutOf(const CommandLine& line, const vrlkrt::Manifest& manifest) {
-    constexpr long most = 1000;
-    if (line.options.count("--nargout") == 0) {
-        for (const vrlComponentFunction& function : manifest.functions) {
-            if (function.name == line.operands[1]) {
-                return std::min(1, function.maximumOutputs.value_or(1));
-            }
+struct CallOptions {
+    std::string archive;
+    std::string function;
+    int nargout = -1;  ///< -1 where it is not given
+};
+
+/// The number of results to ask for; where none is given 1, or 0 of a function that gives none.
+int nargoutOf(const CallOptions& options, const vrlkrt::Manifest& manifest) {
+    if (options.nargout >= 0) {
+        return options.nargout;
+    }
+    for (const vrlComponentFunction& function : manifest.functions) {
+        if (function.name == options.function) {
+            return std::min(1, function.maximumOutputs.value_or(1));
         }
-        return 1;
     }
-    const std::string word = line.single("--nargout", "");
-    char* end = nullptr;
-    const long count = std::strtol(word.c_str(), &end, 10);
-    if (word.empty() || *end != '\0' || count < 0 || count > most) {
-        throw UsageError("--nargout takes a whole number from 0 to " + std::to_string(most) + ", not '" + word + "'");
+    return 1;
+}
+
+/// The inputs of a call. Words in front of the mark that start with '-' are numbers or nothing that the command knows.
+std::vector<qxArrayOwner> inputsOf(const std::vector<std::string>& words, const std::vector<std::string>& behindMark) {
+    std::vector<qxArrayOwner> inputs;
+    for (const std::string& word : words) {
+        if (word.size() > 1 && word.front() == '-' && !isNumber(word)) {
+            throw UsageError("there is no option " + word + "; a value that starts with '-' goes after '--'");
+        }
+        inputs.push_back(parseValue(word));
     }
-    return static_cast<int>(count);
+    for (const std::string& word : behindMark) {
+        inputs.push_back(parseValue(word));
+    }
+    return inputs;
 }
 
 void show(const std::vector<qxArrayOwner>& results) {
@@ -101,19 +118,40 @@ void show(const std::vector<qxArrayOwner>& results) {
     }
 }
 
-}  // namespace
-
-void runCall(const CommandLine& line) {
-    line.expectOperands(2, INT_MAX, {"the archive", "the function"});
-    std::vector<qxArrayOwner> inputs;
-    for (std::size_t i = 2; i < line.operands.size(); ++i) {
-        inputs.push_back(parseValue(line.operands[i]));
-    }
-    const auto bytes = std::make_shared<const std::string>(readArchiveFile(line.operands[0]));
-    const int nargout = nargoutOf(line, vrlkrt::ComponentArchive(bytes).manifest());
+void runCall(const CallOptions& options, const std::vector<qxArrayOwner>& inputs) {
+    const auto bytes = std::make_shared<const std::string>(readArchiveFile(options.archive));
+    const int nargout = nargoutOf(options, vrlkrt::ComponentArchive(bytes).manifest());
     const RunningRuntime runtime;
     Instance instance(*bytes);
-    show(instance.call(line.operands[1], nargout, inputs));
+    show(instance.call(options.function, nargout, inputs));
+}
+
+}  // namespace
+
+void addCall(CLI::App& tool, const std::vector<std::string>& behindMark) {
+    constexpr int mostResults = 1000;
+    auto options = std::make_shared<CallOptions>();
+    CLI::App* command = tool.add_subcommand("call", "run a function of a component: FILE.kpa FUNCTION [VALUE]...");
+    command->add_option("FILE.kpa", options->archive, "the archive")->required()->type_name("");
+    command->add_option("FUNCTION", options->function, "the function")->required()->type_name("");
+    command
+        ->add_option("--nargout", options->nargout,
+                     "how many results to ask for; 1 unless given, or 0 of a function that gives none")
+        ->check(CLI::Range(0, mostResults))
+        ->type_name("N");
+    // Values are what the command doesn't know: as operands of it, "[1 2]" would be taken for a list.
+    command->allow_extras();
+    command->footer(
+        "\nRuns a function and shows its results. What it prints goes to the standard output, its warnings to the\n"
+        "standard error. A VALUE is\n"
+        "  3.5   -1e3   Inf   2-1i     a number\n"
+        "  [1 2; 3 4]                  a matrix: elements apart by blanks or commas, rows by semicolons\n"
+        "  true   false                a logical\n"
+        "  @name                       a handle of a function of the component\n"
+        "  'text'   text               text; quoted where it would be a number otherwise\n"
+        "  --                          everything after it is a VALUE, also where it starts with '-'");
+    command->callback(
+        [options, command, &behindMark] { runCall(*options, inputsOf(command->remaining(), behindMark)); });
 }
 
 }  // namespace kpa

@@ -1,25 +1,20 @@
 #pragma once
 
-#include "commandline.h"
-
 #include <string>
 #include <vector>
 
+namespace CLI {
+class App;
+}
+
 namespace kpa {
 
-/// One command of the tool: `run` gets what stands after its name, writes results to the standard output, and
-/// throws UsageError for a wrong command line and another std::exception for what fails.
-struct Command {
-    const char* name;
-    const char* summary;  ///< one line for the list of commands
-    const char* help;     ///< the whole help text
-    std::vector<std::string> options;
-    void (*run)(const CommandLine& line);
-};
-
-void runPack(const CommandLine& line);
-void runList(const CommandLine& line);
-void runVerify(const CommandLine& line);
-void runCall(const CommandLine& line);
+/// Each declares one command of the tool and what runs it. A command writes its results to the standard output. It
+/// throws UsageError where words on the command line are wrong, and another std::exception for what fails.
+void addPack(CLI::App& tool);
+void addList(CLI::App& tool);
+void addVerify(CLI::App& tool);
+/// `behindMark` are the words behind "--", which the parser does not get to see; it lives as long as the tool does.
+void addCall(CLI::App& tool, const std::vector<std::string>& behindMark);
 
 }  // namespace kpa

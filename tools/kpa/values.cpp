@@ -1,6 +1,6 @@
 #include "values.h"
 
-#include "commandline.h"
+#include "usageerror.h"
 
 #include <algorithm>
 #include <complex>
@@ -114,6 +114,8 @@ bool isQuoted(const std::string& word) {
 }
 
 }  // namespace
+
+bool isNumber(const std::string& word) { return parseNumber(word).has_value(); }
 
 qxArrayOwner parseValue(const std::string& word) {
     if (word == "true" || word == "false") {

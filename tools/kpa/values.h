@@ -11,4 +11,7 @@ namespace kpa {
 /// text. Throws UsageError for a matrix without its end, with rows of different lengths or with what is no number.
 qxArrayOwner parseValue(const std::string& word);
 
+/// Whether parseValue takes the word for a number.
+bool isNumber(const std::string& word);
+
 }  // namespace kpa

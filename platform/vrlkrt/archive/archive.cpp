@@ -3,10 +3,12 @@
 #include "vrlkrt/archive/archivefailure.h"
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/elfcheck.h"
 #include "vrlkrt/archive/zipcontent.h"
 
 #include "krt/component.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vrlkrt {
@@ -19,11 +21,35 @@ void requireSize(const ZipEntry& entry, std::uint64_t limit) {
     }
 }
 
-class DroppingSink : public ArchiveSink {
+/// Keeps the libraries, to look at them when they are whole, and drops all other content.
+class CheckingSink : public ArchiveSink {
 public:
-    void beginFile(const std::string&) override {}
-    void data(const char*, std::size_t) override {}
-    void endFile() override {}
+    explicit CheckingSink(const Manifest& manifest) : libraries_(manifest.libraries) {}
+
+    void beginFile(const std::string& path) override {
+        path_ = path;
+        content_.clear();
+        isLibrary_ = std::any_of(libraries_.begin(), libraries_.end(), [&](const auto& l) { return l.second == path; });
+    }
+    void data(const char* bytes, std::size_t count) override {
+        if (isLibrary_) {
+            content_.append(bytes, count);
+        }
+    }
+    void endFile() override {
+        for (const auto& [platform, path] : libraries_) {
+            const std::string problem = path == path_ ? elfProblem(content_, platform) : "";
+            if (!problem.empty()) {
+                failEntry(path, "it is the library for " + platform + ", but " + problem);
+            }
+        }
+    }
+
+private:
+    const std::map<std::string, std::string>& libraries_;
+    std::string path_;
+    std::string content_;
+    bool isLibrary_ = false;
 };
 
 /// No file may stand where another one needs a folder.
@@ -140,7 +166,7 @@ void ComponentArchive::readFiles(ArchiveSink& sink) const {
 }
 
 void ComponentArchive::verify() const {
-    DroppingSink sink;
+    CheckingSink sink(manifest_);
     readFiles(sink);
 }
 

@@ -54,7 +54,8 @@ public:
 
     /// Unpacks every file but component.json into the sink, comparing sizes and digests on the way.
     void readFiles(ArchiveSink& sink) const;
-    /// Reads every file as readFiles does, for the checks alone.
+    /// Reads every file as readFiles does, for the checks alone, and refuses a library that is no shared object of its
+    /// platform or not a whole one.
     void verify() const;
 
 private:

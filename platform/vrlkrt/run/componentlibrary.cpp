@@ -1,5 +1,9 @@
 #include "vrlkrt/run/componentlibrary.h"
 
+#include "vrlkrt/archive/elfcheck.h"
+#include "vrlkrt/archive/manifest.h"
+#include "vrlkrt/archive/printable.h"
+
 #include "vrlbase/exceptions.h"
 
 #include <dlfcn.h>
@@ -78,12 +82,16 @@ bool isOwnFunction(void* library, void* address) {
 
 ComponentLibrary::ComponentLibrary(const std::string& component, const std::string& file,
                                    const std::optional<FileState>& state) {
+    const std::string words = "component " + component + ": the library " + printable(file);
+    if (const std::string problem = elfProblemOfFile(file, hostPlatform()); !problem.empty()) {
+        throw Norvane::vrl::vrlBaseException(words + " " + problem);
+    }
     requireUnchanged(component, file, state);
     library_.reset(mapFile(file));
     if (library_ == nullptr) {
         const char* reason = dlerror();
-        throw Norvane::vrl::vrlBaseException("component " + component + ": the library " + file +
-                                             " can't be loaded: " + (reason == nullptr ? "no reason given" : reason));
+        throw Norvane::vrl::vrlBaseException(
+            words + " can't be loaded: " + (reason == nullptr ? "no reason given" : printable(reason)));
     }
     requireUnchanged(component, file, state);
 }

@@ -14,7 +14,7 @@ namespace vrlkrt {
 class ComponentLibrary {
 public:
     /// Maps the file, which must be in `state` before and after, where that is given. Throws vrlBaseException that
-    /// names the component, the file and what the loader says.
+    /// names the component, the file and what is wrong with it, or what the loader says.
     ComponentLibrary(const std::string& component, const std::string& file,
                      const std::optional<FileState>& state = std::nullopt);
     /// Unmaps it, unless it is to stay.
