@@ -3,12 +3,15 @@
 #include "entry/showcase.h"
 #include "proxies/jclassproxy.h"
 #include "qx/arrayowner.h"
+#include "support/heapblocks.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
 #include <functional>
 #include <limits>
+#include <string>
 #include <type_traits>
+#include <typeinfo>
 
 namespace nativevrl::test {
 
@@ -53,14 +56,18 @@ private:
     int reads_ = 0;
 };
 
-constexpr int noFault = std::numeric_limits<int>::max();
+/// What a native meets: a JNI call that fails, or a block of the heap that is not to be had.
+enum class Fault { none, jniCall, heapBlock };
 
-/// Makes every JNI call of a native fail in turn. Afterwards the native has either done its work or left a Java
-/// exception and a neutral result, and no reference, pinned block or array is left over.
+/// Makes every JNI call and every block of the heap of a native fail in turn. Afterwards the native has either done its
+/// work or left a Java exception and a neutral result, and no reference, pinned block, array or block of the heap is
+/// left over.
 class FaultSweep : public ShowcaseTest {
 protected:
     void SetUp() override {
         ShowcaseTest::SetUp();
+        // Loads the class of the failures: what the machine's own code does for that is none of a native's doing.
+        newObject(env, "com/norvane/toolbox/loomkit/NVException", "(Ljava/lang/String;)V", {objectArgument(nullptr)});
         matrix_ = owned(qxCreateDoubleMatrix(2, 3, qxCOMPLEX));
         const char* fields[] = {"first", "second"};
         record_ = owned(qxCreateStructMatrix(1, 1, 2, fields));
@@ -96,12 +103,10 @@ protected:
         for (const Native& swept : natives) {
             SCOPED_TRACE(swept.name);
             right_ = {};
-            int n = noFault;
-            for (bool struck = true; struck && !HasFailure(); n = n == noFault ? 1 : n + 1) {
-                SCOPED_TRACE("failing call " + std::to_string(n));
-                struck = survives(swept, n) || n == noFault;
-            }
-            EXPECT_TRUE(n > 2 || HasFailure()) << "no call that can fail";
+            survives(swept, Fault::none, 0);
+            survives(swept, Fault::none, 0);
+            sweepWith(swept, Fault::jniCall);
+            sweepWith(swept, Fault::heapBlock);
         }
     }
 
@@ -114,6 +119,16 @@ protected:
     jobject scratch_ = nullptr;
 
 private:
+    void sweepWith(const Native& swept, Fault fault) {
+        bool struck = true;
+        // Behind the first hundreds, what fails is more of the same.
+        for (int n = 1; struck && !HasFailure(); n += 1 + n / 100) {
+            SCOPED_TRACE((fault == Fault::jniCall ? "failing call " : "refused block ") + std::to_string(n));
+            struck = survives(swept, fault, n);
+            EXPECT_TRUE(struck || n > 1 || fault == Fault::heapBlock) << "no call that can fail";
+        }
+    }
+
     /// A handle of an array that the fixture destroys.
     jobject owned(qxArray* array) {
         owners_.emplace_back(array);
@@ -131,7 +146,9 @@ private:
     /// Compares what was given with what the first call gave.
     void expectRight(Gives gives, jobject result) {
         if (gives == Gives::array || gives == Gives::edit) {
-            const qxArrayOwner form(qxSerialize(arrayIn(env, gives == Gives::edit ? scratch_ : result)));
+            const qxArray* array = arrayIn(env, gives == Gives::edit ? scratch_ : result);
+            ASSERT_NE(array, nullptr) << "a handle of nothing";
+            const qxArrayOwner form(qxSerialize(array));
             const std::string bytes(static_cast<const char*>(form->realData()), qxGetNumberOfElements(form.get()));
             right_.bytes = right_.bytes.empty() ? bytes : right_.bytes;
             EXPECT_EQ(bytes, right_.bytes);
@@ -154,9 +171,45 @@ private:
         }
     }
 
-    /// Calls a native as if nothing of the library had been used yet, with its n-th JNI call failing; false when it
-    /// makes fewer. A call without a fault comes first.
-    bool survives(const Native& swept, int n) {
+    /// Calls a native, whose n-th call or block fails; whether it came to that. What leaves it is told as a failure.
+    bool callWithFault(const Native& swept, Fault fault, int n, jobject& result) {
+        const Faults calls(env, fault == Fault::jniCall ? n : std::numeric_limits<int>::max());
+        const loomkit::test::HeapWatch blocks(fault == Fault::heapBlock ? static_cast<std::size_t>(n) : 0,
+                                              loomkit::test::Refusal::once);
+        try {
+            result = swept.call();
+        } catch (const std::exception& failure) {
+            const loomkit::test::HeapPause done;
+            ADD_FAILURE() << typeid(failure).name() << " left the native: " << failure.what();
+        }
+        return fault == Fault::jniCall ? calls.struck() : blocks.hasRefused();
+    }
+
+    /// Takes the exception that is pending; whether there was one. A native that lacks memory says so, or its runtime
+    /// does.
+    bool takeException(const Native& swept, Fault fault, bool struck) {
+        if (env->ExceptionCheck() == JNI_FALSE) {
+            return false;
+        }
+        if (!struck && swept.gives != Gives::failure) {
+            expectNoThrow(env);
+            return true;
+        }
+        jthrowable thrown = env->ExceptionOccurred();
+        env->ExceptionClear();
+        const std::string name = classNameOf(env, thrown);
+        env->DeleteLocalRef(thrown);
+        if (fault == Fault::heapBlock && swept.gives != Gives::failure) {
+            const bool isStated = name == "java/lang/OutOfMemoryError" || name == "java/lang/RuntimeException" ||
+                                  name == "com/norvane/toolbox/loomkit/NVException";
+            EXPECT_TRUE(isStated) << name;
+        }
+        return true;
+    }
+
+    /// Calls a native as if nothing of the library had been used yet, with its n-th JNI call or block failing; false
+    /// when it needs fewer. Two calls without a fault come first, and tell what is right.
+    bool survives(const Native& swept, Fault fault, int n) {
         disposeClassProxies(env);
         forgetStartup();
         const std::size_t arrays = qxLiveArrayCount();
@@ -165,39 +218,38 @@ private:
         const bool scratches = swept.gives == Gives::edit || swept.gives == Gives::end;
         scratch_ = scratches ? newHandle(env, qxDuplicateArray(arrayIn(env, original_))) : nullptr;
         const JniCounter counter(env);
+        const long blocksBefore = loomkit::test::heapBlocksHeld;
         jobject result = nullptr;
-        bool struck = false;
-        {
-            const Faults faults(env, n);
-            result = swept.call();
-            struck = faults.struck();
-        }
+        const bool struck = callWithFault(swept, fault, n, result);
         const int localReferences = counter.localReferences() - (result == nullptr ? 0 : 1);
-        right_.localReferences = n == noFault ? localReferences : right_.localReferences;
+        right_.localReferences = fault == Fault::none ? localReferences : right_.localReferences;
         EXPECT_LE(localReferences, right_.localReferences);
         EXPECT_EQ(counter.pinnedBlocks(), 0);
-        const bool thrown = env->ExceptionCheck() != JNI_FALSE;
-        if (!struck && swept.gives != Gives::failure) {
-            expectNoThrow(env);
-        }
-        env->ExceptionClear();
+        const bool thrown = takeException(swept, fault, struck);
         EXPECT_FALSE(thrown && result != nullptr) << "a result and an exception";
         EXPECT_TRUE(thrown || result != nullptr || swept.gives == Gives::nothing || scratches) << "neither of them";
-        if (!thrown) {
+        // An array that can't be made may also be a handle of nothing.
+        const bool isNothing = fault == Fault::heapBlock && struck && swept.gives == Gives::array &&
+                               result != nullptr && arrayIn(env, result) == nullptr;
+        if (!thrown && !isNothing) {
             expectRight(swept.gives, result);
         }
         release(swept.gives, result, thrown);
         swept.undo();
         disposeClassProxies(env);
+        const long blocks = loomkit::test::heapBlocksHeld - blocksBefore;
+        right_.blocks = fault == Fault::none ? blocks : right_.blocks;
+        EXPECT_LE(blocks, right_.blocks) << "blocks of the heap are left";
         EXPECT_EQ(kept.globalReferences(), 0);
         EXPECT_EQ(kept.weakReferences(), 0);
         EXPECT_EQ(qxLiveArrayCount(), arrays);
         return struck;
     }
 
-    /// What the call without a fault gave and left.
+    /// What the calls without a fault gave and left.
     struct Right {
         int localReferences = 0;
+        long blocks = 0;
         jobject object = nullptr;
         std::string bytes;
     } right_;

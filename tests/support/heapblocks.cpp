@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <new>
 #include <string_view>
+#include <utility>
 
 // The allocator below the functions that this file puts in front of it.
 #if defined(__SANITIZE_ADDRESS__)
@@ -34,6 +35,7 @@ namespace loomkit::test {
 
 thread_local std::size_t heapBlocksGiven = 0;
 thread_local std::size_t heapBytesGiven = 0;
+thread_local long heapBlocksHeld = 0;
 thread_local int heapBlocksLeft = -1;
 
 }  // namespace loomkit::test
@@ -65,7 +67,14 @@ void* newBlock(std::size_t size, const void* caller) noexcept {
     heapBlocksLeft -= heapBlocksLeft > 0 ? 1 : 0;
     ++heapBlocksGiven;
     heapBytesGiven += size;
-    return BELOW(malloc)(size == 0 ? 1 : size);
+    void* block = BELOW(malloc)(size == 0 ? 1 : size);
+    heapBlocksHeld += block == nullptr ? 0 : 1;
+    return block;
+}
+
+void endBlock(void* block) noexcept {
+    heapBlocksHeld -= block == nullptr ? 0 : 1;
+    std::free(block);
 }
 
 }  // namespace
@@ -79,6 +88,10 @@ HeapWatch::HeapWatch(std::size_t refusedBlock, Refusal refusal) noexcept
 }
 
 HeapWatch::~HeapWatch() { innermost = outer_; }
+
+HeapPause::HeapPause() noexcept : watch_(std::exchange(innermost, nullptr)) {}
+
+HeapPause::~HeapPause() { innermost = watch_; }
 
 void HeapWatch::findExemptCode() noexcept {
     const auto add = [](dl_phdr_info* object, std::size_t, void* self) {
@@ -124,9 +137,9 @@ bool HeapWatch::admit(const void* caller) noexcept {
     throw std::bad_alloc();
 }
 
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { endBlock(block); }
+[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept { endBlock(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { endBlock(block); }
 
 extern "C" {
 

@@ -12,6 +12,9 @@ namespace loomkit::test {
 extern thread_local std::size_t heapBlocksGiven;
 extern thread_local std::size_t heapBytesGiven;
 
+/// Blocks of operator new that this thread was given and has not ended; negative when it ends those of others.
+extern thread_local long heapBlocksHeld;
+
 /// How many more blocks of operator new this thread gets; any number while it is negative.
 extern thread_local int heapBlocksLeft;
 
@@ -51,6 +54,19 @@ private:
     std::size_t asked_ = 0;
     std::array<AddressRange, 64> exempt_{};
     std::size_t exemptCount_ = 0;
+};
+
+/// While it lives, no watch of the thread counts or refuses a block: for what runs inside of the watched code and is
+/// not the affair of the watch, such as a call into the virtual machine.
+class HeapPause {
+public:
+    HeapPause() noexcept;
+    ~HeapPause();
+    HeapPause(const HeapPause&) = delete;
+    HeapPause& operator=(const HeapPause&) = delete;
+
+private:
+    HeapWatch* watch_;
 };
 
 /// Runs `operation` again and again, with its first, its second, … block refused, until it runs undisturbed. Each time,

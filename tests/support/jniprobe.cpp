@@ -1,5 +1,7 @@
 #include "support/jniprobe.h"
 
+#include "support/heapblocks.h"
+
 #include <array>
 #include <type_traits>
 
@@ -46,6 +48,7 @@ template <typename Result, typename... Arguments, Result (JNICALL* Table::*Membe
 struct Watched<Member, Effect, Failure> {
     static Result JNICALL call(JNIEnv* env, Arguments... arguments) {
         static const JniFunction function{jniSlot(Member), Effect, Failure};
+        const loomkit::test::HeapPause inTheMachine;
         if (!JniDispatch::admit(function)) {
             return Result();
         }

@@ -5,7 +5,8 @@
 #include <cstddef>
 
 /// Eyes on the JNI calls of one thread: while a probe lives, the thread's environment has a function table that reports
-/// each call to all probes of the thread before it reaches the virtual machine.
+/// each call to all probes of the thread before it reaches the virtual machine. Blocks of the heap that are asked for
+/// inside a call are refused to nobody.
 namespace nativevrl::test {
 
 /// What a call does to what the caller owns.

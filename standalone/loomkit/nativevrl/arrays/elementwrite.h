@@ -81,7 +81,7 @@ void writeElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, const V&
 /// The same with the value of an object.
 template <typename JavaAddress>
 void writeElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, const jobject& value, bool real) {
-    guarded([&] { writeElement(env, handle, javaAddress, JObjectProxy(env, value), real); });
+    guarded(env, [&] { writeElement(env, handle, javaAddress, JObjectProxy(env, value), real); });
 }
 
 }  // namespace nativevrl

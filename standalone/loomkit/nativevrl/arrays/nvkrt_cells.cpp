@@ -47,7 +47,7 @@ void replaceSlot(JNIEnv* env, qxArray* array, std::size_t slot, qxArrayOwner ele
 }  // namespace
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetCell(JNIEnv* env, jclass, jobject handle, jint index) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const qxArray* array = openHandle(env, handle);
         checkSlot(env, array, index);
         return wrapSlot(env, qxGetCell(array, static_cast<std::size_t>(index)));
@@ -56,7 +56,7 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetCell(JNIEnv* env, j
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetCell(JNIEnv* env, jclass, jobject handle, jint index,
                                                                jobject value) {
-    guarded([&] {
+    guarded(env, [&] {
         qxArray* array = openHandle(env, handle);
         checkSlot(env, array, index);
         replaceSlot(env, array, static_cast<std::size_t>(index), elementFromJava(env, value));

@@ -40,7 +40,7 @@ void destroyPacked(jbyte* block, std::size_t bytes) {
 }  // namespace
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDestroyArray___3B(JNIEnv* env, jclass, jbyteArray block) {
-    guarded([&] {
+    guarded(env, [&] {
         if (block != nullptr) {
             JPrimitiveArrayProxy<jbyte> bytes(env, block);
             jbyte* elements = bytes.getElements();
@@ -51,22 +51,22 @@ void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDestroyArray___3B(JNIEnv*
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDestroyArray__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2(
     JNIEnv* env, jclass, jobject handle) {
-    guarded([&] { const qxArrayOwner ended(openHandle(env, handle)); });
+    guarded(env, [&] { const qxArrayOwner ended(openHandle(env, handle)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateEmptyArray(JNIEnv* env, jclass, jint classId) {
-    return guarded<jobject>(nullptr, [&] { return handOver(env, qxArrayOwner(createEmpty(classId))); });
+    return guarded<jobject>(env, nullptr, [&] { return handOver(env, qxArrayOwner(createEmpty(classId))); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSharedCopy(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const qxArray* source = openHandle(env, handle);
         return handOver(env, qxArrayOwner(source == nullptr ? nullptr : qxCreateSharedDataCopy(source)));
     });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDuplicateArray(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jobject>(nullptr, [&]() -> jobject {
+    return guarded<jobject>(env, nullptr, [&]() -> jobject {
         if (handle == nullptr) {
             return nullptr;
         }

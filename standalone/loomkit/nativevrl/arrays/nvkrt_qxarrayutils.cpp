@@ -21,7 +21,7 @@ namespace {
 /// The answer of `ask` about the array in a handle, or `ofNull`.
 template <typename Result, typename Ask>
 Result query(JNIEnv* env, jobject handle, Result ofNull, Ask&& ask) {
-    return guarded(Result{}, [&]() -> Result {
+    return guarded(env, Result{}, [&]() -> Result {
         const qxArray* array = openHandle(env, handle);
         return array == nullptr ? ofNull : ask(array);
     });
@@ -123,7 +123,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfElements(JNIEn
 }
 
 jintArray Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetDimensions(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jintArray>(nullptr, [&] { return extentsForJava(env, openHandle(env, handle)); });
+    return guarded<jintArray>(env, nullptr, [&] { return extentsForJava(env, openHandle(env, handle)); });
 }
 
 jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsSparse(JNIEnv* env, jclass, jobject handle) {
@@ -156,7 +156,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetNumberOfFields(JNIEnv*
 
 jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetFieldNumber(JNIEnv* env, jclass, jobject handle,
                                                                       jstring name) {
-    return guarded<jint>(0, [&] {
+    return guarded<jint>(env, 0, [&] {
         const qxArray* array = openHandle(env, handle);
         JStringProxy text(env, name);
         return fieldNumber(env, array, text);
@@ -164,11 +164,11 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetFieldNumber(JNIEnv* en
 }
 
 jobjectArray Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetFieldNames(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jobjectArray>(nullptr, [&] { return fieldNames(env, openHandle(env, handle)); });
+    return guarded<jobjectArray>(env, nullptr, [&] { return fieldNames(env, openHandle(env, handle)); });
 }
 
 jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetElementSize(JNIEnv* env, jclass, jint classId) {
-    return guarded<jint>(0, [&] {
+    return guarded<jint>(env, 0, [&] {
         return castGuarded(env, nvExceptionClass, "Element size is too big to fit inside Java int",
                            [&] { return boost::numeric_cast<jint>(elementSize(classId)); });
     });

@@ -99,11 +99,11 @@ jint hashOf(const qxArray* array) {
 }  // namespace
 
 jbyteArray Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSerialize(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jbyteArray>(nullptr, [&] { return serialise(env, openHandle(env, handle)); });
+    return guarded<jbyteArray>(env, nullptr, [&] { return serialise(env, openHandle(env, handle)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDeserialize(JNIEnv* env, jclass, jbyteArray bytes) {
-    return guarded<jobject>(nullptr, [&]() -> jobject {
+    return guarded<jobject>(env, nullptr, [&]() -> jobject {
         if (bytes == nullptr) {
             return nullptr;
         }
@@ -114,12 +114,12 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxDeserialize(JNIEnv* en
 
 jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCompareArray(JNIEnv* env, jclass, jobject first,
                                                                     jobject second) {
-    return guarded<jint>(0, [&] { return compareArrays(env, first, second); });
+    return guarded<jint>(env, 0, [&] { return compareArrays(env, first, second); });
 }
 
 jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsIdentical(JNIEnv* env, jclass, jobject first,
                                                                        jobject second) {
-    return guarded<jboolean>(JNI_FALSE, [&]() -> jboolean {
+    return guarded<jboolean>(env, JNI_FALSE, [&]() -> jboolean {
         if (first == nullptr || second == nullptr) {
             return first == second;
         }
@@ -128,5 +128,5 @@ jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxIsIdentical(JNIEnv* e
 }
 
 jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetHashValue(JNIEnv* env, jclass, jobject handle) {
-    return guarded<jint>(0, [&] { return hashOf(openHandle(env, handle)); });
+    return guarded<jint>(env, 0, [&] { return hashOf(openHandle(env, handle)); });
 }

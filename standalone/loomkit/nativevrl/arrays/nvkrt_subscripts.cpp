@@ -86,5 +86,5 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript
 
 jintArray Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetIndexArray(JNIEnv* env, jclass, jobject handle,
                                                                           jint dimension) {
-    return guarded<jintArray>(nullptr, [&] { return subscriptRun(env, openHandle(env, handle), dimension); });
+    return guarded<jintArray>(env, nullptr, [&] { return subscriptRun(env, openHandle(env, handle), dimension); });
 }

@@ -25,7 +25,7 @@ jobject storedRun(JNIEnv* env, const qxArray* array, bool real) {
 }  // namespace
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetData(JNIEnv* env, jclass, jobject handle, jboolean real) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const bool isReal = real != JNI_FALSE;
         const qxArray* array = openHandle(env, handle);
         checkImaginaryAccess(env, array, isReal);
@@ -35,7 +35,7 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetData(JNIEnv* env, j
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetData(JNIEnv* env, jclass, jobject handle, jobject data,
                                                                jboolean real) {
-    guarded([&] {
+    guarded(env, [&] {
         const bool isReal = real != JNI_FALSE;
         qxArray* array = openHandle(env, handle);
         checkImaginaryAccess(env, array, isReal);

@@ -46,7 +46,7 @@ const qxArray* openForObject(JNIEnv* env, jobject handle) {
 
 template <typename JavaAddress>
 jobject readObjectAt(JNIEnv* env, jobject handle, JavaAddress javaAddress, bool real) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const qxArray* array = openForObject(env, handle);
         auto address = addressOf(env, javaAddress);
         checkImaginaryAccess(env, array, real);

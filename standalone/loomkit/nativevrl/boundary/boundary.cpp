@@ -1,10 +1,20 @@
 #include "boundary/boundary.h"
 
+#include <string>
+
 namespace nativevrl {
 
-void throwRuntimeFailure(JNIEnv* env, std::string& prefix, const std::exception& failure) {
-    prefix += failure.what();
-    tether::throwNamedException(env, nvExceptionClass, prefix.c_str());
+void reportOutOfMemory(JNIEnv* env) noexcept {
+    try {
+        tether::throwNamedException(env, "java/lang/OutOfMemoryError");
+    } catch (const std::exception&) {
+        // What kept it from being raised is pending in its place.
+        return;
+    }
+}
+
+void throwRuntimeFailure(JNIEnv* env, const char* prefix, const std::exception& failure) {
+    tether::throwNamedException(env, nvExceptionClass, (std::string(prefix) + failure.what()).c_str());
 }
 
 }  // namespace nativevrl

@@ -3,7 +3,8 @@
 /// The line between Java and the library. A native method returns in one of two states: it finished and returned
 /// a value, or a Java exception is pending and it returned the neutral value of its type. How a native exception
 /// becomes a Java one is decided here and nowhere else: an export names one of these shapes and says what goes
-/// into it. Only the listed types are caught; anything else leaves the native frame.
+/// into it. Only the listed types are caught; anything else leaves the native frame. Memory that the library itself
+/// can't have is an OutOfMemoryError, whatever the shape.
 ///
 /// A plain forward, which nothing throws through, needs no shape.
 
@@ -14,48 +15,52 @@
 #include <boost/numeric/conversion/cast.hpp>
 
 #include <exception>
+#include <new>
 #include <stdexcept>
-#include <string>
 #include <utility>
 
 namespace nativevrl {
 
 constexpr const char* nvExceptionClass = "com/norvane/toolbox/loomkit/NVException";
 
+/// Raises java.lang.OutOfMemoryError, taking no native memory for it. An exception that is pending stands before it.
+void reportOutOfMemory(JNIEnv* env) noexcept;
+
 /// The shape of most natives: a tether::Exception ends the body, and the Java exception that is pending is the report.
 template <typename Result, typename Body>
-Result guarded(Result neutral, Body&& body) {
+Result guarded(JNIEnv* env, Result neutral, Body&& body) {
     try {
         return std::forward<Body>(body)();
     } catch (const tether::Exception&) {
+        return neutral;
+    } catch (const std::bad_alloc&) {
+        reportOutOfMemory(env);
         return neutral;
     }
 }
 
 /// The same for a native without a result.
 template <typename Body>
-void guarded(Body&& body) {
-    try {
+void guarded(JNIEnv* env, Body&& body) {
+    guarded(env, nullptr, [&] {
         std::forward<Body>(body)();
-    } catch (const tether::Exception&) {
-        return;
-    }
+        return nullptr;
+    });
 }
 
 /// Raises NVException with the prefix and the text of what the runtime threw.
-void throwRuntimeFailure(JNIEnv* env, std::string& prefix, const std::exception& failure);
+void throwRuntimeFailure(JNIEnv* env, const char* prefix, const std::exception& failure);
 
 /// The shape of natives that call the runtime: its two failures become an NVException with a message prefix.
 template <typename Result, typename Body>
 Result runtimeFacing(JNIEnv* env, const char* prefix, Result neutral, Body&& body) {
-    std::string message(prefix);
-    return guarded(neutral, [&]() -> Result {
+    return guarded(env, neutral, [&]() -> Result {
         try {
             return std::forward<Body>(body)();
         } catch (const Norvane::vrl::vrlBaseException& failure) {
-            throwRuntimeFailure(env, message, failure);
+            throwRuntimeFailure(env, prefix, failure);
         } catch (const Norvane::vrl::vrlInternalException& failure) {
-            throwRuntimeFailure(env, message, failure);
+            throwRuntimeFailure(env, prefix, failure);
         }
         return neutral;
     });
@@ -65,14 +70,13 @@ Result runtimeFacing(JNIEnv* env, const char* prefix, Result neutral, Body&& bod
 /// NVException with a message prefix.
 template <typename Body, typename Report>
 void evaluating(JNIEnv* env, const char* prefix, Body&& body, Report&& report) {
-    guarded([&] {
+    guarded(env, [&] {
         try {
             std::forward<Body>(body)();
         } catch (const Norvane::vrl::vrlBaseException& failure) {
             std::forward<Report>(report)(failure);
         } catch (const Norvane::vrl::vrlInternalException& failure) {
-            std::string message(prefix);
-            throwRuntimeFailure(env, message, failure);
+            throwRuntimeFailure(env, prefix, failure);
         }
     });
 }
@@ -91,7 +95,7 @@ void unreported(Body&& body) {
 /// The shape of natives that compute with subscripts, without a clause for casts of sizes.
 template <typename Result, typename Body>
 Result overflowGuarded(JNIEnv* env, Result neutral, Body&& body) {
-    return guarded(neutral, [&]() -> Result {
+    return guarded(env, neutral, [&]() -> Result {
         try {
             return std::forward<Body>(body)();
         } catch (const tether::Exception&) {

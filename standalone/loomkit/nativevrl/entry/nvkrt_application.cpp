@@ -33,7 +33,7 @@ jobject environmentValue(JNIEnv* env, jstring name) {
 
 jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeApplication(JNIEnv* env, jclass,
                                                                                   jobjectArray options) {
-    return guarded<jboolean>(JNI_FALSE, [&] {
+    return guarded<jboolean>(env, JNI_FALSE, [&] {
         configureRuntimeOnce(env);
         return startRuntime(env, options);
     });
@@ -77,7 +77,7 @@ jstring Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetLogFileName(JNIEnv
 // Under the long form of its name, which a virtual machine looks for when the plain one is not there.
 extern "C" JNIEXPORT jstring JNICALL
 Java_com_norvane_toolbox_loomkit_internal_NVKRT_getenv__Ljava_lang_String_2(JNIEnv* env, jclass, jstring name) {
-    return guarded<jstring>(nullptr, [&] { return static_cast<jstring>(environmentValue(env, name)); });
+    return guarded<jstring>(env, nullptr, [&] { return static_cast<jstring>(environmentValue(env, name)); });
 }
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlAddCanonicalPathMacro(JNIEnv* env, jclass, jstring first,

@@ -154,7 +154,7 @@ jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeComponentInstance(
     JNIEnv* env, jclass, jboolean useCache, jint, jstring componentText, jstring extractTo, jobject archive,
     jint length, jobject second, jobject first) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         configureRuntimeOnce(env);
         return runtimeFacing<jobject>(env, "An error occurred while initializing the component.\n", nullptr, [&] {
             return initializeInstance(env, {useCache, componentText, extractTo, archive, length, second, first});
@@ -178,5 +178,5 @@ void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlWaitForFiguresToDie(JNIE
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlGetActiveKRT(JNIEnv* env, jclass) {
-    return guarded<jobject>(nullptr, [&] { return NewJNativePtrProxy(env, vrlGetActiveHKRTINSTANCE()).detach(); });
+    return guarded<jobject>(env, nullptr, [&] { return NewJNativePtrProxy(env, vrlGetActiveHKRTINSTANCE()).detach(); });
 }

@@ -25,7 +25,7 @@ boost::shared_ptr<const char> charactersOf(JNIEnv* env, jstring string) {
 
 jclass Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(JNIEnv* env, jclass, jstring classPath,
                                                                    jstring libraryPath, jobject classLoader) {
-    return guarded<jclass>(nullptr, [&] {
+    return guarded<jclass>(env, nullptr, [&] {
         const boost::shared_ptr<const char> classPathCharacters = charactersOf(env, classPath);
         const boost::shared_ptr<const char> libraryPathCharacters = charactersOf(env, libraryPath);
         tether::GlobalRef<jclass> loaded =

@@ -71,26 +71,27 @@ qxArrayOwner createStruct(JNIEnv* env, jintArray dims, jobjectArray fieldNames) 
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateArray(JNIEnv* env, jclass, jintArray dims, jint classId,
                                                                       jint complexity) {
-    return guarded<jobject>(
-        nullptr, [&] { return handOver(env, createStated(env, dims, static_cast<qxClassID>(classId), complexity)); });
+    return guarded<jobject>(env, nullptr, [&] {
+        return handOver(env, createStated(env, dims, static_cast<qxClassID>(classId), complexity));
+    });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateNumericArray(JNIEnv* env, jclass, jintArray dims,
                                                                              jobject realData, jobject imagData,
                                                                              jint classId, jint complexity) {
     return guarded<jobject>(
-        nullptr, [&] { return handOver(env, createNumeric(env, dims, realData, imagData, classId, complexity)); });
+        env, nullptr, [&] { return handOver(env, createNumeric(env, dims, realData, imagData, classId, complexity)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateStructArray(JNIEnv* env, jclass, jintArray dims,
                                                                             jobjectArray fieldNames) {
-    return guarded<jobject>(nullptr, [&] { return handOver(env, createStruct(env, dims, fieldNames)); });
+    return guarded<jobject>(env, nullptr, [&] { return handOver(env, createStruct(env, dims, fieldNames)); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxObject2qxArray(JNIEnv* env, jclass, jobject realData,
                                                                          jobject imagData, jint classId,
                                                                          jint complexity) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
         return handOver(env, qxArrayOwner(convertObjectPair(env, real, imaginary, static_cast<qxClassID>(classId),

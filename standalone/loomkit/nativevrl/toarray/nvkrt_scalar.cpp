@@ -20,7 +20,7 @@ void storeScalar(qxArray* array, bool real, S value) {
 /// A class without elements of its own keeps what it was made with.
 template <typename S>
 jobject createScalar(JNIEnv* env, S real, S imaginary, jint classId, jint complexity) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         qxArray* array =
             qxCreateNumericMatrix(1, 1, static_cast<qxClassID>(classId), static_cast<qxComplexity>(complexity));
         if (array == nullptr) {

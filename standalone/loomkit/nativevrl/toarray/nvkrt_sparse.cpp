@@ -13,7 +13,7 @@ jobject
 Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(
     JNIEnv* env, jclass, jintArray rowIndex, jintArray colIndex, jobject realData, jobject imagData, jint rows,
     jint columns, jint nzmax, jint classId, jint complexity) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const SparseStatement stated{rows, columns, nzmax, static_cast<qxClassID>(classId),
                                      static_cast<qxComplexity>(complexity)};
         const JObjectProxy real(env, realData);
@@ -24,7 +24,7 @@ Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjav
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II(
     JNIEnv* env, jclass, jobject realData, jobject imagData, jint classId, jint complexity) {
-    return guarded<jobject>(nullptr, [&] {
+    return guarded<jobject>(env, nullptr, [&] {
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
         return handOver(env, qxArrayOwner(convertToSparse(env, real, imaginary, static_cast<qxClassID>(classId),

@@ -32,7 +32,7 @@ LevelTable levelsInForce(const qxArray* array) {
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArray2ObjectArray(JNIEnv* env, jclass, jobject handle,
                                                                             jboolean real) {
-    return guarded<jobject>(nullptr, [&]() -> jobject {
+    return guarded<jobject>(env, nullptr, [&]() -> jobject {
         const qxArray* array = openHandle(env, handle);
         checkImaginaryAccess(env, array, real != JNI_FALSE);
         const bool isReal = real == JNI_TRUE;

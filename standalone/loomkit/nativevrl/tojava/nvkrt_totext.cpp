@@ -42,7 +42,7 @@ jobject displayed(JNIEnv* env, const qxArray* array) {
 }  // namespace
 
 jstring Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxArrayToString(JNIEnv* env, jclass, jobject handle) {
-    return static_cast<jstring>(guarded<jobject>(nullptr, [&]() -> jobject {
+    return static_cast<jstring>(guarded<jobject>(env, nullptr, [&]() -> jobject {
         const qxArray* array = openHandle(env, handle);
         if (array == nullptr || qxIsEmpty(array)) {
             return NewJStringProxy(env, "[]").detach();

@@ -33,7 +33,7 @@ jobject buildRun(JNIEnv* env, const PartView<typename Leaf::Element>& part, std:
 template <typename Leaf>
 jobject nestedRead(JNIEnv* env, jobject handle, jboolean real) {
     using View = PartView<typename Leaf::Element>;
-    return guarded<jobject>(nullptr, [&]() -> jobject {
+    return guarded<jobject>(env, nullptr, [&]() -> jobject {
         const qxArray* array = openHandle(env, handle);
         const bool isReal = real != JNI_FALSE;
         checkImaginaryAccess(env, array, isReal);
@@ -56,7 +56,7 @@ jobject nestedRead(JNIEnv* env, jobject handle, jboolean real) {
 /// must not be null. Raises java.lang.UnsupportedOperationException for a class without numbers, truth values or text.
 template <typename Leaf>
 jobject flatRead(JNIEnv* env, jobject handle, jboolean real) {
-    return guarded<jobject>(nullptr, [&]() -> jobject {
+    return guarded<jobject>(env, nullptr, [&]() -> jobject {
         const qxArray* array = openHandle(env, handle);
         const bool isReal = real != JNI_FALSE;
         checkImaginaryAccess(env, array, isReal);
