@@ -34,8 +34,10 @@ add_jar(loomkit_java_tests
         ${package}/toolbox/loomkit/NVExceptionTest.java
         ${package}/toolbox/loomkit/NumericArrayTest.java
         ${package}/toolbox/loomkit/PrintingTest.java
+        ${package}/toolbox/loomkit/PublicApi.java
         ${package}/toolbox/loomkit/SerialFormTest.java
         ${package}/toolbox/loomkit/SparseArrayTest.java
+        ${package}/toolbox/loomkit/StackEndTest.java
         ${package}/toolbox/loomkit/TestComponents.java
         ${package}/toolbox/loomkit/TextAndLogicalTest.java
         ${package}/toolbox/loomkit/internal/NativeBundleTest.java

@@ -45,7 +45,7 @@ final class Arguments implements AutoCloseable {
     }
 
     private void hold(NVBuiltinArray array) {
-        ValueTree.checkLevels(Slots.levels(array));
+        ValueTree.checkLevels(Nesting.levels(array));
         array.handle().acquire();
         held.add(array);
         if (array.tree() != null) {

@@ -8,7 +8,10 @@ import com.norvane.toolbox.loomkit.internal.NVKRT;
  */
 final class FormSize {
     private static final long MOST_BYTES = Integer.MAX_VALUE;
-    private static final int MOST_LEVELS = 256;
+
+    /** Cells and structs, and what the innermost of them holds; the name of a function handle is not counted. */
+    private static final int MOST_LEVELS = ValueTree.MAX_LEVELS + 1;
+
     private static final int TAG = 2;
 
     private final ClassId classId;
@@ -48,7 +51,7 @@ final class FormSize {
 
     private void add(NVBuiltinArray array, int level) {
         if (level > MOST_LEVELS) {
-            obstacle = "is nested more than " + MOST_LEVELS + " levels deep";
+            obstacle = "is nested more than " + ValueTree.MAX_LEVELS + " levels deep";
         }
         if (array.classId() == ClassId.OPAQUE || array.classId() == ClassId.OBJECT) {
             obstacle = "is a value that only native code can look into";
@@ -101,9 +104,9 @@ final class FormSize {
     }
 
     private void addSlot(NVBuiltinArray array, int slot, int level) {
-        try (NVArray element = Slots.at(array, slot)) {
+        try (NVArray element = Nesting.elementAt(array, slot)) {
             if (element instanceof NVBuiltinArray) {
-                add((NVBuiltinArray) element, level + 1);
+                add((NVBuiltinArray) element, array.classId().isCompound() ? level + 1 : level);
             } else {
                 obstacle = "holds a Java object";
             }

@@ -116,7 +116,7 @@ final class JavaData implements AutoCloseable {
 
         /** The copy is nobody else's to close, change or nest while native code reads it. */
         private Copied copyArray(NVBuiltinArray array) {
-            int levels = Slots.levels(array);
+            int levels = Nesting.levels(array);
             ValueTree.checkLevels(levels);
             NVBuiltinArray copy = array.duplicate();
             copies.add(copy);

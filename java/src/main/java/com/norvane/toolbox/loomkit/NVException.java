@@ -27,6 +27,7 @@ public class NVException extends RuntimeException {
     /** One line for each function that was running, innermost first. */
     private final ArrayList<String> nativeStack;
 
+    /** What callers can tell failures apart by, empty where the function gave none. */
     private final String identifier;
 
     /** A failure without a message. Raised by native code. */
