@@ -1,5 +1,6 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
+#include "processes.h"
 
 #include "krt/component.h"
 #include "qx/arrayowner.h"
@@ -8,8 +9,17 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -61,6 +71,58 @@ TEST(Component, IsRefusedWithALibraryThatIsCutShort) {
               std::string::npos);
     EXPECT_NE(failureOf([&] { versionIn(root / "c", LINALG_ARCHIVE); }).find("/lib/x.so is no ELF file"),
               std::string::npos);
+}
+
+/// Leaves this process room for so many bytes of further data.
+void leaveRoomFor(std::size_t bytes) {
+    std::ifstream status("/proc/self/statm");
+    constexpr int dataField = 6;
+    std::size_t pages = 0;
+    for (int field = 0; field < dataField; ++field) {
+        status >> pages;
+    }
+    rlimit limit{};
+    getrlimit(RLIMIT_DATA, &limit);
+    limit.rlim_cur = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    setrlimit(RLIMIT_DATA, &limit);
+}
+
+void extractTo(const std::string& folder, const boost::shared_ptr<std::istream>& stream) {
+    vrlMakeDirectoryExtractedComponentFactory(vrlMakeKpaStreamExtractor(stream), Path(folder.c_str()))();
+}
+
+TEST(KpaExtractor, SharesTheBlockOfAnArchiveInMemory) {
+    constexpr std::size_t size = std::size_t{64} << 20;
+    CraftedComponent component;
+    component.files.push_back({"large.bin", std::string(size, 'x')});
+    const std::string bytes = component.zip();
+    const TestFolder root;
+    const pid_t child = inProcess([&] {
+        const auto stream = streamOver(bytes);
+        leaveRoomFor(size / 2);
+        extractTo(root / "c", stream);
+    });
+    EXPECT_EQ(exitStatus(child), 0);
+    EXPECT_EQ(fs::file_size(root / "c/large.bin"), size);
+    const pid_t starved = inProcess([&] {
+        const auto stream = boost::make_shared<std::istringstream>(bytes);
+        leaveRoomFor(size / 2);
+        const std::string failure = failureOf([&] { extractTo(root / "d", stream); });
+        if (failure.find("out of memory") == std::string::npos) {
+            throw std::runtime_error("not '" + failure + "'");
+        }
+    });
+    EXPECT_EQ(exitStatus(starved), 0);
+    EXPECT_EQ(namesIn(root.path()), "c ");
+}
+
+TEST(KpaExtractor, ReadsAnyStreamFromWhereItStands) {
+    const TestFolder root;
+    extractTo(root / "c", boost::make_shared<std::istringstream>(CraftedComponent().zip()));
+    EXPECT_TRUE(fs::exists(root / "c/lib/x.so"));
+    const auto begun = streamOver(CraftedComponent().zip());
+    EXPECT_EQ(begun->get(), 'P');
+    EXPECT_NE(failureOf([&] { extractTo(root / "d", begun); }).find("not a zip file"), std::string::npos);
 }
 
 TEST(KpaExtractor, FailsWithoutAnArchive) {

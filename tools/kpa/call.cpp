@@ -40,11 +40,12 @@ int printTo(std::ostream& stream, const char* text) {
 /// An instance of the component of an archive, extracted to the component cache.
 class Instance {
 public:
-    explicit Instance(std::string bytes) {
+    explicit Instance(const std::string& bytes) {
         if (bytes.size() > INT_MAX) {
             throw std::runtime_error("the archive is too large");
         }
-        const auto stream = vrlGetKpaStreamFromArraySrc(bytes.data(), static_cast<int>(bytes.size()));
+        const auto stream =
+            vrlGetKpaStreamFromArraySrc(const_cast<char*>(bytes.data()), static_cast<int>(bytes.size()));
         handle_ = vrlInitializeComponentInstance(
             [](const char* text) { return printTo(std::cerr, text); },
             [](const char* text) { return printTo(std::cout, text); },

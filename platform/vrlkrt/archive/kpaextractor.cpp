@@ -2,6 +2,7 @@
 
 #include "vrlkrt/archive/archive.h"
 #include "vrlkrt/archive/archivesource.h"
+#include "vrlkrt/archive/archivestream.h"
 #include "vrlkrt/archive/componentcache.h"
 #include "vrlkrt/archive/extraction.h"
 #include "vrlkrt/archive/platformpath.h"
@@ -18,7 +19,6 @@
 #include <istream>
 #include <mutex>
 #include <new>
-#include <sstream>
 #include <utility>
 
 using Norvane::vrl::vrlBaseException;
@@ -47,7 +47,7 @@ private:
     std::string component_;
 };
 
-/// Reads its stream at the first call and keeps the bytes, since a stream gives them only once.
+/// Takes its stream's bytes at the first call and keeps them, since a stream gives them only once.
 class StreamSource : public KpaSource {
 public:
     explicit StreamSource(boost::shared_ptr<std::istream> stream) : stream_(std::move(stream)) {}
@@ -55,7 +55,11 @@ public:
     std::shared_ptr<const std::string> bytes() override {
         const std::lock_guard<std::mutex> lock(mutex_);
         if (!bytes_) {
-            bytes_ = std::make_shared<const std::string>(readStream());
+            const auto* inMemory = dynamic_cast<const ArchiveStream*>(stream_.get());
+            bytes_ = inMemory == nullptr ? nullptr : inMemory->unreadBlock();
+            if (!bytes_) {
+                bytes_ = std::make_shared<const std::string>(readStream());
+            }
             stream_.reset();
         }
         return bytes_;
@@ -133,8 +137,9 @@ boost::shared_ptr<std::istream> vrlGetKpaStreamFromArraySrc(char* bytes, int len
         if (length < 0 || (bytes == nullptr && length > 0)) {
             throw vrlBaseException("The archive has no bytes, or a length below 0: " + std::to_string(length) + ".");
         }
-        const std::string content = length == 0 ? std::string() : std::string(bytes, static_cast<std::size_t>(length));
-        return boost::make_shared<std::istringstream>(content, std::ios::in | std::ios::binary);
+        auto block = length == 0 ? std::make_shared<const std::string>()
+                                 : std::make_shared<const std::string>(bytes, static_cast<std::size_t>(length));
+        return boost::make_shared<vrlkrt::ArchiveStream>(std::move(block));
     });
 }
 
