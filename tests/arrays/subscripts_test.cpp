@@ -169,7 +169,7 @@ TEST_F(Subscripts, OfStructsRefuseInTheStatedOrder) {
 TEST_F(Subscripts, NativeChecksKnowAnArrayWithoutDimensions) {
     const std::uint32_t extents[] = {2, 3};
     const unsigned subscripts[] = {2, 4};
-    JavaSubscripts none(env, nullptr);
+    PinnedElements<jint> none(env, nullptr);
     EXPECT_THROW(checkSubscripts(env, extents, 0, none, 0), tether::ArrayIndexOutOfBoundsException);
     expectThrown(env, outOfBounds, "Attempt to index into an empty array");
     EXPECT_THROW(checkSubscripts(env, extents, 2, subscripts, 2), tether::ArrayIndexOutOfBoundsException);

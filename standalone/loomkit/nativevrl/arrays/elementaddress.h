@@ -67,7 +67,7 @@ private:
                                       map);
     }
 
-    JavaSubscripts subscripts_;
+    PinnedElements<jint> subscripts_;
 };
 
 inline LinearAddress addressOf(JNIEnv* env, jint index) { return {env, index}; }

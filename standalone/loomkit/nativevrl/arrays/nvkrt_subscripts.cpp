@@ -51,7 +51,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript
             return refuseNull(env, "null index array");
         }
         const qxArray* array = openForSubscripts(env, handle);
-        JavaSubscripts pinned(env, fieldAndSubscripts);
+        PinnedElements<jint> pinned(env, fieldAndSubscripts);
         return toJavaInt(env, structSubscript(env, array, pinned));
     });
 }
@@ -67,7 +67,7 @@ jint Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript
         }
         const qxArray* array = openForSubscripts(env, handle);
         JStringProxy name(env, field);
-        JavaSubscripts pinned(env, subscripts);
+        PinnedElements<jint> pinned(env, subscripts);
         return toJavaInt(env, structSubscript(env, array, name, pinned));
     });
 }

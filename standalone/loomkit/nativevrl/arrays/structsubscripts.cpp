@@ -44,11 +44,10 @@ std::vector<unsigned> subscriptsOf(const qxArray* array, unsigned position) {
 
 }  // namespace
 
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JavaSubscripts& fieldAndSubscripts) {
+unsigned structSubscript(JNIEnv* env, const qxArray* array, PinnedElements<jint>& fieldAndSubscripts) {
     const jsize length = fieldAndSubscripts.length();
     if (length < 1 || !isFieldOf(array, fieldAndSubscripts.elements()[0])) {
-        raise<tether::ArrayIndexOutOfBoundsException>(env, "java/lang/ArrayIndexOutOfBoundsException",
-                                                      "Struct array index out of bounds");
+        refuseIndex(env, "Struct array index out of bounds");
     }
     const jint* values = fieldAndSubscripts.elements();
     checkSubscripts(env, array->get_dimensions(), array->numberOfDimensions(), values + 1,
@@ -56,7 +55,7 @@ unsigned structSubscript(JNIEnv* env, const qxArray* array, JavaSubscripts& fiel
     return fieldFirstSubscript(array, values);
 }
 
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, JavaSubscripts& subscripts) {
+unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, PinnedElements<jint>& subscripts) {
     std::vector<unsigned> values = {fieldFromOne(env, array, field)};
     const jsize length = subscripts.length();
     checkSubscripts(env, array->get_dimensions(), array->numberOfDimensions(), subscripts, length);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "arrays/javasubscripts.h"
 #include "proxies/jstringproxy.h"
+#include "proxies/pinnedelements.h"
 #include "qx/qx.h"
 
 namespace nativevrl {
@@ -11,10 +11,10 @@ namespace nativevrl {
 /// exception of the check that fails, and throws std::overflow_error for a product beyond 32 bits.
 
 /// The field number comes first, then one subscript per dimension of the array.
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JavaSubscripts& fieldAndSubscripts);
+unsigned structSubscript(JNIEnv* env, const qxArray* array, PinnedElements<jint>& fieldAndSubscripts);
 
 /// By the name of the field.
-unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, JavaSubscripts& subscripts);
+unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, PinnedElements<jint>& subscripts);
 
 /// By the name of the field and the element's index in column-major order.
 unsigned structSubscript(JNIEnv* env, const qxArray* array, JStringProxy& field, jint index);

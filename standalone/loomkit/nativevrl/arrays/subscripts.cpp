@@ -6,16 +6,12 @@ namespace nativevrl {
 
 namespace {
 
-[[noreturn]] void refuse(JNIEnv* env, const char* message) {
-    raise<tether::ArrayIndexOutOfBoundsException>(env, "java/lang/ArrayIndexOutOfBoundsException", message);
-}
-
 void checkSubscriptCount(JNIEnv* env, std::uint32_t dimensionCount, std::size_t length) {
     if (dimensionCount == 0) {
-        refuse(env, "Attempt to index into an empty array");
+        refuseIndex(env, "Attempt to index into an empty array");
     }
     if (length != dimensionCount) {
-        refuse(env, "Incompatible number of dimensions");
+        refuseIndex(env, "Incompatible number of dimensions");
     }
 }
 
@@ -39,14 +35,18 @@ void checkSubscriptRange(JNIEnv* env, const std::uint32_t* extents, std::uint32_
         env, "java/lang/ArrayIndexOutOfBoundsException", message,
         [&] { return areInRange(extents, dimensionCount, subscripts); });
     if (!inRange) {
-        refuse(env, message);
+        refuseIndex(env, message);
     }
 }
 
 }  // namespace
 
+void refuseIndex(JNIEnv* env, const char* message) {
+    raise<tether::ArrayIndexOutOfBoundsException>(env, "java/lang/ArrayIndexOutOfBoundsException", message);
+}
+
 void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t dimensionCount,
-                     JavaSubscripts& subscripts, jsize length) {
+                     PinnedElements<jint>& subscripts, jsize length) {
     checkSubscriptCount(env, dimensionCount, static_cast<std::size_t>(length));
     checkSubscriptRange(env, extents, dimensionCount, subscripts.elements());
 }
@@ -63,7 +63,7 @@ template void checkSubscripts(JNIEnv*, const std::uint32_t*, std::uint32_t, cons
 
 void checkIndex(JNIEnv* env, std::int64_t index, std::size_t count) {
     if (index < 0 || static_cast<std::uint64_t>(index) >= count) {
-        refuse(env, "Index out of bounds");
+        refuseIndex(env, "Index out of bounds");
     }
 }
 

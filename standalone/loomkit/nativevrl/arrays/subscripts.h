@@ -1,7 +1,7 @@
 #pragma once
 
-#include "arrays/javasubscripts.h"
 #include "layout/leveltable.h"
+#include "proxies/pinnedelements.h"
 #include "qx/qx.h"
 
 #include <jni.h>
@@ -17,12 +17,15 @@ namespace nativevrl {
 /// As many subscripts as there are dimensions, and each within its extent. Neither missing nor trailing ones are
 /// let through. The Java array is pinned only when the count is right, and stays so for the caller.
 void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t dimensionCount,
-                     JavaSubscripts& subscripts, jsize length);
+                     PinnedElements<jint>& subscripts, jsize length);
 
 /// The same for subscripts that lie in native memory; for jint and unsigned.
 template <typename Subscript>
 void checkSubscripts(JNIEnv* env, const std::uint32_t* extents, std::uint32_t dimensionCount,
                      const Subscript* subscripts, std::size_t length);
+
+/// Raises java.lang.ArrayIndexOutOfBoundsException.
+[[noreturn]] void refuseIndex(JNIEnv* env, const char* message);
 
 /// An index from 0 that must lie below `count`.
 void checkIndex(JNIEnv* env, std::int64_t index, std::size_t count);
@@ -33,20 +36,6 @@ void checkLinearIndex(JNIEnv* env, const qxArray* array, std::int64_t index);
 /// A size or position for Java. Above 2^31-1 it raises java.lang.IndexOutOfBoundsException and throws
 /// tether::ArrayIndexOutOfBoundsException.
 jint toJavaInt(JNIEnv* env, std::size_t value);
-
-/// The levels of an array in native order, one after the other and without a table on the heap.
-class LevelWalker {
-public:
-    /// The level of the next dimension. Throws std::overflow_error as buildLevelTable does.
-    LevelExtent next(unsigned size) {
-        const LevelExtent level{size, stride_, multiplyChecked(size, stride_)};
-        stride_ = level.span;
-        return level;
-    }
-
-private:
-    unsigned stride_ = 1;
-};
 
 /// Position of the element with these subscripts, each of which `map` turns into one from 0. Products are checked and
 /// throw std::overflow_error; the sum is not.

@@ -18,13 +18,10 @@ LevelTable buildLevelTable(const std::vector<unsigned>& dimensions, const IMapFu
         return {{1, 1, 1}};
     }
     LevelTable levels(dimensions.size());
-    unsigned stride = 1;
+    LevelWalker walker;
     for (unsigned i = 0; i < dimensions.size(); ++i) {
         const unsigned level = order.map(i);
-        const unsigned size = dimensions[level];
-        const unsigned span = multiplyChecked(size, stride);
-        levels[level] = {size, stride, span};
-        stride = span;
+        levels[level] = walker.next(dimensions[level]);
     }
     return levels;
 }

@@ -31,6 +31,20 @@ inline unsigned multiplyChecked(unsigned a, unsigned b) {
     return product;
 }
 
+/// Levels one after the other, the one that runs fastest first, without a table on the heap.
+class LevelWalker {
+public:
+    /// The level of the next dimension. Throws std::overflow_error as multiplyChecked does.
+    LevelExtent next(unsigned size) {
+        const LevelExtent level{size, stride_, multiplyChecked(size, stride_)};
+        stride_ = level.span;
+        return level;
+    }
+
+private:
+    unsigned stride_ = 1;
+};
+
 /// The levels of an array with these dimensions. The dimension that the order names first runs fastest. No
 /// dimension at all gives one level of one element. Throws std::overflow_error as multiplyChecked does.
 LevelTable buildLevelTable(const std::vector<unsigned>& dimensions, const IMapFunction<unsigned, unsigned>& order);
