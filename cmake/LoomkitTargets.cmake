@@ -16,6 +16,10 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Werror)
 
+# Tables of addresses are filled and closed before any code runs. The natives look for one another in their own folder
+# first: RPATH, which LD_LIBRARY_PATH comes after, not RUNPATH.
+add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:--disable-new-dtags)
+
 # loomkit_object_library(NAME DEPENDS target... SOURCES file...)
 #
 # One library of the platform: its objects, which end up in libkrt.so and in the platform tests, and its public

@@ -11,6 +11,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
 import java.util.List;
+import java.util.Set;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
@@ -88,6 +89,21 @@ class NativeLoaderTest {
             Files.write(copy, new byte[] {0}, StandardOpenOption.APPEND);
         }
         return copy;
+    }
+
+    @Test
+    void takesAllLibrariesFromOneFolderWhateverTheEnvironmentSays() throws Exception {
+        String natives = System.getProperty("loomkit.native.dir");
+        copy("libkrt.so", true);
+        copy("libnativevrl.so", true);
+        ProcessBuilder program = ChildProcess.builder(Program.class, List.of("-Dloomkit.native.dir=" + natives));
+        program.environment().put("LD_LIBRARY_PATH", folder.toString());
+
+        List<String> output = List.of(run(program).output.split("\n"));
+
+        assertEquals("running: false", output.get(0));
+        assertEquals(Set.of(natives + "/libkrt.so", natives + "/libnativevrl.so", natives + "/libloomkit.so"),
+                Set.copyOf(output.subList(1, output.size())));
     }
 
     @ParameterizedTest
