@@ -8,8 +8,11 @@ import java.io.InputStream;
 import java.io.PrintStream;
 import java.lang.ref.Cleaner;
 import java.lang.ref.Reference;
+import java.math.BigInteger;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.security.MessageDigest;
+import java.security.NoSuchAlgorithmException;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.LinkedHashMap;
@@ -133,8 +136,11 @@ public final class Component implements AutoCloseable {
         if (size > Integer.MAX_VALUE) {
             throw new IOException("the archive " + archive + " has " + size + " bytes, more than can be read");
         }
+        if (!Files.isRegularFile(archive)) {
+            throw new IOException("the archive " + archive + " is not a file");
+        }
         try (InputStream stream = Files.newInputStream(archive)) {
-            return open(stream, (int) size, options);
+            return openSized(stream, (int) size, options);
         } catch (NVException failure) {
             throw named(archive, failure);
         } catch (IOException failure) {
@@ -200,14 +206,37 @@ public final class Component implements AutoCloseable {
         if (length < 0) {
             throw new IllegalArgumentException("an archive can't have " + length + " bytes");
         }
-        Streams streams = new Streams();
-        streams.output = options.output();
-        streams.errorOutput = options.errorOutput();
         // Native code makes room for the stated length at once, so a large one has to be true.
         InputStream source =
                 length <= SMALL_ARCHIVE ? archive : new ByteArrayInputStream(readFully(archive, length));
+        return openSized(source, length, options);
+    }
+
+    /** Opens an archive of a length that is true or small. */
+    private static Component openSized(InputStream archive, int length, ComponentOptions options) throws IOException {
+        Streams streams = new Streams();
+        streams.output = options.output();
+        streams.errorOutput = options.errorOutput();
+        InputStream source = archive;
+        if (options.expectedSha256() != null) {
+            byte[] bytes = readFully(archive, length);
+            requireDigest(bytes, options.expectedSha256());
+            source = new ByteArrayInputStream(bytes);
+        }
         Loomkit.start();
         return new Component(new Instance(initialize(source, length, options.folder(), streams)), streams);
+    }
+
+    private static void requireDigest(byte[] archive, String expected) {
+        try {
+            byte[] digest = MessageDigest.getInstance("SHA-256").digest(archive);
+            String actual = String.format("%064x", new BigInteger(1, digest));
+            if (!actual.equals(expected)) {
+                throw new NVException("the archive has the SHA-256 " + actual + ", not " + expected);
+            }
+        } catch (NoSuchAlgorithmException missing) {
+            throw new IllegalStateException("every Java platform has SHA-256", missing);
+        }
     }
 
     private static byte[] readFully(InputStream archive, int length) throws IOException {

@@ -10,11 +10,13 @@ import java.io.ByteArrayInputStream;
 import java.io.FilterInputStream;
 import java.io.IOException;
 import java.io.InputStream;
+import java.math.BigInteger;
 import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.security.MessageDigest;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.Collections;
@@ -73,6 +75,30 @@ class ComponentLifeTest {
             assertWorks(component);
             assertWorks(toItsEnd);
             assertWorks(trickled);
+        }
+    }
+
+    @Test
+    void opensTheArchiveOfAnExpectedDigestAndNoOther() throws Exception {
+        Path file = TestComponents.archive("showcase");
+        byte[] digest = MessageDigest.getInstance("SHA-256").digest(archive);
+        String hex = String.format("%064X", new BigInteger(1, digest));
+        try (Component component = Component.open(file, new ComponentOptions().expectSha256(hex))) {
+            assertWorks(component);
+        }
+        Path target = folder.resolve("unpacked");
+        ComponentOptions other = new ComponentOptions().expectSha256("0".repeat(64)).extractTo(target);
+        NVException failure = assertThrows(NVException.class, () -> Component.open(file, other));
+        assertTrue(failure.getMessage().contains("not " + "0".repeat(64)), failure.getMessage());
+        assertFalse(Files.exists(target));
+        assertThrows(IllegalArgumentException.class, () -> new ComponentOptions().expectSha256("12"));
+    }
+
+    @Test
+    void opensRegularFilesOnly() {
+        for (Path path : List.of(folder, Path.of("/dev/zero"))) {
+            IOException failure = assertThrows(IOException.class, () -> Component.open(path));
+            assertTrue(failure.getMessage().contains("is not a file"), failure.getMessage());
         }
     }
 
