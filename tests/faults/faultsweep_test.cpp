@@ -29,18 +29,20 @@ TEST_F(FaultSweep, Lifecycle) {
     const auto drop = [&] { NATIVE(vrlResetDefaultPrintHandlers)(env, nullptr); };
     const auto keep = native(NATIVE(vrlSetDefaultPrintHandlers), warnings, ordinaryOutput);
     const auto print = [](JNIEnv*, jclass) { krtPrint(nullptr, "text"); };
-    sweep({
-        {"start", Gives::nothing, native(NATIVE(vrlInitializeApplication), options)},
-        {"refused start", Gives::failure, native(NATIVE(vrlInitializeApplication), refused)},
-        {"getenv", Gives::object, native(NATIVE(getenv__Ljava_lang_String_2), javaString(env, u"PATH"))},
-        {"vrlGetLogFileName", Gives::object, native(NATIVE(vrlGetLogFileName))},
-        {"vrlInitializeComponentInstance", Gives::instance, create, withLength(archive.size())},
-        {"half an archive", Gives::failure, create, withLength(5000)},
-        {"vrlGetActiveKRT", Gives::address, native(NATIVE(vrlGetActiveKRT))},
-        {"vrlWaitForFiguresToDie", Gives::nothing, native(NATIVE(vrlWaitForFiguresToDie), instance)},
-        {"vrlSetDefaultPrintHandlers", Gives::nothing, keep, [] {}, drop},
-        {"printing", Gives::nothing, native(print), [&] { keep(); }, drop},
-    });
+    sweep(
+        {
+            {"start", Gives::nothing, native(NATIVE(vrlInitializeApplication), options)},
+            {"refused start", Gives::failure, native(NATIVE(vrlInitializeApplication), refused)},
+            {"getenv", Gives::object, native(NATIVE(getenv__Ljava_lang_String_2), javaString(env, u"PATH"))},
+            {"vrlGetLogFileName", Gives::object, native(NATIVE(vrlGetLogFileName))},
+            {"vrlInitializeComponentInstance", Gives::instance, create, withLength(archive.size())},
+            {"half an archive", Gives::failure, create, withLength(5000)},
+            {"vrlGetActiveKRT", Gives::address, native(NATIVE(vrlGetActiveKRT))},
+            {"vrlWaitForFiguresToDie", Gives::nothing, native(NATIVE(vrlWaitForFiguresToDie), instance)},
+            {"vrlSetDefaultPrintHandlers", Gives::nothing, keep, [] {}, drop},
+            {"printing", Gives::nothing, native(print), [&] { keep(); }, drop},
+        },
+        false);
 }
 
 TEST_F(FaultSweep, Evaluation) {
@@ -68,12 +70,14 @@ TEST_F(FaultSweep, Evaluation) {
                                  static_cast<jint>(with.size()), std::ref(inputs));
         return Native{"vrlFeval", gives, call, prepare, close};
     };
-    sweep({
-        evaluation(Gives::nothing, u"count", {rows, javaString(env, u"x"), objects({boxed<jint>(env, 1)})}, 2),
-        evaluation(Gives::nothing, u"same", {held}, 1),
-        evaluation(Gives::nothing, u"handle_of", {javaString(env, u"count")}, 1),
-        evaluation(Gives::failure, u"fail_deep", {javaString(env, u"too deep")}, 1),
-    });
+    sweep(
+        {
+            evaluation(Gives::nothing, u"count", {rows, javaString(env, u"x"), objects({boxed<jint>(env, 1)})}, 2),
+            evaluation(Gives::nothing, u"same", {held}, 1),
+            evaluation(Gives::nothing, u"handle_of", {javaString(env, u"count")}, 1),
+            evaluation(Gives::failure, u"fail_deep", {javaString(env, u"too deep")}, 1),
+        },
+        false);
 }
 
 TEST_F(FaultSweep, Arrays) {
@@ -105,45 +109,52 @@ TEST_F(FaultSweep, Arrays) {
         {"numeric", Gives::array, native(NATIVE(qxCreateNumericArray), ones, numbers, values, doubles, complex)},
         {"qxCreateStructArray", Gives::array, native(NATIVE(qxCreateStructArray), ones, strings)},
         {"scalar", Gives::array, native(NATIVE(qxScalar2qxArray__DDII), 1.0, 2.0, doubles, complex)},
-        {"indices", Gives::array, native(fromIndices, ones, ones, values, nullptr, 3, 3, 2, doubles, complex)},
-        {"sparse rows", Gives::array, native(fromRows, rows, rows, doubles, complex)},
-        {"primitive rows", Gives::array, native(convert, rows, rows, doubles, complex)},
-        {"objects", Gives::array, native(convert, mixed, mixed, static_cast<jint>(qxINT16_CLASS), complex)},
-        {"logicals", Gives::array, native(convert, mixed, nullptr, static_cast<jint>(qxLOGICAL_CLASS), complex)},
-        {"strings", Gives::array, native(convert, strings, nullptr, static_cast<jint>(qxCHAR_CLASS), complex)},
-        {"Java cell", Gives::array, native(convert, cell, nullptr, static_cast<jint>(qxCELL_CLASS), complex)},
-        {"Java struct", Gives::array, native(convert, record, nullptr, static_cast<jint>(qxSTRUCT_CLASS), complex)},
-        {"qxArrayToDoubleArray", Gives::object, native(NATIVE(qxArrayToDoubleArray), matrix_, real)},
-        {"sparse to bytes", Gives::object, native(NATIVE(qxArrayToByteArray), sparse_, real)},
-        {"qxGetIntData", Gives::object, native(NATIVE(qxGetIntData), matrix_, real)},
-        {"boxed", Gives::object, native(NATIVE(qxArrayToDoubleObjectArray), matrix_, real)},
-        {"qxArrayToStringArray", Gives::object, native(NATIVE(qxArrayToStringArray), matrix_, real)},
-        {"qxGetStringData", Gives::object, native(NATIVE(qxGetStringData), text_, real)},
-        {"qxArray2ObjectArray", Gives::object, native(NATIVE(qxArray2ObjectArray), matrix_, real)},
-        {"qxArrayToString", Gives::object, native(NATIVE(qxArrayToString), text_)},
-        {"qxGetDimensions", Gives::object, native(NATIVE(qxGetDimensions), matrix_)},
-        {"qxGetFieldNames", Gives::object, native(NATIVE(qxGetFieldNames), record_)},
-        {"qxGetIndexArray", Gives::object, native(NATIVE(qxGetIndexArray), matrix_, 0)},
-        {"qxGetData", Gives::object, native(NATIVE(qxGetData), matrix_, real)},
-        {"qxGetObjectAt", Gives::object, native(HANDLE_NATIVE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
-        {"qxGetDoubleAt", Gives::nothing, native(HANDLE_NATIVE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
-        {"qxCalcSingleSubscript", Gives::nothing, native(NATIVE(qxCalcSingleSubscript), matrix_, ones)},
-        {"field subscript", Gives::nothing, native(fieldSubscript, record_, field, ones)},
-        {"qxGetFieldNumber", Gives::nothing, native(NATIVE(qxGetFieldNumber), record_, field)},
-        {"qxCompareArray", Gives::nothing, native(NATIVE(qxCompareArray), matrix_, cell_)},
-        {"qxGetCell", Gives::wrapper, native(NATIVE(qxGetCell), cell_, 1)},
     });
+    const bool refusesBlocks = false;
+    sweep(
+        {
+            {"indices", Gives::array, native(fromIndices, ones, ones, values, nullptr, 3, 3, 2, doubles, complex)},
+            {"sparse rows", Gives::array, native(fromRows, rows, rows, doubles, complex)},
+            {"primitive rows", Gives::array, native(convert, rows, rows, doubles, complex)},
+            {"objects", Gives::array, native(convert, mixed, mixed, static_cast<jint>(qxINT16_CLASS), complex)},
+            {"logicals", Gives::array, native(convert, mixed, nullptr, static_cast<jint>(qxLOGICAL_CLASS), complex)},
+            {"strings", Gives::array, native(convert, strings, nullptr, static_cast<jint>(qxCHAR_CLASS), complex)},
+            {"Java cell", Gives::array, native(convert, cell, nullptr, static_cast<jint>(qxCELL_CLASS), complex)},
+            {"Java struct", Gives::array, native(convert, record, nullptr, static_cast<jint>(qxSTRUCT_CLASS), complex)},
+            {"qxArrayToDoubleArray", Gives::object, native(NATIVE(qxArrayToDoubleArray), matrix_, real)},
+            {"sparse to bytes", Gives::object, native(NATIVE(qxArrayToByteArray), sparse_, real)},
+            {"qxGetIntData", Gives::object, native(NATIVE(qxGetIntData), matrix_, real)},
+            {"boxed", Gives::object, native(NATIVE(qxArrayToDoubleObjectArray), matrix_, real)},
+            {"qxArrayToStringArray", Gives::object, native(NATIVE(qxArrayToStringArray), matrix_, real)},
+            {"qxGetStringData", Gives::object, native(NATIVE(qxGetStringData), text_, real)},
+            {"qxArray2ObjectArray", Gives::object, native(NATIVE(qxArray2ObjectArray), matrix_, real)},
+            {"qxArrayToString", Gives::object, native(NATIVE(qxArrayToString), text_)},
+            {"qxGetDimensions", Gives::object, native(NATIVE(qxGetDimensions), matrix_)},
+            {"qxGetFieldNames", Gives::object, native(NATIVE(qxGetFieldNames), record_)},
+            {"qxGetIndexArray", Gives::object, native(NATIVE(qxGetIndexArray), matrix_, 0)},
+            {"qxGetData", Gives::object, native(NATIVE(qxGetData), matrix_, real)},
+            {"qxGetObjectAt", Gives::object, native(HANDLE_NATIVE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
+            {"qxGetDoubleAt", Gives::nothing, native(HANDLE_NATIVE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
+            {"qxCalcSingleSubscript", Gives::nothing, native(NATIVE(qxCalcSingleSubscript), matrix_, ones)},
+            {"field subscript", Gives::nothing, native(fieldSubscript, record_, field, ones)},
+            {"qxGetFieldNumber", Gives::nothing, native(NATIVE(qxGetFieldNumber), record_, field)},
+            {"qxCompareArray", Gives::nothing, native(NATIVE(qxCompareArray), matrix_, cell_)},
+            {"qxGetCell", Gives::wrapper, native(NATIVE(qxGetCell), cell_, 1)},
+        },
+        refusesBlocks);
     original_ = matrix_;
-    sweep({
-        {"qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
-        {"qxSetAt of an object", Gives::edit, native(setObject, scratch, 1, javaString(env, u"2.5"), real)},
-        {"qxSetData", Gives::edit, native(NATIVE(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
-        {"qxDestroyArray", Gives::end, native(HANDLE_NATIVE(qxDestroyArray, ), scratch)},
-    });
+    sweep(
+        {
+            {"qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
+            {"qxSetAt of an object", Gives::edit, native(setObject, scratch, 1, javaString(env, u"2.5"), real)},
+            {"qxSetData", Gives::edit, native(NATIVE(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
+            {"qxDestroyArray", Gives::end, native(HANDLE_NATIVE(qxDestroyArray, ), scratch)},
+        },
+        refusesBlocks);
     original_ = cell_;
-    sweep({{"qxSetCell", Gives::edit, native(NATIVE(qxSetCell), scratch, 1, rows)}});
+    sweep({{"qxSetCell", Gives::edit, native(NATIVE(qxSetCell), scratch, 1, rows)}}, refusesBlocks);
     original_ = sparse_;
-    sweep({{"sparse qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, IDZ), scratch, 1, 3.0, real)}});
+    sweep({{"sparse qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, IDZ), scratch, 1, 3.0, real)}}, refusesBlocks);
 }
 
 }  // namespace

@@ -51,8 +51,8 @@ void addFields(JNIEnv* env, qxArray* array, jobjectArray fieldNames) {
     const jsize count = names.length();
     for (jsize i = 0; i < count; ++i) {
         auto name = names.get(i);
-        if (name.length() > 0) {
-            qxAddField(array, name.getStringUTFChars());
+        if (name.length() > 0 && qxAddField(array, name.getStringUTFChars()) < 0) {
+            tether::throwOutOfMemory(env);
         }
     }
 }
