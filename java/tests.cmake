@@ -25,6 +25,7 @@ add_jar(loomkit_java_tests
         ${package}/toolbox/loomkit/ArrayLifeTest.java
         ${package}/toolbox/loomkit/CallTest.java
         ${package}/toolbox/loomkit/CellAndStructTest.java
+        ${package}/toolbox/loomkit/ClassLoaderTest.java
         ${package}/toolbox/loomkit/ComponentLifeTest.java
         ${package}/toolbox/loomkit/GuideTest.java
         ${package}/toolbox/loomkit/HostileInputTest.java

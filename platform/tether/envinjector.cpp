@@ -1,5 +1,7 @@
 #include "tether/envinjector.h"
 
+#include <boost/make_shared.hpp>
+
 namespace tether {
 
 JNIEnvInjector::detach_guard::detach_guard(const Detach& detach) : detach_(detach) {}
@@ -11,9 +13,7 @@ JNIEnvInjector::detach_guard::~detach_guard() {
 }
 
 JNIEnvInjector::JNIEnvInjector(const GetEnv& getEnv, const Attach& attach, const Detach& detach)
-    : getEnv_(getEnv), attach_(attach), detach_(detach) {}
-JNIEnvInjector::JNIEnvInjector(const JNIEnvInjector&) = default;
-JNIEnvInjector& JNIEnvInjector::operator=(const JNIEnvInjector&) = default;
+    : functions_(boost::make_shared<const Functions>(Functions{getEnv, attach, detach})) {}
 JNIEnvInjector::~JNIEnvInjector() = default;
 
 JNIEnvInjector make_local_env_injector(JNIEnv* env) {

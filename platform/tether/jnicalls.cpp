@@ -1,23 +1,15 @@
 #include "tether/jnicalls.h"
 
+#include "tether/localref.h"
 #include "text/unicode.h"
 
-#include <memory>
+#include <algorithm>
 #include <string>
-#include <type_traits>
+#include <string_view>
 
 namespace tether {
 
 namespace {
-
-struct LocalReferenceEnd {
-    JNIEnv* env;
-    void operator()(jobject reference) const noexcept { env->DeleteLocalRef(reference); }
-};
-
-/// Owns a local reference, `jclass` say.
-template <typename Reference>
-using LocalOwner = std::unique_ptr<std::remove_pointer_t<Reference>, LocalReferenceEnd>;
 
 /// The result of a call that is null only when it failed.
 template <typename Reference>
@@ -32,10 +24,44 @@ Reference checked(JNIEnv* env, Reference result) {
 }
 
 void throwNew(JNIEnv* env, const char* className, const char* signature, const jvalue* arguments) {
-    const LocalOwner<jclass> cls(findClass(env, className), {env});
+    const LocalRef<jclass> cls(env, findClass(env, className));
     jmethodID constructor = getMethodID(env, cls.get(), "<init>", signature);
-    const LocalOwner<jobject> thrown(newObjectA(env, cls.get(), constructor, arguments), {env});
+    const LocalRef<jobject> thrown(env, newObjectA(env, cls.get(), constructor, arguments));
     env->Throw(static_cast<jthrowable>(thrown.get()));
+}
+
+/// Whether a class has a name, in slash form. False with an exception pending when Java can't tell.
+bool isNamed(JNIEnv* env, jclass cls, const std::string_view name) {
+    const LocalRef<jclass> classClass(env, env->GetObjectClass(cls));
+    jmethodID getName = env->GetMethodID(classClass.get(), "getName", "()Ljava/lang/String;");
+    if (getName == nullptr) {
+        return false;
+    }
+    const LocalRef<jstring> text(env, static_cast<jstring>(env->CallObjectMethodA(cls, getName, nullptr)));
+    const char* characters = text ? env->GetStringUTFChars(text.get(), nullptr) : nullptr;
+    if (characters == nullptr) {
+        return false;
+    }
+    const std::string_view dotted(characters);
+    const bool matches = std::equal(dotted.begin(), dotted.end(), name.begin(), name.end(),
+                                    [](char ofJava, char ours) { return ofJava == (ours == '/' ? '.' : ours); });
+    env->ReleaseStringUTFChars(text.get(), characters);
+    return matches;
+}
+
+/// Whether the class of an object, or one above it, has a name: for a class that can't be looked up from here.
+bool isOfClassNamed(JNIEnv* env, jobject object, const char* className) {
+    LocalRef<jclass> cls(env, env->GetObjectClass(object));
+    while (cls) {
+        if (isNamed(env, cls.get(), className)) {
+            return true;
+        }
+        if (env->ExceptionCheck() != JNI_FALSE) {
+            return false;
+        }
+        cls = LocalRef<jclass>(env, env->GetSuperclass(cls.get()));
+    }
+    return false;
 }
 
 }  // namespace
@@ -50,7 +76,7 @@ void throwNamedException(JNIEnv* env, const char* className, const char* message
     if (env->ExceptionCheck() != JNI_FALSE) {
         return;
     }
-    const LocalOwner<jstring> text(newStringUTF(env, message), {env});
+    const LocalRef<jstring> text(env, newStringUTF(env, message));
     jvalue argument;
     argument.l = text.get();
     throwNew(env, className, "(Ljava/lang/String;)V", &argument);
@@ -73,18 +99,18 @@ void throwNullPointer(JNIEnv* env) {
 }
 
 bool isExceptionThrown(JNIEnv* env, const char* className) {
-    jthrowable pending = env->ExceptionOccurred();
-    if (pending == nullptr) {
+    const LocalRef<jthrowable> pending(env, env->ExceptionOccurred());
+    if (!pending) {
         return false;
     }
     // A class can't be looked up while an exception is pending, so it steps aside for the test.
     env->ExceptionClear();
-    jclass cls = env->FindClass(className);
-    const bool matches = cls != nullptr && env->IsInstanceOf(pending, cls) != JNI_FALSE;
+    const LocalRef<jclass> cls(env, env->FindClass(className));
     env->ExceptionClear();
-    env->Throw(pending);
-    env->DeleteLocalRef(cls);
-    env->DeleteLocalRef(pending);
+    const bool matches =
+        cls ? env->IsInstanceOf(pending.get(), cls.get()) != JNI_FALSE : isOfClassNamed(env, pending.get(), className);
+    env->ExceptionClear();
+    env->Throw(pending.get());
     return matches;
 }
 
@@ -190,6 +216,11 @@ jobjectArray newObjectArray(JNIEnv* env, jsize length, jclass elementClass) {
 }
 
 jobject getObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index) {
+    throwIfPending(env);
+    return nextObjectArrayElement(env, array, index);
+}
+
+jobject nextObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index) {
     jobject element = env->GetObjectArrayElement(array, index);
     if (element == nullptr) {
         throwIfPending(env);
@@ -205,6 +236,9 @@ void setObjectArrayElement(JNIEnv* env, jobjectArray array, int index, jobject v
 jstring newString(JNIEnv* env, const jchar* units, jsize length) {
     static constexpr jchar empty = 0;
     throwIfPending(env);
+    if (units == nullptr && length > 0) {
+        throwNullPointer(env);
+    }
     return checked(env, env->NewString(units == nullptr ? &empty : units, length));
 }
 
@@ -217,9 +251,13 @@ jstring newStringUTF(JNIEnv* env, const char* text) {
     return newString(env, reinterpret_cast<const jchar*>(units.data()), static_cast<jsize>(units.size()));
 }
 
-const jchar* getStringChars(JNIEnv* env, jstring string) { return checked(env, env->GetStringChars(string, nullptr)); }
+const jchar* getStringChars(JNIEnv* env, jstring string) {
+    throwIfPending(env);
+    return checked(env, env->GetStringChars(string, nullptr));
+}
 
 const char* getStringUTFChars(JNIEnv* env, jstring string) {
+    throwIfPending(env);
     return checked(env, env->GetStringUTFChars(string, nullptr));
 }
 

@@ -1,11 +1,13 @@
 #include "tether/envinjector.h"
 #include "entry/librarystate.h"
+#include "support/heapblocks.h"
 #include "support/jvmtest.h"
 #include "tether/globalref.h"
 
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace nativevrl::test {
 
@@ -99,6 +101,36 @@ TEST_F(EnvInjector, AttachesADetachedThreadOrSaysThatItCannot) {
     EXPECT_EQ(answers.detached, 1) << "what was not attached is not detached";
 }
 
+TEST_F(EnvInjector, MayEndInsideItsOwnRun) {
+    Answers answers;
+    answers.getEnvResult = JNI_EDETACHED;
+    answers.getEnvGives = false;
+    std::optional<tether::JNIEnvInjector> injector(answers.injector(env));
+    injector->run([&](JNIEnv*) { injector.reset(); });
+    EXPECT_EQ(answers.detached, 1);
+}
+
+TEST_F(EnvInjector, ReferencesAreMovedAndSwappedWithoutMemory) {
+    using Ref = tether::GlobalRef<jobject>;
+    const JniCounter counter(env);
+    {
+        Ref held = Ref::of(*sharedEnvInjector, javaString(env, u"held"));
+        Ref other = Ref::taking(*sharedEnvInjector, env, javaString(env, u"other"));
+        jobject reference = held.get();
+        loomkit::test::heapBlocksLeft = 0;
+        Ref moved(std::move(held));
+        other = std::move(moved);
+        loomkit::test::heapBlocksLeft = -1;
+        EXPECT_EQ(other.get(), reference);
+        EXPECT_EQ(held.get(), nullptr);
+        EXPECT_EQ(counter.globalReferences(), 1);
+        const Ref copy(other);
+        EXPECT_NE(copy.get(), reference);
+        EXPECT_EQ(counter.globalReferences(), 2);
+    }
+    EXPECT_EQ(counter.globalReferences(), 0);
+}
+
 TEST_F(EnvInjector, AGlobalReferenceThatCannotEndLetsNothingOut) {
     bool fails = false;
     const auto getEnv = [&](JNIEnv** given) {
@@ -110,7 +142,7 @@ TEST_F(EnvInjector, AGlobalReferenceThatCannotEndLetsNothingOut) {
     };
     const tether::JNIEnvInjector injector(getEnv, getEnv, [] { return JNI_OK; });
     std::optional<tether::GlobalRef<jobject>> reference;
-    reference.emplace(injector, javaString(env, u"held"));
+    reference.emplace(tether::GlobalRef<jobject>::of(injector, javaString(env, u"held")));
     jobject held = reference->get();
     fails = true;
     EXPECT_NO_THROW(reference.reset());

@@ -1,5 +1,5 @@
-#include "entry/javavmconfig.h"
 #include "entry/showcase.h"
+#include "entry/startup.h"
 #include "vrlbase/vrlbase.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"

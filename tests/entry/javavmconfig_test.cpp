@@ -1,8 +1,11 @@
 #include "entry/javavmconfig.h"
 #include "entry/librarystate.h"
 #include "entry/showcase.h"
+#include "entry/startup.h"
+#include "support/heapblocks.h"
 #include "support/race.h"
 #include "vrlbase/vrlbase.h"
+#include "vrlkrt/jvmattach.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
@@ -22,7 +25,7 @@ class VmConfig : public JvmTest {
 protected:
     JavaVMConfigLoomkit config() {
         return JavaVMConfigLoomkit(javaVm(),
-                                   tether::GlobalRef<jclass>(*sharedEnvInjector, env, findClass(env, standIn)));
+                                   tether::GlobalRef<jclass>::taking(*sharedEnvInjector, env, findClass(env, standIn)));
     }
 
     std::string seen() {
@@ -91,7 +94,7 @@ TEST_F(VmConfig, AMachineThatIsOutOfReachOnceLeavesNoReference) {
                 return JNI_OK;
             };
             const tether::JNIEnvInjector injector(getEnv, getEnv, [] { return JNI_OK; });
-            JavaVMConfigLoomkit loader(javaVm(), {injector, findClass(env, standIn)});
+            JavaVMConfigLoomkit loader(javaVm(), tether::GlobalRef<jclass>::of(injector, findClass(env, standIn)));
             left = missed;
             try {
                 env->DeleteGlobalRef(loader.loadOJI("-Djava.class.path=x", "-Djava.library.path=y"));
@@ -145,8 +148,40 @@ TEST_F(VmConfig, TheNativeLoaderReleasesItsTextAndPassesExceptionsOn) {
                   nullptr);
     }
     expectThrownClass(env, "java/lang/OutOfMemoryError");
+    {
+        const JniCounter failing(env);
+        const JniFaults faults(env, &JNINativeInterface_::CallObjectMethodA, 1);
+        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader),
+                  nullptr);
+        EXPECT_EQ(failing.localReferences(), 0);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
     EXPECT_EQ(counter.pinnedBlocks(), 0);
     EXPECT_EQ(counter.globalReferences(), 0);
+}
+
+TEST_F(VmConfig, TheTextOfAnExceptionAndThePlaceOfTheMachineBearALackOfMemory) {
+    env->ThrowNew(findClass(env, "java/lang/IllegalStateException"),
+                  "a message that is longer than what needs no memory");
+    loomkit::test::heapBlocksLeft = 0;
+    const std::string text = jvm_attach::exceptionToString(env);
+    loomkit::test::heapBlocksLeft = -1;
+    EXPECT_EQ(text, "out of memory");
+    expectThrownClass(env, "java/lang/IllegalStateException");
+    loomkit::test::heapBlocksLeft = 0;
+    EXPECT_THROW(jvm_attach::getJVMLocation(), tether::OutOfMemoryException);
+    loomkit::test::heapBlocksLeft = -1;
+}
+
+TEST_F(VmConfig, AStartWithoutMemoryIsAnErrorOfJava) {
+    forgetStartup();
+    loomkit::test::heapBlocksLeft = 0;
+    const jboolean started =
+        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeApplication(env, nullptr, nullptr);
+    loomkit::test::heapBlocksLeft = -1;
+    EXPECT_EQ(started, JNI_FALSE);
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    configureRuntimeOnce(env);
 }
 
 }  // namespace

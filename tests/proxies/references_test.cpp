@@ -67,6 +67,8 @@ TEST_F(References, NothingIsMadeWhileAnExceptionIsPending) {
     jclass cls = findClass(env, "java/lang/IllegalStateException");
     jclass math = findClass(env, "java/lang/Math");
     jmethodID constructor = tether::getMethodID(env, cls, "<init>", "()V");
+    jstring text = javaString(env, u"text");
+    jobjectArray array = objectArray(env, "java/lang/String", {text});
     const std::function<void()> makers[] = {
         [&] { tether::findClass(env, "java/lang/Object"); },
         [&] { tether::getMethodID(env, cls, "getMessage", "()Ljava/lang/String;"); },
@@ -75,6 +77,9 @@ TEST_F(References, NothingIsMadeWhileAnExceptionIsPending) {
         [&] { tether::newObjectArray(env, 2, cls); },
         [&] { tether::newString(env, nullptr, 0); },
         [&] { tether::newStringUTF(env, "text"); },
+        [&] { tether::getObjectArrayElement(env, array, 0); },
+        [&] { env->ReleaseStringChars(text, tether::getStringChars(env, text)); },
+        [&] { env->ReleaseStringUTFChars(text, tether::getStringUTFChars(env, text)); },
     };
     for (std::size_t i = 0; i < std::size(makers); ++i) {
         SCOPED_TRACE(i);
@@ -83,8 +88,51 @@ TEST_F(References, NothingIsMadeWhileAnExceptionIsPending) {
         const JniCounter counter(env);
         EXPECT_THROW(makers[i](), tether::Exception);
         EXPECT_EQ(counter.localReferences(), 0);
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
         expectThrown(env, "java/lang/IllegalStateException", "earlier");
     }
+}
+
+TEST_F(References, AdoptionKeepsNothingWhenTheProxyCannotBeMade) {
+    disposeClassProxies(env);
+    jobject object = env->NewLocalRef(javaString(env, u"object"));
+    const JniCounter counter(env);
+    {
+        const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
+        EXPECT_THROW(adopt<JObjectProxy>(env, object), tether::FindClassException);
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(counter.localReferences(), -1);
+}
+
+TEST_F(References, ThePendingExceptionIsKnownAlsoWhereItsClassCannotBeLookedUp) {
+    const struct {
+        const char* className;
+        bool matches;
+    } cases[] = {{"java/lang/NumberFormatException", true},
+                 {"java/lang/IllegalArgumentException", true},
+                 {"java/lang/Error", false},
+                 {"java/lang/NumberFormat", false}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.className);
+        env->ThrowNew(findClass(env, "java/lang/NumberFormatException"), "held");
+        const JniCounter counter(env);
+        EXPECT_EQ(tether::isExceptionThrown(env, one.className), one.matches);
+        {
+            const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
+            EXPECT_EQ(tether::isExceptionThrown(env, one.className), one.matches);
+        }
+        EXPECT_EQ(counter.localReferences(), 0);
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
+        expectThrown(env, "java/lang/NumberFormatException", "held");
+    }
+    EXPECT_FALSE(tether::isExceptionThrown(env, "java/lang/Error"));
+}
+
+TEST_F(References, NullUnitsAreOnlyAnEmptyText) {
+    EXPECT_EQ(toText(env, tether::newString(env, nullptr, 0)), "");
+    EXPECT_THROW(tether::newString(env, nullptr, 2), tether::NullPointerException);
+    expectThrownClass(env, "java/lang/NullPointerException");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "support/javaobjects.h"
 
-#include "entry/javavmconfig.h"
+#include "entry/startup.h"
 #include "jzi/javaarray.h"
 #include "support/javadata.h"
 

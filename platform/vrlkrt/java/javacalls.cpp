@@ -2,6 +2,7 @@
 
 #include "jzi/javaarray.h"
 #include "tether/jnicalls.h"
+#include "tether/localref.h"
 #include "vrlbase/exceptions.h"
 #include "vrlkrt/java/javafailure.h"
 #include "vrlkrt/java/javavalues.h"
@@ -34,9 +35,8 @@ qxArray* invoke(JNIEnv* env, jobject target, const std::string& method, int nrhs
     jobjectArray arguments = tether::newObjectArray(env, nrhs, types.object);
     for (int i = 0; i < nrhs; ++i) {
         const krt::Value value(prhs[i], "Java method " + method + ": argument " + std::to_string(i + 1));
-        jobject argument = javaValueOf(env, types, value);
-        tether::setObjectArrayElement(env, arguments, i, argument);
-        env->DeleteLocalRef(argument);
+        const tether::LocalRef<jobject> argument(env, javaValueOf(env, types, value));
+        tether::setObjectArrayElement(env, arguments, i, argument.get());
     }
     jvalue values[3];
     values[0].l = target;

@@ -2,8 +2,10 @@
 
 #include "jzi/jzi.h"
 #include "tether/jnicalls.h"
+#include "tether/localref.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/java/javafailure.h"
+#include "vrlkrt/java/javatext.h"
 
 #include <atomic>
 #include <memory>
@@ -17,38 +19,33 @@ namespace {
 using Norvane::vrl::vrlBaseException;
 
 std::string systemProperty(JNIEnv* env, const char* name) {
-    jclass system = tether::findClass(env, "java/lang/System");
+    const tether::LocalRef<jclass> system(env, tether::findClass(env, "java/lang/System"));
     jmethodID getProperty =
-        tether::getStaticMethodID(env, system, "getProperty", "(Ljava/lang/String;)Ljava/lang/String;");
+        tether::getStaticMethodID(env, system.get(), "getProperty", "(Ljava/lang/String;)Ljava/lang/String;");
+    const tether::LocalRef<jstring> key(env, tether::newStringUTF(env, name));
     jvalue argument;
-    argument.l = tether::newStringUTF(env, name);
-    auto* value = static_cast<jstring>(env->CallStaticObjectMethodA(system, getProperty, &argument));
+    argument.l = key.get();
+    const tether::LocalRef<jstring> value(
+        env, static_cast<jstring>(env->CallStaticObjectMethodA(system.get(), getProperty, &argument)));
     tether::throwIfPending(env);
-    std::string text;
-    if (value != nullptr) {
-        const char* characters = tether::getStringUTFChars(env, value);
-        text = characters;
-        env->ReleaseStringUTFChars(value, characters);
-        env->DeleteLocalRef(value);
-    }
-    env->DeleteLocalRef(argument.l);
-    env->DeleteLocalRef(system);
-    return text;
+    return value ? utf8Of(env, value.get()) : std::string();
 }
 
 jclass globalClass(JNIEnv* env, const char* name) {
-    jclass local = tether::findClass(env, name);
-    auto* global = static_cast<jclass>(env->NewGlobalRef(local));
-    env->DeleteLocalRef(local);
+    const tether::LocalRef<jclass> local(env, tether::findClass(env, name));
+    auto* global = static_cast<jclass>(env->NewGlobalRef(local.get()));
     if (global == nullptr) {
         tether::throwOutOfMemory(env);
     }
     return global;
 }
 
-/// The configuration gives the class away for good, so it is kept also when a later step fails.
+/// The configuration gives the class away once, so it is kept also when a later step fails. Loading it runs class
+/// loaders of the application, which may come back here on this thread: the first class that was had is the one.
 jclass integrationClass(JNIEnv* env) {
+    static std::recursive_mutex& loading = *new std::recursive_mutex;
     static jclass loaded = nullptr;
+    const std::lock_guard<std::recursive_mutex> lock(loading);
     if (loaded != nullptr) {
         return loaded;
     }
@@ -56,16 +53,34 @@ jclass integrationClass(JNIEnv* env) {
     if (!config || !vrlIsJVMEnabled()) {
         throw vrlBaseException(config ? "the runtime was started with -nojvm" : "the runtime knows no virtual machine");
     }
-    loaded = config->loadOJI("-Djava.class.path=" + systemProperty(env, "java.class.path"),
-                             "-Djava.library.path=" + systemProperty(env, "java.library.path"));
-    if (loaded == nullptr) {
+    jclass ours = config->loadOJI("-Djava.class.path=" + systemProperty(env, "java.class.path"),
+                                  "-Djava.library.path=" + systemProperty(env, "java.library.path"));
+    if (loaded != nullptr) {
+        env->DeleteGlobalRef(ours);
+    } else if (ours == nullptr) {
         throw vrlBaseException("the integration class was not found");
+    } else {
+        loaded = ours;
     }
     return loaded;
 }
 
-std::unique_ptr<JavaTypes> loadTypes(JNIEnv* env) {
-    auto types = std::make_unique<JavaTypes>();
+/// Ends types that nobody knows yet, with the references that they have got so far. The integration class stays.
+struct UnknownTypesEnd {
+    JNIEnv* env;
+    void operator()(JavaTypes* types) const noexcept {
+        for (jclass cls : {types->object, types->string, types->number, types->boxedDouble, types->boxedBoolean,
+                           types->doubleArray, types->doubleArrayArray}) {
+            env->DeleteGlobalRef(cls);
+        }
+        delete types;
+    }
+};
+
+using UnknownTypes = std::unique_ptr<JavaTypes, UnknownTypesEnd>;
+
+UnknownTypes loadTypes(JNIEnv* env) {
+    UnknownTypes types(new JavaTypes{}, {env});
     types->invoker = integrationClass(env);
     types->invoke = tether::getStaticMethodID(
         env, types->invoker, "invoke", "(Ljava/lang/Object;Ljava/lang/String;[Ljava/lang/Object;)Ljava/lang/Object;");
@@ -83,7 +98,7 @@ std::unique_ptr<JavaTypes> loadTypes(JNIEnv* env) {
     return types;
 }
 
-std::unique_ptr<JavaTypes> loadOrExplain(JNIEnv* env) {
+UnknownTypes loadOrExplain(JNIEnv* env) {
     try {
         return loadTypes(env);
     } catch (const std::exception& failure) {
@@ -97,18 +112,17 @@ std::unique_ptr<JavaTypes> loadOrExplain(JNIEnv* env) {
 }  // namespace
 
 const JavaTypes& javaTypes(JNIEnv* env) {
-    static std::mutex& loading = *new std::mutex;
-    static std::atomic<const JavaTypes*> types{nullptr};
-    const JavaTypes* known = types.load(std::memory_order_acquire);
-    if (known == nullptr) {
-        const std::lock_guard<std::mutex> lock(loading);
-        known = types.load(std::memory_order_relaxed);
-        if (known == nullptr) {
-            known = loadOrExplain(env).release();
-            types.store(known, std::memory_order_release);
-        }
+    static std::atomic<const JavaTypes*> known{nullptr};
+    const JavaTypes* types = known.load(std::memory_order_acquire);
+    if (types != nullptr) {
+        return *types;
     }
-    return *known;
+    // Without a lock, since class loaders run code of the application. Whoever comes second drops what it loaded.
+    UnknownTypes ours = loadOrExplain(env);
+    if (known.compare_exchange_strong(types, ours.get(), std::memory_order_acq_rel)) {
+        types = ours.release();
+    }
+    return *types;
 }
 
 }  // namespace vrlkrt

@@ -3,6 +3,7 @@
 #include "jzi/javaarray.h"
 #include "qx/arrayowner.h"
 #include "tether/jnicalls.h"
+#include "tether/localref.h"
 #include "vrlbase/exceptions.h"
 
 #include <limits>
@@ -39,17 +40,17 @@ jdoubleArray newDoubles(JNIEnv* env, const double* data, jsize count) {
 jobject nestedRows(JNIEnv* env, const JavaTypes& types, const krt::Value& value,
                    const krt::MatrixView<const double>& matrix) {
     const jsize columns = javaLength(value, matrix.columns());
-    jobjectArray rows = tether::newObjectArray(env, javaLength(value, matrix.rows()), types.doubleArray);
+    tether::LocalRef<jobjectArray> rows(
+        env, tether::newObjectArray(env, javaLength(value, matrix.rows()), types.doubleArray));
     std::vector<double> gathered(matrix.columns());
     for (std::size_t row = 0; row < matrix.rows(); ++row) {
         for (std::size_t column = 0; column < matrix.columns(); ++column) {
             gathered[column] = matrix(row, column);
         }
-        jdoubleArray line = newDoubles(env, gathered.data(), columns);
-        tether::setObjectArrayElement(env, rows, static_cast<int>(row), line);
-        env->DeleteLocalRef(line);
+        const tether::LocalRef<jdoubleArray> line(env, newDoubles(env, gathered.data(), columns));
+        tether::setObjectArrayElement(env, rows.get(), static_cast<int>(row), line.get());
     }
-    return rows;
+    return rows.release();
 }
 
 jobject numbersOf(JNIEnv* env, const JavaTypes& types, const krt::Value& value) {
@@ -90,13 +91,14 @@ jobject elementsOf(JNIEnv* env, const JavaTypes& types, const krt::Value& value,
     if (depth == deepestCell) {
         value.unexpected("cells that nest less deep");
     }
-    jobjectArray elements = tether::newObjectArray(env, javaLength(value, cell.size()), types.object);
+    tether::LocalRef<jobjectArray> elements(env,
+                                            tether::newObjectArray(env, javaLength(value, cell.size()), types.object));
     for (std::size_t i = 0; i < cell.size(); ++i) {
-        jobject element = cell[i].missing() ? nullptr : convert(env, types, cell[i], depth + 1);
-        tether::setObjectArrayElement(env, elements, static_cast<int>(i), element);
-        env->DeleteLocalRef(element);
+        const tether::LocalRef<jobject> element(env,
+                                                cell[i].missing() ? nullptr : convert(env, types, cell[i], depth + 1));
+        tether::setObjectArrayElement(env, elements.get(), static_cast<int>(i), element.get());
     }
-    return elements;
+    return elements.release();
 }
 
 jobject convert(JNIEnv* env, const JavaTypes& types, const krt::Value& value, int depth) {
@@ -149,26 +151,30 @@ qxArray* row(JNIEnv* env, jdoubleArray values) {
 /// Reads one row into column-major storage, through `line`, which has as many places as there are columns.
 void storeRow(JNIEnv* env, jobjectArray rows, jsize number, jsize rowCount, std::vector<double>& line,
               double* storage) {
-    auto* values = static_cast<jdoubleArray>(tether::getObjectArrayElement(env, rows, number));
+    const tether::LocalRef<jdoubleArray> values(
+        env, static_cast<jdoubleArray>(tether::getObjectArrayElement(env, rows, number)));
     const auto columns = static_cast<jsize>(line.size());
-    if (values == nullptr || env->GetArrayLength(values) != columns) {
+    if (!values || env->GetArrayLength(values.get()) != columns) {
         throw vrlBaseException("row " + std::to_string(number) + " of the double[][] " +
-                               (values == nullptr ? "is null" : "differs in length from the first"));
+                               (values ? "differs in length from the first" : "is null"));
     }
-    env->GetDoubleArrayRegion(values, 0, columns, line.data());
+    env->GetDoubleArrayRegion(values.get(), 0, columns, line.data());
     tether::throwIfPending(env);
-    env->DeleteLocalRef(values);
     for (jsize column = 0; column < columns; ++column) {
         storage[static_cast<std::size_t>(column) * static_cast<std::size_t>(rowCount) +
                 static_cast<std::size_t>(number)] = line[static_cast<std::size_t>(column)];
     }
 }
 
+/// Length of the first row; 0 when there is none.
+jsize columnsOf(JNIEnv* env, jobjectArray rows, jsize rowCount) {
+    const tether::LocalRef<jobject> first(env, rowCount == 0 ? nullptr : tether::getObjectArrayElement(env, rows, 0));
+    return first ? env->GetArrayLength(static_cast<jarray>(first.get())) : 0;
+}
+
 qxArray* matrix(JNIEnv* env, jobjectArray rows) {
     const jsize rowCount = env->GetArrayLength(rows);
-    jobject first = rowCount == 0 ? nullptr : tether::getObjectArrayElement(env, rows, 0);
-    const jsize columns = first == nullptr ? 0 : env->GetArrayLength(static_cast<jarray>(first));
-    env->DeleteLocalRef(first);
+    const jsize columns = columnsOf(env, rows, rowCount);
     qxArrayOwner array(checked(
         qxCreateDoubleMatrix(static_cast<std::uint32_t>(rowCount), static_cast<std::uint32_t>(columns), qxREAL)));
     std::vector<double> line(static_cast<std::size_t>(columns));

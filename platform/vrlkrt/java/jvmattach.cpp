@@ -1,59 +1,70 @@
 #include "vrlkrt/jvmattach.h"
 
 #include "tether/jnicalls.h"
+#include "tether/localref.h"
+#include "vrlkrt/java/javatext.h"
 
 #include <link.h>
 
+#include <new>
 #include <string_view>
 
 namespace jvm_attach {
 
 namespace {
 
+using tether::LocalRef;
+
 /// The one class of the binding that components reach Java through, as class loaders name it.
 constexpr const char* invokerClass = "com.norvane.toolbox.loomkit.internal.ObjectInvoker";
 constexpr const char* invokerClassForJni = "com/norvane/toolbox/loomkit/internal/ObjectInvoker";
 
-/// Stops at the virtual machine's library and stores its folder.
+/// Short enough to need no memory of its own.
+constexpr const char* outOfMemory = "out of memory";
+
+/// The path of a library that stays loaded, without its name.
+struct LibraryFile {
+    const char* path = "";
+    std::size_t folderLength = 0;
+};
+
+/// Stops at the virtual machine's library and stores where it lies. Nothing may throw through the loader.
 int findMachine(dl_phdr_info* library, std::size_t, void* result) {
     constexpr std::string_view name = "/libjvm.so";
     const std::string_view file = library->dlpi_name;
     if (file.size() < name.size() || file.substr(file.size() - name.size()) != name) {
         return 0;
     }
-    *static_cast<std::string*>(result) = file.substr(0, file.size() - name.size());
+    *static_cast<LibraryFile*>(result) = {library->dlpi_name, file.size() - name.size()};
     return 1;
 }
 
-jclass loadThrough(JNIEnv* env, jobject classLoader) {
-    jclass loaderClass = tether::findClass(env, "java/lang/ClassLoader");
-    jmethodID loadClass = tether::getMethodID(env, loaderClass, "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
-    jvalue name;
-    name.l = tether::newStringUTF(env, invokerClass);
-    jobject loaded = env->CallObjectMethodA(classLoader, loadClass, &name);
+LocalRef<jclass> loadThrough(JNIEnv* env, jobject classLoader) {
+    const LocalRef<jclass> loaderClass(env, tether::findClass(env, "java/lang/ClassLoader"));
+    jmethodID loadClass =
+        tether::getMethodID(env, loaderClass.get(), "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
+    const LocalRef<jstring> name(env, tether::newStringUTF(env, invokerClass));
+    jvalue argument;
+    argument.l = name.get();
+    LocalRef<jclass> loaded(env, static_cast<jclass>(env->CallObjectMethodA(classLoader, loadClass, &argument)));
     tether::throwIfPending(env);
-    env->DeleteLocalRef(name.l);
-    env->DeleteLocalRef(loaderClass);
-    return static_cast<jclass>(loaded);
+    return loaded;
 }
 
-std::string utf8Of(JNIEnv* env, jstring string) {
-    const char* characters = tether::getStringUTFChars(env, string);
-    std::string text = characters;
-    env->ReleaseStringUTFChars(string, characters);
-    return text;
-}
-
+/// What a method without arguments gives, a local reference.
 jobject callForObject(JNIEnv* env, jobject object, const char* method, const char* signature) {
-    jclass cls = env->GetObjectClass(object);
-    jmethodID id = tether::getMethodID(env, cls, method, signature);
-    env->DeleteLocalRef(cls);
-    jobject result = env->CallObjectMethodA(object, id, nullptr);
+    const LocalRef<jclass> cls(env, env->GetObjectClass(object));
+    jobject result = env->CallObjectMethodA(object, tether::getMethodID(env, cls.get(), method, signature), nullptr);
     tether::throwIfPending(env);
     return result;
 }
 
-/// What printStackTrace writes, without the last line end.
+std::string textBy(JNIEnv* env, jobject object, const char* method) {
+    const LocalRef<jstring> text(env, static_cast<jstring>(callForObject(env, object, method, "()Ljava/lang/String;")));
+    return vrlkrt::utf8Of(env, text.get());
+}
+
+/// What printStackTrace writes, without the last line end. References are left to the caller's frame.
 std::string stackTrace(JNIEnv* env, jthrowable thrown) {
     jclass bufferClass = tether::findClass(env, "java/io/StringWriter");
     jobject buffer =
@@ -68,62 +79,72 @@ std::string stackTrace(JNIEnv* env, jthrowable thrown) {
     tether::callMethodA<void>(
         env, thrown, tether::getMethodID(env, thrownClass, "printStackTrace", "(Ljava/io/PrintWriter;)V"), &argument);
     tether::callMethodA<void>(env, writer, tether::getMethodID(env, writerClass, "flush", "()V"), nullptr);
-    std::string text =
-        utf8Of(env, static_cast<jstring>(callForObject(env, buffer, "toString", "()Ljava/lang/String;")));
+    std::string text = textBy(env, buffer, "toString");
     text.erase(text.find_last_not_of("\r\n") + 1);
     return text;
 }
 
-/// Tries ever simpler texts: the exception's own code may fail as well.
-std::string textOf(JNIEnv* env, jthrowable thrown) {
-    try {
-        return stackTrace(env, thrown);
-    } catch (const tether::Exception&) {
-        env->ExceptionClear();
+std::string className(JNIEnv* env, jthrowable thrown) {
+    const LocalRef<jclass> cls(env, env->GetObjectClass(thrown));
+    return textBy(env, cls.get(), "getName");
+}
+
+/// Tries ever simpler texts: the exception's own code may fail as well, or there be no memory for them.
+std::string textOf(JNIEnv* env, jthrowable thrown) noexcept {
+    for (const auto attempt : {stackTrace, className}) {
+        try {
+            return attempt(env, thrown);
+        } catch (const tether::Exception&) {
+            env->ExceptionClear();
+        } catch (const std::bad_alloc&) {
+            env->ExceptionClear();
+        }
     }
     try {
-        auto* cls = env->GetObjectClass(thrown);
-        return utf8Of(env, static_cast<jstring>(callForObject(env, cls, "getName", "()Ljava/lang/String;")));
-    } catch (const tether::Exception&) {
-        env->ExceptionClear();
+        return "a Java exception that has no text";
+    } catch (const std::bad_alloc&) {
+        return outOfMemory;
     }
-    return "a Java exception that has no text";
 }
 
 }  // namespace
 
 std::string getJVMLocation() {
-    std::string folder;
-    dl_iterate_phdr(findMachine, &folder);
-    return folder;
+    LibraryFile machine{};
+    dl_iterate_phdr(findMachine, &machine);
+    try {
+        return std::string(machine.path, machine.folderLength);
+    } catch (const std::bad_alloc&) {
+        throw tether::OutOfMemoryException();
+    }
 }
 
 // The class lies beside the binding's own classes, so the loader finds it; the paths are for machines that don't run
 // yet.
 tether::GlobalRef<jclass> loadOJI(JNIEnv* env, const tether::JNIEnvInjector& injector, const std::string&,
                                   const std::string&, jobject classLoader) {
-    jclass loaded = classLoader == nullptr ? tether::findClass(env, invokerClassForJni) : loadThrough(env, classLoader);
-    if (loaded == nullptr) {
+    LocalRef<jclass> loaded = classLoader == nullptr ? LocalRef<jclass>(env, tether::findClass(env, invokerClassForJni))
+                                                     : loadThrough(env, classLoader);
+    if (!loaded) {
         tether::throwNullPointer(env);
     }
-    return {injector, env, loaded};
+    return tether::GlobalRef<jclass>::taking(injector, env, loaded.release());
 }
 
 std::string exceptionToString(JNIEnv* env) {
-    jthrowable thrown = env->ExceptionOccurred();
-    if (thrown == nullptr) {
+    const LocalRef<jthrowable> thrown(env, env->ExceptionOccurred());
+    if (!thrown) {
         return {};
     }
     env->ExceptionClear();
-    std::string text;
+    std::string text(outOfMemory);
     if (env->PushLocalFrame(16) == JNI_OK) {
-        text = textOf(env, thrown);
+        text = textOf(env, thrown.get());
         env->PopLocalFrame(nullptr);
     } else {
         env->ExceptionClear();
     }
-    env->Throw(thrown);
-    env->DeleteLocalRef(thrown);
+    env->Throw(thrown.get());
     return text;
 }
 

@@ -4,12 +4,13 @@
 
 #include <jni.h>
 #include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
 
 namespace tether {
 
 /// Runs a callable with a JNIEnv on any thread. A thread that the virtual machine doesn't know is attached for
 /// the length of that one callable and detached again, also when it throws; one that is attached stays so.
-/// Copies share nothing and hold the same three functions, which must outlive no one but themselves.
+/// Copies share the three functions, so copying neither allocates nor fails; a run keeps them alive to its end.
 class JNIEnvInjector {
 public:
     using GetEnv = boost::function<int(JNIEnv**)>;
@@ -29,8 +30,9 @@ public:
     };
 
     JNIEnvInjector(const GetEnv& getEnv, const Attach& attach, const Detach& detach);
-    JNIEnvInjector(const JNIEnvInjector&);
-    JNIEnvInjector& operator=(const JNIEnvInjector&);
+    // No move: what was moved from would have no functions to run with.
+    JNIEnvInjector(const JNIEnvInjector&) noexcept = default;
+    JNIEnvInjector& operator=(const JNIEnvInjector&) noexcept = default;
     ~JNIEnvInjector();
 
     /// Calls `callable(JNIEnv*)` and returns its result. Throws GetEnvError or AttachCurrentThreadError when
@@ -38,24 +40,29 @@ public:
     /// whatever the callable throws.
     template <typename Callable>
     auto run(Callable&& callable) const -> decltype(callable(static_cast<JNIEnv*>(nullptr))) {
+        const boost::shared_ptr<const Functions> functions = functions_;
         JNIEnv* env = nullptr;
-        if (getEnv_(&env) != JNI_EDETACHED) {
+        if (functions->getEnv(&env) != JNI_EDETACHED) {
             if (env == nullptr) {
                 throw GetEnvError();
             }
             return callable(env);
         }
-        if (attach_(&env) != JNI_OK || env == nullptr) {
+        if (functions->attach(&env) != JNI_OK || env == nullptr) {
             throw AttachCurrentThreadError();
         }
-        const detach_guard guard(detach_);
+        const detach_guard guard(functions->detach);
         return callable(env);
     }
 
 private:
-    GetEnv getEnv_;
-    Attach attach_;
-    Detach detach_;
+    struct Functions {
+        GetEnv getEnv;
+        Attach attach;
+        Detach detach;
+    };
+
+    boost::shared_ptr<const Functions> functions_;
 };
 
 /// An injector that hands out the given environment; for use on its own thread only.

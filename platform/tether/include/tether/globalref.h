@@ -2,6 +2,7 @@
 
 #include "tether/envinjector.h"
 #include "tether/jnicalls.h"
+#include "tether/localref.h"
 
 #include <exception>
 #include <utility>
@@ -29,16 +30,23 @@ class GlobalRef {
 public:
     /// Takes over a local reference of the current thread: a global one is made and the local one deleted, also
     /// when there is no global one to be had.
-    GlobalRef(const JNIEnvInjector& injector, JNIEnv* env, T local)
-        : GlobalRef(injector, local, LocalEnd{env, local}) {}
+    static GlobalRef taking(const JNIEnvInjector& injector, JNIEnv* env, T local) {
+        const LocalRef<T> end(env, local);
+        return of(injector, local);
+    }
 
     /// Refers to an object that the caller keeps its own reference to.
-    GlobalRef(const JNIEnvInjector& injector, T borrowed)
-        : injector_(injector), reference_(newGlobalRef(injector, borrowed)) {}
+    static GlobalRef of(const JNIEnvInjector& injector, T borrowed) {
+        return adopting(injector, newGlobalRef(injector, borrowed));
+    }
+
+    /// Takes over a global reference.
+    static GlobalRef adopting(const JNIEnvInjector& injector, T global) noexcept { return {injector, global}; }
 
     GlobalRef(const GlobalRef& other)
         : injector_(other.injector_),
           reference_(other.reference_ == nullptr ? nullptr : newGlobalRef(other.injector_, other.reference_)) {}
+    GlobalRef(GlobalRef&& other) noexcept : injector_(other.injector_), reference_(other.release()) {}
 
     GlobalRef& operator=(GlobalRef other) noexcept {
         swap(other);
@@ -48,7 +56,7 @@ public:
     /// A thread that can't be attached any more leaves the reference to the virtual machine's end.
     ~GlobalRef() {
         try {
-            deleteThrough(injector_);
+            reset();
         } catch (const std::exception&) {
             return;
         }
@@ -64,25 +72,12 @@ public:
     /// there.
     void reset() {
         if (reference_ != nullptr) {
-            const JNIEnvInjector injector = injector_;
-            deleteThrough(injector);
+            injector_.run([this](JNIEnv* env) { env->DeleteGlobalRef(release()); });
         }
     }
 
 private:
-    struct LocalEnd {
-        ~LocalEnd() { env->DeleteLocalRef(local); }
-        JNIEnv* env;
-        T local;
-    };
-
-    GlobalRef(const JNIEnvInjector& injector, T local, const LocalEnd&) : GlobalRef(injector, local) {}
-
-    void deleteThrough(const JNIEnvInjector& injector) {
-        if (reference_ != nullptr) {
-            injector.run([this](JNIEnv* env) { env->DeleteGlobalRef(release()); });
-        }
-    }
+    GlobalRef(const JNIEnvInjector& injector, T global) noexcept : injector_(injector), reference_(global) {}
 
     void swap(GlobalRef& other) noexcept {
         std::swap(injector_, other.injector_);

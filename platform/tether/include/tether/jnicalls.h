@@ -2,9 +2,7 @@
 
 /// The JNI calls that can fail, with failure as an exception: each throws a tether::Exception, or one of its
 /// subclasses, when a Java exception is pending or the call gave nothing. A pending exception is never cleared, wrapped
-/// or replaced. Calls that make something look for one first, so that none returns with an exception pending. Reads,
-/// which run once for each element of large arrays, look when they gave nothing: they may be called with nothing
-/// pending only. Returned references are local references of the caller.
+/// or replaced, and none of them returns with one pending. Returned references are local references of the caller.
 
 #include "tether/exceptions.h"
 
@@ -45,14 +43,15 @@ jobject newObjectA(JNIEnv* env, jclass cls, jmethodID constructor, const jvalue*
 
 /// An array with null elements.
 jobjectArray newObjectArray(JNIEnv* env, jsize length, jclass elementClass);
-/// A read.
 jobject getObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index);
+/// The same for the elements of a walk, which knows that nothing is pending: it doesn't look again for each element.
+jobject nextObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index);
 void setObjectArrayElement(JNIEnv* env, jobjectArray array, int index, jobject value);
 
+/// From UTF-16 units; null units are fine for a length of 0 only.
 jstring newString(JNIEnv* env, const jchar* units, jsize length);
 /// From modified UTF-8; plain UTF-8 is read as well, and bytes that are neither become U+FFFD.
 jstring newStringUTF(JNIEnv* env, const char* text);
-/// Reads.
 const jchar* getStringChars(JNIEnv* env, jstring string);
 const char* getStringUTFChars(JNIEnv* env, jstring string);
 

@@ -61,7 +61,7 @@ void writeSparse(qxArray* array, SparsePosition at, const V& value, bool real) {
 /// The natives that write one element, at a jint index or a jintArray of subscripts, in one part of the array.
 template <typename JavaAddress, typename V>
 void writeElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, const V& value, bool real) {
-    subscriptGuarded(env, false, [&] {
+    subscriptGuarded(env, [&] {
         qxArray* array = openHandle(env, handle);
         if (array == nullptr) {
             raise(env, "java/lang/RuntimeException", "qxSetAt failed: NULL array pointer");
@@ -74,7 +74,6 @@ void writeElement(JNIEnv* env, jobject handle, JavaAddress javaAddress, const V&
         } else {
             writeDense(array, position.index, value, real);
         }
-        return true;
     });
 }
 

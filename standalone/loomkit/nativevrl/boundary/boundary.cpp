@@ -17,4 +17,8 @@ void throwRuntimeFailure(JNIEnv* env, const char* prefix, const std::exception& 
     tether::throwNamedException(env, nvExceptionClass, (std::string(prefix) + failure.what()).c_str());
 }
 
+void report(JNIEnv* env, const char* className, const std::exception& failure) {
+    guarded(env, [&] { tether::throwNamedException(env, className, failure.what()); });
+}
+
 }  // namespace nativevrl

@@ -2,6 +2,7 @@
 
 #include "basix/basix.h"
 #include "proxies/jobjectproxy.h"
+#include "proxies/jprimitive.h"
 #include "tether/jnicalls.h"
 
 #include <boost/shared_ptr.hpp>
@@ -10,22 +11,11 @@
 
 namespace nativevrl {
 
-namespace {
-
-/// A class for the length of a look-up, with the one local reference that the look-up gave.
-JObjectRef foundClass(JNIEnv* env, const char* name) {
-    JObjectRef cls(env, nullptr);
-    cls.attach(tether::findClass(env, name));
-    return cls;
-}
-
-}  // namespace
-
 JavaPrintHandler::JavaPrintHandler(const tether::JNIEnvInjector& injector, jobject callable)
-    : callable_(injector, callable) {
+    : callable_(tether::GlobalRef<jobject>::of(injector, callable)) {
     injector.run([this](JNIEnv* env) {
-        const JObjectRef callableClass = foundClass(env, "java/util/concurrent/Callable");
-        const JObjectRef printStreamClass = foundClass(env, "java/io/PrintStream");
+        const auto callableClass = adopt(env, tether::findClass(env, "java/util/concurrent/Callable"));
+        const auto printStreamClass = adopt(env, tether::findClass(env, "java/io/PrintStream"));
         callMethod_ =
             tether::getMethodID(env, static_cast<jclass>(callableClass.ref()), "call", "()Ljava/lang/Object;");
         printMethod_ =
@@ -48,13 +38,10 @@ int JavaPrintHandler::print(JNIEnv* env, const char* text) const {
     if (wide == nullptr) {
         return -1;
     }
-    JObjectRef string(env, nullptr);
-    string.attach(tether::newString(env, reinterpret_cast<const jchar*>(wide.get()),
-                                    static_cast<jsize>(utf16_strlen(wide.get()))));
-    JObjectRef stream(env, nullptr);
-    stream.attach(callObjectMethod(env, callable_.get(), callMethod_));
-    jvalue argument;
-    argument.l = string.ref();
+    const auto* units = reinterpret_cast<const jchar*>(wide.get());
+    const auto string = adopt(env, tether::newString(env, units, static_cast<jsize>(utf16_strlen(wide.get()))));
+    const auto stream = adopt(env, callObjectMethod(env, callable_.get(), callMethod_));
+    const jvalue argument = objectArgument(string.ref());
     tether::callMethodA<void>(env, stream.ref(), printMethod_, &argument);
     return 0;
 }

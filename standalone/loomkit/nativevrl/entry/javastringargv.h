@@ -2,6 +2,8 @@
 
 #include "proxies/jstringproxy.h"
 
+#include <cstdlib>
+#include <memory>
 #include <vector>
 
 namespace nativevrl {
@@ -13,7 +15,6 @@ public:
     static constexpr unsigned inlineSlotCount = 5;
 
     JavaStringArgv(JNIEnv* env, jobjectArray strings);
-    ~JavaStringArgv();
     JavaStringArgv(const JavaStringArgv&) = delete;
     JavaStringArgv& operator=(const JavaStringArgv&) = delete;
 
@@ -22,10 +23,15 @@ public:
     bool isInline() const noexcept { return argv_ == inlineSlots_; }
 
 private:
+    struct BlockEnd {
+        void operator()(const char** block) const noexcept { std::free(block); }
+    };
+
     unsigned count_ = 0;
-    const char** argv_ = nullptr;
+    const char** argv_ = nullptr;  ///< one of the two below; null while there is no memory
     const char* inlineSlots_[inlineSlotCount] = {};
-    std::vector<JStringProxy> proxies_;  ///< owns the characters that argv_ points to
+    std::unique_ptr<const char*, BlockEnd> block_;
+    std::vector<JStringProxy> proxies_;  ///< owns the characters that argv_ points to, and ends first
 };
 
 }  // namespace nativevrl

@@ -1,14 +1,9 @@
 #include "entry/javavmconfig.h"
 
-#include "entry/librarystate.h"
-#include "proxies/jobjectref.h"
-#include "proxies/jstringproxy.h"
+#include "proxies/jobjectproxy.h"
+#include "proxies/jprimitive.h"
 #include "tether/jnicalls.h"
-#include "vrlbase/vrlbase.h"
 #include "vrlkrt/jvmattach.h"
-
-#include <boost/make_shared.hpp>
-#include <boost/shared_ptr.hpp>
 
 #include <cstring>
 #include <stdexcept>
@@ -17,10 +12,12 @@ namespace nativevrl {
 
 namespace {
 
-/// What follows `prefix` in `option`. A text without the prefix is cut at one less than the prefix's length, since
-/// the position "not found" wraps around. Throws std::out_of_range for one that ends before.
+/// What follows `prefix` in `option`. A text without the prefix is cut at one less than the prefix's length. Throws
+/// std::out_of_range for one that ends before.
 std::string textAfter(const std::string& option, const char* prefix) {
-    const std::size_t begin = option.find(prefix, 0) + std::strlen(prefix);
+    const std::size_t length = std::strlen(prefix);
+    const std::size_t found = option.find(prefix);
+    const std::size_t begin = found == std::string::npos ? length - 1 : found + length;
     if (begin > option.size()) {
         throw std::out_of_range("invalid string position");
     }
@@ -66,28 +63,10 @@ tether::GlobalRef<jclass> JavaVMConfigLoomkit::callLoadOJI(const tether::JNIEnvI
                                                      "(Ljava/lang/String;Ljava/lang/String;)Ljava/lang/Class;");
         const NewJStringProxy classPathString(env, classPath.c_str());
         const NewJStringProxy libraryPathString(env, libraryPath.c_str());
-        jvalue arguments[2];
-        arguments[0].l = classPathString.ref();
-        arguments[1].l = libraryPathString.ref();
-        jobject result = env->CallStaticObjectMethodA(hackClass_.get(), method, arguments);
-        tether::throwIfPending(env);
-        return tether::GlobalRef<jclass>(injector, env, static_cast<jclass>(result));
+        const jvalue arguments[] = {objectArgument(classPathString.ref()), objectArgument(libraryPathString.ref())};
+        jobject result = callStaticObjectMethod(env, hackClass_.get(), method, arguments);
+        return tether::GlobalRef<jclass>::taking(injector, env, static_cast<jclass>(result));
     });
-}
-
-namespace {
-
-void configureRuntime(JNIEnv* env) {
-    jclass found = tether::findClass(env, "com/norvane/toolbox/loomkit/internal/JBOSSHack");
-    // The global reference takes the local one over and deletes it.
-    const tether::GlobalRef<jclass> hackClass(*sharedEnvInjector, env, found);
-    vrlSetZvmState(4, boost::make_shared<JavaVMConfigLoomkit>(sharedJavaVM, hackClass));
-}
-
-}  // namespace
-
-void configureRuntimeOnce(JNIEnv* env) {
-    std::call_once(krtStartupOnce, [env] { configureRuntime(env); });
 }
 
 }  // namespace nativevrl

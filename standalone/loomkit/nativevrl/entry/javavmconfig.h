@@ -38,8 +38,4 @@ private:
     std::string jvmLocation_;
 };
 
-/// Hands the configuration to the runtime, once in the life of the process. A run that ends in an exception leaves
-/// the way free for the next caller.
-void configureRuntimeOnce(JNIEnv* env);
-
 }  // namespace nativevrl

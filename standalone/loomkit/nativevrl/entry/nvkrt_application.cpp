@@ -2,7 +2,7 @@
 
 #include "boundary/boundary.h"
 #include "entry/javastringargv.h"
-#include "entry/javavmconfig.h"
+#include "entry/startup.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/vrlkrt.h"
 

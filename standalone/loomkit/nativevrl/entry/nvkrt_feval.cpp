@@ -66,20 +66,20 @@ jobject objectOfResult(JNIEnv* env, krtInstance& instance, qxArray* result) {
 void handBack(JNIEnv* env, krtInstance& instance, const JListIteratorProxy& outputs, LocalQxArrayList& arrays) {
     for (unsigned i = 0; outputs.hasNext(); ++i) {
         outputs.next();
-        JObjectRef object(env, nullptr);
-        object.attach(objectOfResult(env, instance, arrays[i]));
+        const auto object = adopt(env, objectOfResult(env, instance, arrays[i]));
         arrays[i] = nullptr;
         outputs.set(object.ref());
     }
 }
 
+/// What Java hands over for one call. All borrowed.
 struct Evaluation {
-    jobject instance;
-    jstring function;
-    jint nlhs;
-    jobject outputs;
-    jint nrhs;
-    jobject inputs;
+    jobject instance = nullptr;
+    jstring function = nullptr;
+    jint nlhs = 0;
+    jobject outputs = nullptr;
+    jint nrhs = 0;
+    jobject inputs = nullptr;
 };
 
 void evaluate(JNIEnv* env, const Evaluation& evaluation) {
@@ -118,10 +118,15 @@ void throwWithStack(JNIEnv* env, const Norvane::vrl::vrlBaseException& failure) 
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlFeval(JNIEnv* env, jclass, jobject instance, jstring function,
                                                               jint nlhs, jobject outputs, jint nrhs, jobject inputs) {
+    Evaluation evaluation;
+    evaluation.instance = instance;
+    evaluation.function = function;
+    evaluation.nlhs = nlhs;
+    evaluation.outputs = outputs;
+    evaluation.nrhs = nrhs;
+    evaluation.inputs = inputs;
     evaluating(
         env, "An unknown internal error has occurred while trying to run the TAVRIX function.\n",
-        [&] {
-            evaluate(env, {instance, function, nlhs, outputs, nrhs, inputs});
-        },
+        [&] { evaluate(env, evaluation); },
         [&](const Norvane::vrl::vrlBaseException& failure) { throwWithStack(env, failure); });
 }

@@ -3,8 +3,8 @@
 #include "boundary/boundary.h"
 #include "entry/javaprinthandler.h"
 #include "entry/javastreamsource.h"
-#include "entry/javavmconfig.h"
 #include "entry/librarystate.h"
+#include "entry/startup.h"
 #include "proxies/jnativeptrproxy.h"
 #include "proxies/jstringproxy.h"
 #include "vrlkrt/vrlkrt.h"
@@ -24,15 +24,20 @@ using namespace nativevrl;
 
 namespace {
 
-/// What Java hands over for a new instance, in the order of the native's arguments. All borrowed.
+/// Where the text of an instance goes: Callables of PrintStreams, for errors with warnings and for the rest.
+struct PrintCallables {
+    jobject errors = nullptr;
+    jobject ordinary = nullptr;
+};
+
+/// What Java hands over for a new instance. All borrowed.
 struct InstanceRequest {
-    jboolean useCache;
-    jstring componentText;
-    jstring extractTo;
-    jobject archive;
-    jint length;
-    jobject second;
-    jobject first;
+    jboolean useCache = JNI_FALSE;
+    jstring componentText = nullptr;  ///< names the component in the failure to load it without an archive
+    jstring extractTo = nullptr;      ///< folder for its files, without the cache
+    jobject archive = nullptr;        ///< InputStream over `length` bytes, or null with a length of -1
+    jint length = 0;
+    PrintCallables output;
 };
 
 /// Reports a request that can't be met: always false. The failure leaves by an ordinary return, so what was built so
@@ -98,7 +103,8 @@ bool chooseExtractor(JNIEnv* env, const InstanceRequest& request, Creation& crea
     return true;
 }
 
-/// Chooses where the component's files are to lie: in the cache, or in the folder that Java named. False likewise.
+/// Chooses where the component's files are to lie: in the cache, or in the folder that Java named. False when the
+/// request can't be met: then a failure is reported.
 bool chooseFactory(JNIEnv* env, const InstanceRequest& request, Creation& creation) {
     if (request.useCache == JNI_TRUE) {
         creation.factory = vrlMakeComponentCacheExtractedComponentFactory(creation.extractor);
@@ -114,11 +120,11 @@ bool chooseFactory(JNIEnv* env, const InstanceRequest& request, Creation& creati
     return true;
 }
 
-/// The new instance, with handlers around the two callables. The runtime takes them in the opposite of Java's order.
-void* createInstance(const InstanceRequest& request, const vrlExtractedComponentFactory& factory) {
-    const vrlPrintHandler second = JavaPrintHandler(*sharedEnvInjector, request.second);
-    const vrlPrintHandler first = JavaPrintHandler(*sharedEnvInjector, request.first);
-    return vrlInitializeComponentInstance(first, second, factory);
+/// The new instance, with handlers around the two callables.
+void* createInstance(const PrintCallables& output, const vrlExtractedComponentFactory& factory) {
+    const vrlPrintHandler ordinary = JavaPrintHandler(*sharedEnvInjector, output.ordinary);
+    const vrlPrintHandler errors = JavaPrintHandler(*sharedEnvInjector, output.errors);
+    return vrlInitializeComponentInstance(errors, ordinary, factory);
 }
 
 /// Ends an instance that Java will get no handle of.
@@ -134,9 +140,9 @@ struct InstanceEnd {
 
 /// Java's handle of a new instance, which is ended again when the handle can't be made.
 jobject handleOf(JNIEnv* env, std::unique_ptr<void, InstanceEnd> instance) {
-    jobject handle = NewJNativePtrProxy(env, instance.get()).detach();
+    NewJNativePtrProxy handle(env, instance.get());
     static_cast<void>(instance.release());
-    return handle;
+    return handle.detach();
 }
 
 jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
@@ -144,7 +150,7 @@ jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
     if (!chooseExtractor(env, request, creation) || !chooseFactory(env, request, creation)) {
         return nullptr;
     }
-    std::unique_ptr<void, InstanceEnd> instance(createInstance(request, creation.factory));
+    std::unique_ptr<void, InstanceEnd> instance(createInstance(request.output, creation.factory));
     creation.factory.clear();
     return handleOf(env, std::move(instance));
 }
@@ -153,12 +159,19 @@ jobject initializeInstance(JNIEnv* env, const InstanceRequest& request) {
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeComponentInstance(
     JNIEnv* env, jclass, jboolean useCache, jint, jstring componentText, jstring extractTo, jobject archive,
-    jint length, jobject second, jobject first) {
+    jint length, jobject ordinaryOutput, jobject errorOutput) {
+    InstanceRequest request;
+    request.useCache = useCache;
+    request.componentText = componentText;
+    request.extractTo = extractTo;
+    request.archive = archive;
+    request.length = length;
+    request.output.errors = errorOutput;
+    request.output.ordinary = ordinaryOutput;
     return guarded<jobject>(env, nullptr, [&] {
         configureRuntimeOnce(env);
-        return runtimeFacing<jobject>(env, "An error occurred while initializing the component.\n", nullptr, [&] {
-            return initializeInstance(env, {useCache, componentText, extractTo, archive, length, second, first});
-        });
+        return runtimeFacing<jobject>(env, "An error occurred while initializing the component.\n", nullptr,
+                                      [&] { return initializeInstance(env, request); });
     });
 }
 
@@ -171,9 +184,9 @@ jboolean Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlTerminateInstance(JN
 }
 
 void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlWaitForFiguresToDie(JNIEnv* env, jclass, jobject handle) {
-    runtimeFacing(env, "An error occurred while waiting for figures to close.\n", false, [&] {
+    runtimeFacing(env, "An error occurred while waiting for figures to close.\n", [&] {
         const JNativePtrProxy instance(env, handle);
-        return vrlWaitForFiguresToDieInternal(instance.address(), false);
+        vrlWaitForFiguresToDieInternal(instance.address(), false);
     });
 }
 

@@ -15,12 +15,12 @@ int dropText(const char*) { return 0; }
 
 }  // namespace
 
-void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlSetDefaultPrintHandlers(JNIEnv*, jclass, jobject first,
-                                                                                jobject second) {
+void Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlSetDefaultPrintHandlers(JNIEnv*, jclass, jobject errors,
+                                                                                jobject ordinary) {
     unreported([&] {
-        const vrlPrintHandler secondHandler = JavaPrintHandler(*sharedEnvInjector, second);
-        const vrlPrintHandler firstHandler = JavaPrintHandler(*sharedEnvInjector, first);
-        vrlSetDefaultPrintHandlers(firstHandler, secondHandler);
+        const vrlPrintHandler ordinaryHandler = JavaPrintHandler(*sharedEnvInjector, ordinary);
+        const vrlPrintHandler errorHandler = JavaPrintHandler(*sharedEnvInjector, errors);
+        vrlSetDefaultPrintHandlers(errorHandler, ordinaryHandler);
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "proxies/jobjectproxy.h"
 #include "qx/qx.h"
+#include "tether/globalref.h"
 
 class krtInstance;
 
@@ -34,8 +35,7 @@ public:
     NewJNVJavaObjectRefProxy(JNIEnv* env, qxArray* array, krtInstance* instance);
 
 private:
-    /// `object` is a global reference, deleted here.
-    void wrapAndConsume(qxArray* array, jobject object);
+    void wrapAndConsume(qxArray* array, tether::GlobalRef<jobject> object);
 };
 
 }  // namespace nativevrl

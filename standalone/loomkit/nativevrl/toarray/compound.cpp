@@ -59,7 +59,7 @@ void fillCompoundArray(JNIEnv* env, JObjectArrayProxy<JObjectProxy>& flatArray, 
     JObjectProxy element(env, nullptr);
     for (jsize i = 0; i < length; ++i) {
         element.reset();
-        element.attach(tether::getObjectArrayElement(env, flatArray.array(), i));
+        element.attach(tether::nextObjectArrayElement(env, flatArray.array(), i));
         if (!element.isNull() && element.isInstanceOf<JNVBuiltinArrayClassProxy>()) {
             raise(env, "java/lang/RuntimeException",
                   "NVArray subtypes not allowed as values of non KRT based data types");

@@ -68,7 +68,7 @@ private:
         JObjectRef element(env_, nullptr);
         for (jsize i = 0; i < length; ++i) {
             element.reset();
-            element.attach(tether::getObjectArrayElement(env_, array, i));
+            element.attach(tether::nextObjectArrayElement(env_, array, i));
             collect(element.ref(), kinds(element.ref()), level + 1);
         }
     }

@@ -71,7 +71,7 @@ void storeObjects(JNIEnv* env, jobject source, TargetPart<Target> part, Read&& r
     JObjectRef element(env, nullptr);
     for (std::size_t i = 0; i < stored; ++i) {
         element.reset();
-        element.attach(tether::getObjectArrayElement(env, array, static_cast<jsize>(i)));
+        element.attach(tether::nextObjectArrayElement(env, array, static_cast<jsize>(i)));
         if (element.isNull()) {
             tether::throwNullPointer(env);
         }

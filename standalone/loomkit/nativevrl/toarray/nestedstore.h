@@ -92,7 +92,7 @@ private:
         JObjectProxy element(env_, nullptr);
         const auto fetch = [&](std::size_t i) {
             element.reset();
-            element.attach(tether::getObjectArrayElement(env_, array, static_cast<jsize>(i)));
+            element.attach(tether::nextObjectArrayElement(env_, array, static_cast<jsize>(i)));
         };
         const TileShape shape = tileFor(cursor.level, cursor.levelsEnd, sizeof(Element), count);
         if (Tile<Element> tile(shape); tile.isThere()) {

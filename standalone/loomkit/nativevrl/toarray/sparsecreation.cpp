@@ -3,6 +3,7 @@
 #include "boundary/arrayhandle.h"
 #include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
+#include "boundary/sparseguard.h"
 #include "proxies/invariant.h"
 #include "proxies/pinnedelements.h"
 #include "qx/arrayowner.h"
@@ -124,10 +125,6 @@ qxArray* convertInitialData(JNIEnv* env, const JObjectProxy& real, const JObject
     return data.release();
 }
 
-[[noreturn]] void raiseIndexFailure(JNIEnv* env, const char* message) {
-    raise<tether::ArrayIndexOutOfBoundsException>(env, "java/lang/ArrayIndexOutOfBoundsException", message);
-}
-
 }  // namespace
 
 void checkSparseClass(JNIEnv* env, qxClassID classId) {
@@ -156,22 +153,17 @@ qxArray* qxCreateSparseMatrixFromTriplets(JNIEnv* env, jintArray rowIndex, jintA
 
 qxArray* createSparseFromJava(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const JObjectProxy& real,
                               const JObjectProxy& imaginary, const SparseStatement& stated) {
-    try {
-        checkSparseClass(env, stated.classId);
-        if (real.isNull() && imaginary.isNull()) {
-            return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, nullptr, stated);
-        }
-        const qxArrayOwner data(convertInitialData(env, real, imaginary, stated));
-        SparseStatement statedByData = stated;
-        statedByData.complexity = qxREAL;
-        return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, data.get(), statedByData);
-    } catch (const IndexTranslator::negative_index_exception&) {
-        raiseIndexFailure(env, "While creating sparse array: non-zero element index less than 1");
-    } catch (const RangeMaxChecker<unsigned>::overflow_exception&) {
-        raiseIndexFailure(env, "While creating sparse array: non-zero element index larger than array dimensions");
-    } catch (const boost::numeric::bad_numeric_cast& failure) {
-        raiseIndexFailure(env, (std::string("While creating sparse array: ") + failure.what()).c_str());
-    }
+    return sparseGuarded<IndexTranslator::negative_index_exception, RangeMaxChecker<unsigned>::overflow_exception>(
+        env, [&]() -> qxArray* {
+            checkSparseClass(env, stated.classId);
+            if (real.isNull() && imaginary.isNull()) {
+                return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, nullptr, stated);
+            }
+            const qxArrayOwner data(convertInitialData(env, real, imaginary, stated));
+            SparseStatement statedByData = stated;
+            statedByData.complexity = qxREAL;
+            return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, data.get(), statedByData);
+        });
 }
 
 qxArray* convertToSparse(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,
