@@ -1,3 +1,5 @@
+include("${CMAKE_CURRENT_LIST_DIR}/LoomkitProtection.cmake")
+
 # loomkit_add_component(NAME name SOURCES file... [LIBRARIES target...] [FILES file...] [MANIFEST file])
 #
 # Builds a component and packs it: the shared object of SOURCES, linked with the runtime and LIBRARIES, goes with
@@ -18,7 +20,9 @@ function(loomkit_add_component)
     set(library component_${ARG_NAME}_library)
     add_library(${library} MODULE ${ARG_SOURCES})
     target_link_libraries(${library} PRIVATE ${ARG_LIBRARIES} loomkit::krt)
-    target_link_options(${library} BEFORE PRIVATE LINKER:--as-needed)
+    target_compile_options(${library} PRIVATE ${LOOMKIT_PROTECTION})
+    target_link_options(${library} BEFORE PRIVATE
+        LINKER:--as-needed LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
     set_target_properties(${library} PROPERTIES
         PREFIX ""
         OUTPUT_NAME ${ARG_NAME}

@@ -20,24 +20,8 @@ add_compile_options(-Wall -Wextra -Wpedantic -Werror)
 # first: RPATH, which LD_LIBRARY_PATH comes after, not RUNPATH.
 add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:--disable-new-dtags)
 
-# loomkit_protect()
-#
-# For the targets that follow in a folder and below it: makes a fault in them harder to use, by guarded stacks, checked
-# bounds in calls of the C library, and marked targets of jumps. The sanitizers have checks of their own, which some of
-# these stand in the way of.
-include(CheckCXXCompilerFlag)
-check_cxx_compiler_flag(-fcf-protection=full LOOMKIT_MARKS_JUMP_TARGETS)
-function(loomkit_protect)
-    if(CMAKE_CXX_FLAGS MATCHES "-fsanitize")
-        return()
-    endif()
-    add_compile_options(-fstack-protector-strong)
-    if(LOOMKIT_MARKS_JUMP_TARGETS)
-        add_compile_options(-fcf-protection=full)
-    endif()
-    # Needs optimisation.
-    add_compile_options("$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
-endfunction()
+# For a folder's targets: add_compile_options(${LOOMKIT_PROTECTION}).
+include("${CMAKE_CURRENT_LIST_DIR}/LoomkitProtection.cmake")
 
 # loomkit_object_library(NAME DEPENDS target... SOURCES file...)
 #

@@ -1,6 +1,7 @@
 #include "vrlkrt/archive/extractionlocks.h"
 
 #include "vrlkrt/archive/manifest.h"
+#include "vrlkrt/archive/printable.h"
 
 #include "vrlbase/exceptions.h"
 #include "vrlbase/runtime.h"
@@ -92,7 +93,7 @@ void sweepStaging(const std::string& parent) {
 }  // namespace
 
 void failPath(const std::string& what, const std::string& path, int error) {
-    throw Norvane::vrl::vrlBaseException(what + " " + path + ": " + std::strerror(error) + ".");
+    throw Norvane::vrl::vrlBaseException(what + " " + printable(path) + ": " + std::strerror(error) + ".");
 }
 
 OpenFile::~OpenFile() {
@@ -119,7 +120,7 @@ void OpenFile::waitForLock(Lock kind, const std::string& path, Deadline deadline
         if (errno != EWOULDBLOCK) {
             failPath("Can't lock", path, errno);
         }
-        const std::string subject = "the lock on " + path + ", which another process holds.";
+        const std::string subject = "the lock on " + printable(path) + ", which another process holds.";
         if (std::chrono::steady_clock::now() >= deadline) {
             throw Norvane::vrl::vrlBaseException("Gave up waiting for " + subject);
         }

@@ -59,7 +59,7 @@ void* mapFile(const std::string& file) {
 /// Throws when the file is another one than it was when its content was compared.
 void requireUnchanged(const std::string& component, const std::string& file, const std::optional<FileState>& state) {
     if (state && !(fileState(file) == state)) {
-        throw Norvane::vrl::vrlBaseException("component " + component + ": the library " + file +
+        throw Norvane::vrl::vrlBaseException("component " + component + ": the library " + printable(file) +
                                              " was changed after its content was compared with its digest");
     }
 }
