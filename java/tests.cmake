@@ -32,6 +32,7 @@ add_jar(loomkit_java_tests
         ${package}/toolbox/loomkit/HostileSweepTest.java
         ${package}/toolbox/loomkit/JavaDataTest.java
         ${package}/toolbox/loomkit/LeakReportTest.java
+        ${package}/toolbox/loomkit/LowMemoryTest.java
         ${package}/toolbox/loomkit/NVExceptionTest.java
         ${package}/toolbox/loomkit/NumericArrayTest.java
         ${package}/toolbox/loomkit/PrintingTest.java

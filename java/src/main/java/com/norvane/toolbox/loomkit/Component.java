@@ -254,7 +254,8 @@ public final class Component implements AutoCloseable {
                 folder == null,
                 0,
                 null,
-                folder == null ? null : folder.toAbsolutePath().toString(),
+                // White space at the ends of the text is not the folder's for native code, hence the separator.
+                folder == null ? null : folder.toAbsolutePath() + "/",
                 new GuardedStream(source),
                 length,
                 output,

@@ -148,9 +148,10 @@ class ComponentLifeTest {
         assertThrows(IOException.class, () -> Component.open(lying, archive.length));
     }
 
-    @Test
-    void unpacksToAFolder() throws IOException {
-        Path target = folder.resolve("unpacked");
+    @ParameterizedTest
+    @ValueSource(strings = {"unpacked", " white space at both ends \t"})
+    void unpacksToAFolder(String name) throws IOException {
+        Path target = folder.resolve(name);
         try (Component component =
                 Component.open(TestComponents.archive("showcase"), new ComponentOptions().extractTo(target))) {
             assertWorks(component);
