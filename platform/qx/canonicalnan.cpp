@@ -1,5 +1,6 @@
 #include "canonicalnan.h"
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -11,7 +12,7 @@ template <typename Element>
 [[gnu::always_inline]] inline void copyElements(unsigned char* target, const Element* source, std::size_t count) {
     constexpr Element canonical = std::numeric_limits<Element>::quiet_NaN();
     for (std::size_t i = 0; i < count; ++i) {
-        const Element element = source[i] != source[i] ? canonical : source[i];
+        const Element element = std::isnan(source[i]) ? canonical : source[i];
         std::memcpy(target + i * sizeof element, &element, sizeof element);
     }
 }

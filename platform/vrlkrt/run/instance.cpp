@@ -29,9 +29,9 @@ boost::shared_ptr<vrlExtractedComponent> checkedComponent(boost::shared_ptr<vrlE
 Instance::Instance(void* handle, boost::shared_ptr<vrlExtractedComponent> extracted, PrintHandlers handlers)
     : handle_(handle),
       extracted_(checkedComponent(std::move(extracted))),
-      printer_(new krtPrinter{std::make_shared<Output>(std::move(handlers)),
-                              std::make_shared<ComponentLibrary>(extracted_->name, extracted_->libraryFile,
-                                                                 extracted_->libraryState)}),
+      printer_(new krtPrinter{
+          std::make_shared<Output>(std::move(handlers)),
+          std::make_shared<ComponentLibrary>(extracted_->name, extracted_->libraryFile, extracted_->libraryState)}),
       functions_(builtinFunctions()) {
     for (const vrlComponentFunction& function : extracted_->functions) {
         krtEntry entry = library()->entry(function.symbol);

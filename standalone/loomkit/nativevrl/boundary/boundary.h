@@ -3,9 +3,9 @@
 /// The line between Java and the library. A native method returns in one of two states: it finished and returned
 /// a value, or a Java exception is pending and it returned the neutral value of its type. How a native exception
 /// becomes a Java one is decided in this folder and nowhere else: an export names one of these shapes and says what
-/// goes into it; code below an export names castGuarded or sparseGuarded, which raise and throw on to the export's. Only
-/// the listed types are caught; anything else leaves the native frame. Memory that the library itself
-/// can't have is an OutOfMemoryError, whatever the shape.
+/// goes into it; code below an export names castGuarded or sparseGuarded, which raise and throw on to the export's.
+/// Only the listed types are caught; anything else leaves the native frame. Memory that the library itself can't have
+/// is an OutOfMemoryError, whatever the shape.
 ///
 /// A plain forward, which nothing throws through, needs no shape.
 
