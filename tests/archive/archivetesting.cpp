@@ -1,5 +1,7 @@
 #include "archivetesting.h"
 
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -53,4 +55,9 @@ std::string namesIn(const std::string& folder) {
         text += name + " ";
     }
     return text;
+}
+
+std::uint64_t inodeOf(const std::string& path) {
+    struct stat state {};
+    return stat(path.c_str(), &state) == 0 ? state.st_ino : 0;
 }

@@ -37,6 +37,9 @@ std::map<std::string, std::string> filesBelow(const std::string& folder);
 /// Names directly in a folder, sorted and each followed by a blank.
 std::string namesIn(const std::string& folder);
 
+/// 0 where there is nothing.
+std::uint64_t inodeOf(const std::string& path);
+
 inline vrlkrt::ComponentArchive archiveOf(std::string bytes, const vrlkrt::ArchiveLimits& limits = {}) {
     return vrlkrt::ComponentArchive(std::make_shared<const std::string>(std::move(bytes)), limits);
 }

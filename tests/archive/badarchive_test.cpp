@@ -15,18 +15,10 @@
 
 namespace {
 
-/// The failure of reading an archive as an extraction does, to the last byte.
-std::string readingFailure(const std::string& bytes, const vrlkrt::ArchiveLimits& limits = {}) {
-    return failureOf([&] {
-        const vrlkrt::ComponentArchive archive = archiveOf(bytes, limits);
-        archive.requireAbi();
-        EXPECT_FALSE(archive.hostLibrary().empty());
-        archive.verify();
-    });
-}
-
-std::string withFile(const CraftedEntry& entry) {
+/// A good archive with one more entry, which the manifest lists unless another one is given.
+std::string withFile(const CraftedEntry& entry, const std::string& manifest = "") {
     CraftedComponent component;
+    component.manifest = manifest;
     component.files.push_back(entry);
     return component.zip();
 }
@@ -39,23 +31,15 @@ std::string withMember(const std::string& pointer, const nlohmann::json& value) 
     return component.zip();
 }
 
-std::string withManifest(const std::string& manifest) {
-    CraftedComponent component;
-    component.manifest = manifest;
-    return component.zip();
-}
-
-/// An extra file that the manifest does not list.
-std::string withUnlisted() {
-    CraftedComponent component;
-    component.manifest = component.defaultManifest();
-    component.files.push_back({"extra.txt", "?"});
-    return component.zip();
-}
-
-/// `message` is part of the refusal; "" where the archive is to be read.
-void expectRefusal(const std::string& bytes, const std::string& message) {
-    const std::string failure = readingFailure(bytes);
+/// Reads an archive as an extraction does, to the last byte. `message` is part of the refusal; "" where the archive is
+/// to be read.
+void expectRefusal(const std::string& bytes, const std::string& message, const vrlkrt::ArchiveLimits& limits = {}) {
+    const std::string failure = failureOf([&] {
+        const vrlkrt::ComponentArchive archive = archiveOf(bytes, limits);
+        archive.requireAbi();
+        EXPECT_FALSE(archive.hostLibrary().empty());
+        archive.verify();
+    });
     EXPECT_TRUE(message.empty() ? failure.empty() : failure.find(message) != std::string::npos)
         << "'" << failure << "', not '" << message << "'";
 }
@@ -72,10 +56,10 @@ TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
         {std::string(good).erase(good.rfind("PK\1\2") + 10, 20), "The archive is truncated or damaged: "},
         {craftZip({{"lib/x.so", "library"}}), "The archive has no component.json."},
         {craftZip({{"sample/component.json", manifest}}), "The archive has no component.json."},
-        {withManifest("{\"name\": }"), "component.json: parse error at line 1, column 10"},
+        {craftZip({{"component.json", "{\"name\": }"}}), "component.json: parse error at line 1, column 10"},
         {withFile({"component.json", "{}"}), "Archive entry 'component.json': it is there twice"},
         {withFile({"lib/x.so", "library"}), "Archive entry 'lib/x.so': it is there twice."},
-        {withUnlisted(), "Archive entry 'extra.txt': component.json has no SHA-256 of it."},
+        {withFile({"extra.txt", "?"}, manifest), "Archive entry 'extra.txt': component.json has no SHA-256 of it."},
         {withMember("/sha256/gone.txt", std::string(64, '0')),
          "Archive entry 'gone.txt': component.json lists it, but it is not in the archive."},
         {withMember("/libraries/darwin-arm64", "lib/y.so"),
@@ -87,10 +71,6 @@ TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
         {withMember("/abi", 999), "the component 'sample' was built for abi 999"},
         {withFile({"/tmp/evil", "x"}), "Archive entry '/tmp/evil': its path is absolute."},
         {withFile({"lib/../../evil", "x"}), "Archive entry 'lib/../../evil': its path has the component '..'."},
-        {withFile({"a/..\\evil", "x"}), "its path has a backslash"},
-        {withFile({"a//b", "x"}), "'a//b': its path has an empty component"},
-        {withFile({"a/./b", "x"}), "'a/./b': its path has the component '.'"},
-        {withFile({"caf\xC3\xA9", "x"}), "caf\xC3\xA9': its path has a character that is not printable ASCII"},
         {craftZip({{"\x1B[2J\x9B\xE2\x80\xAE", "x"}}), "entry '\\x1b[2J\\x9b\\u202e': its path has a character"},
         {withFile({std::string("lib/l.so\0.txt", 13), "x"}), "entry 'lib/l.so\\x00.txt': its path has a character"},
         {withFile({"folder/", ""}), "'folder/': it is a folder"},
@@ -229,7 +209,7 @@ TEST(ComponentArchive, HasWholeLibrariesOfTheirPlatform) {
 
 TEST(ComponentArchive, ReadsAGoodOne) {
     const CraftedComponent component;
-    EXPECT_EQ(readingFailure(component.zip()), "");
+    expectRefusal(component.zip(), "");
     const vrlkrt::ComponentArchive archive = archiveOf(component.zip());
     EXPECT_EQ(archive.manifest().name, "sample");
     EXPECT_EQ(archive.digest(), vrlkrt::sha256Hex(component.zip()));
@@ -238,27 +218,29 @@ TEST(ComponentArchive, ReadsAGoodOne) {
 }
 
 TEST(ComponentArchive, HasLimits) {
-    const std::string zip = CraftedComponent().zip();
-    const std::uint64_t manifestSize = CraftedComponent().defaultManifest().size();
-    const auto limited = [&](std::uint64_t vrlkrt::ArchiveLimits::*limit, std::uint64_t value) {
-        vrlkrt::ArchiveLimits limits;
-        limits.*limit = value;
-        return readingFailure(zip, limits);
-    };
     using Limits = vrlkrt::ArchiveLimits;
-    EXPECT_EQ(limited(&Limits::archiveBytes, zip.size()), "");
-    EXPECT_NE(limited(&Limits::archiveBytes, zip.size() - 1).find("bytes, and"), std::string::npos);
-    EXPECT_EQ(limited(&Limits::entries, 3), "");
-    EXPECT_EQ(limited(&Limits::entries, 2), "The archive has more than the 2 entries that are allowed.");
-    EXPECT_EQ(limited(&Limits::manifestBytes, manifestSize), "");
-    EXPECT_NE(limited(&Limits::manifestBytes, manifestSize - 1).find("'component.json'"), std::string::npos);
+    const CraftedComponent component;
+    const std::string zip = component.zip();
+    const std::uint64_t manifestSize = component.defaultManifest().size();
     const std::uint64_t librarySize = tinyLibrary().size();
-    EXPECT_EQ(limited(&Limits::fileBytes, librarySize), "");
-    EXPECT_NE(limited(&Limits::fileBytes, librarySize - 1).find("Archive entry 'lib/x.so': it has "),
-              std::string::npos);
-    EXPECT_EQ(limited(&Limits::totalBytes, manifestSize + librarySize + 5), "");
-    EXPECT_NE(limited(&Limits::totalBytes, manifestSize + librarySize + 4).find("'data/table.txt': with it"),
-              std::string::npos);
+    const struct {
+        std::uint64_t Limits::*limit;
+        std::uint64_t needed;
+        const char* failure;  ///< with a limit that is one less
+    } table[] = {
+        {&Limits::archiveBytes, zip.size(), "bytes, and"},
+        {&Limits::entries, 3, "The archive has more than the 2 entries that are allowed."},
+        {&Limits::manifestBytes, manifestSize, "'component.json'"},
+        {&Limits::fileBytes, librarySize, "Archive entry 'lib/x.so': it has "},
+        {&Limits::totalBytes, manifestSize + librarySize + 5, "'data/table.txt': with it"},
+    };
+    for (const auto& row : table) {
+        Limits limits;
+        limits.*row.limit = row.needed;
+        expectRefusal(zip, "", limits);
+        --(limits.*row.limit);
+        expectRefusal(zip, row.failure, limits);
+    }
 }
 
 TEST(ComponentArchive, DamagedAtRandomIsRefusedOrReadsTheSame) {

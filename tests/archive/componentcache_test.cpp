@@ -22,57 +22,54 @@
 #include <filesystem>
 #include <functional>
 
-namespace {
+namespace fs = std::filesystem;
 
-std::uint64_t inodeOf(const std::string& path) {
-    struct stat state {};
-    return stat(path.c_str(), &state) == 0 ? state.st_ino : 0;
-}
+namespace {
 
 bool isWholeIn(const std::string& folder, const std::string& zip) {
     const auto lease = vrlkrt::FolderLease::take(folder, vrlkrt::deadlineIn({}));
     return vrlkrt::wholeComponent(archiveOf(zip), folder, lease).has_value();
 }
 
-std::string cacheFolderOf(const TestFolder& cache, const std::string& zip) {
-    return cache / ("sample-" + archiveOf(zip).digest());
-}
+std::string keyOf(const std::string& zip) { return "sample-" + archiveOf(zip).digest(); }
 
-/// Stands where a process is in the middle of filling a folder of the cache: the lock held, some files there. Tells
-/// through `ready`, then runs `next`.
-void fillHalf(const std::string& cache, const std::string& zip, const Pipe& ready, const std::function<void()>& next) {
-    const std::string key = "sample-" + archiveOf(zip).digest();
-    const int lock = open((cache + "/" + key + ".lock").c_str(), O_RDWR | O_CREAT, 0600);
-    if (flock(lock, LOCK_EX) != 0) {
-        throw std::runtime_error("no lock");
-    }
-    const vrlkrt::StagingFolder staging(cache);
-    writeText(staging.fresh() + "/component.json", "{");
-    ready.put(1);
-    next();
-}
-
-TEST(ComponentCache, KeysByDigestAndReuses) {
-    const TestFolder cache;
-    const std::string zip = CraftedComponent().zip();
-    const vrlExtractedComponent first = vrlkrt::placeInCache(archiveOf(zip), cache / "new/folder");
-    EXPECT_EQ(first.folder, cache / ("new/folder/sample-" + archiveOf(zip).digest()));
+TEST(ComponentCache, KeysByDigestReusesAndIsPrivate) {
+    const TestFolder root;
+    const std::string cache = root / "new/folder";
+    CraftedComponent component;
+    const std::string zip = component.zip();
+    const mode_t mask = umask(0);
+    const vrlExtractedComponent first = vrlkrt::placeInCache(archiveOf(zip), cache);
+    umask(mask);
+    EXPECT_EQ(first.folder, cache + "/" + keyOf(zip));
     const std::uint64_t inode = inodeOf(first.libraryFile);
     EXPECT_NE(inode, 0U);
-    EXPECT_EQ(inodeOf(vrlkrt::placeInCache(archiveOf(zip), cache / "new/folder").libraryFile), inode);
-    CraftedComponent other;
-    other.files[1].content = "4 5 6";
-    EXPECT_NE(vrlkrt::placeInCache(archiveOf(other.zip()), cache / "new/folder").folder, first.folder);
+    EXPECT_EQ(inodeOf(vrlkrt::placeInCache(archiveOf(zip), cache).libraryFile), inode);
+    for (const std::string& folder : {root / "new", cache}) {
+        EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all) << folder;
+    }
+    EXPECT_TRUE(vrlkrt::isTrustedInside(root / "new"));
+
+    component.manifest = component.defaultManifest();
+    component.files[1].content = "not what was packed";
+    EXPECT_NE(failureOf([&] {
+                  static_cast<void>(vrlkrt::placeInCache(archiveOf(component.zip()), cache));
+              }).find("does not match its SHA-256"),
+              std::string::npos);
+    EXPECT_EQ(fs::exists(cache + "/" + keyOf(component.zip())), false);
+    component.manifest = "";
+    EXPECT_NE(vrlkrt::placeInCache(archiveOf(component.zip()), cache).folder, first.folder);
+    EXPECT_EQ(namesIn(cache).find(".loomkit"), std::string::npos);
 }
 
 TEST(ComponentCache, RebuildsADamagedFolder) {
     const std::function<void(const std::string&)> damages[] = {
         [](const std::string& folder) { writeText(folder + "/lib/x.so", "LIBRARY"); },
-        [](const std::string& folder) { std::filesystem::remove(folder + "/data/table.txt"); },
+        [](const std::string& folder) { fs::remove(folder + "/data/table.txt"); },
         [](const std::string& folder) { writeText(folder + "/component.json", "{}"); },
-        [](const std::string& folder) { std::filesystem::remove_all(folder + "/lib"); },
+        [](const std::string& folder) { fs::remove_all(folder + "/lib"); },
         [](const std::string& folder) {
-            std::filesystem::remove_all(folder);
+            fs::remove_all(folder);
             writeText(folder, "a file");
         },
     };
@@ -102,7 +99,7 @@ TEST(ComponentCache, IsFilledOnceByManyProcesses) {
     for (int i = 1; i < count; ++i) {
         EXPECT_EQ(inodes.get(), first);
     }
-    EXPECT_TRUE(isWholeIn(cacheFolderOf(cache, zip), zip));
+    EXPECT_TRUE(isWholeIn(cache / keyOf(zip), zip));
 }
 
 TEST(FolderExtraction, SettlesAmongManyProcessesOfTwoVersions) {
@@ -143,36 +140,33 @@ void killAHundred(const std::function<void()>& body) {
     }
 }
 
-TEST(ComponentCache, IsSweptAfterKilledProcesses) {
-    const TestFolder cache;
-    CraftedComponent component;
-    component.files.push_back({"data/large.bin", std::string(1 << 16, 'x')});
-    const std::string zip = component.zip();
-    killAHundred([&] {
-        const vrlExtractedComponent placed = vrlkrt::placeInCache(archiveOf(zip), cache.path());
-        writeText(placed.libraryFile, "damaged");
-    });
-    EXPECT_TRUE(isWholeIn(vrlkrt::placeInCache(archiveOf(zip), cache.path()).folder, zip));
-    writeText(cacheFolderOf(cache, zip) + "/lib/x.so", "damaged, so that there is something to be done");
-    EXPECT_TRUE(isWholeIn(vrlkrt::placeInCache(archiveOf(zip), cache.path()).folder, zip));
-    const std::string key = "sample-" + archiveOf(zip).digest();
-    EXPECT_EQ(namesIn(cache.path()), key + " " + key + ".lock ");
-}
-
-TEST(FolderExtraction, IsSweptAfterKilledProcesses) {
-    const TestFolder root;
+TEST(Extraction, IsSweptAfterKilledProcesses) {
     CraftedComponent versions[2];
     versions[1].files[1].content = std::string(1 << 16, 'y');
-    const std::string zips[] = {versions[0].zip(), versions[1].zip()};
-    killAHundred([&] {
+    for (const bool isCache : {true, false}) {
+        const TestFolder root;
+        const std::string zips[] = {versions[isCache ? 1 : 0].zip(), versions[1].zip()};
+        const auto place = [&](const std::string& zip) {
+            return isCache ? vrlkrt::placeInCache(archiveOf(zip), root.path())
+                           : vrlkrt::placeInFolder(archiveOf(zip), root / "c");
+        };
+        const auto damage = [&](const vrlExtractedComponent& placed) {
+            if (isCache) {
+                writeText(placed.libraryFile, "damaged, so that there is something to be done");
+            }
+        };
+        killAHundred([&] {
+            for (const std::string& zip : zips) {
+                damage(place(zip));
+            }
+        });
         for (const std::string& zip : zips) {
-            static_cast<void>(vrlkrt::placeInFolder(archiveOf(zip), root / "c"));
+            const vrlExtractedComponent placed = place(zip);
+            EXPECT_TRUE(isWholeIn(placed.folder, zip));
+            damage(placed);
         }
-    });
-    for (const std::string& zip : zips) {
-        EXPECT_TRUE(isWholeIn(vrlkrt::placeInFolder(archiveOf(zip), root / "c").folder, zip));
+        EXPECT_EQ(namesIn(root.path()), isCache ? keyOf(zips[0]) + " " + keyOf(zips[0]) + ".lock " : "c ");
     }
-    EXPECT_EQ(namesIn(root.path()), "c ");
 }
 
 TEST(ComponentCache, WaitsForAProcessThatFillsOrIsKilled) {
@@ -181,14 +175,20 @@ TEST(ComponentCache, WaitsForAProcessThatFillsOrIsKilled) {
         const std::string cache = root / "cache";
         const std::string zip = CraftedComponent().zip();
         vrlkrt::makeFolders(cache, 0700);
-        const std::string folder = cache + "/sample-" + archiveOf(zip).digest();
+        const std::string folder = cache + "/" + keyOf(zip);
         const Pipe ready;
         const Pipe go;
+        // Stands in the middle of filling a folder of the cache: the lock held, some files there.
         const pid_t filler = inProcess([&] {
-            fillHalf(cache, zip, ready, [&] {
-                go.get();
-                vrlkrt::extractAll(archiveOf(zip), folder);
-            });
+            const vrlkrt::OpenFile lock(open((folder + ".lock").c_str(), O_RDWR | O_CREAT, 0600));
+            if (flock(lock.get(), LOCK_EX) != 0) {
+                throw std::runtime_error("no lock");
+            }
+            const vrlkrt::StagingFolder staging(cache);
+            writeText(staging.fresh() + "/component.json", "{");
+            ready.put(1);
+            go.get();
+            vrlkrt::extractAll(archiveOf(zip), folder);
         });
         ready.get();
         EXPECT_NE(namesIn(cache).find(".loomkit-unpacking-"), std::string::npos) << "nothing half-filled";
@@ -208,8 +208,7 @@ TEST(ComponentCache, WaitsForAProcessThatFillsOrIsKilled) {
         EXPECT_EQ(exitStatus(filler), isKilled ? SIGKILL : 0);
         EXPECT_EQ(exitStatus(waiter), 0);
         EXPECT_EQ(inode.get(), inodeOf(folder + "/lib/x.so"));
-        EXPECT_EQ(namesIn(cache),
-                  std::filesystem::path(folder).filename().string() + " " + folder.substr(cache.size() + 1) + ".lock ");
+        EXPECT_EQ(namesIn(cache), keyOf(zip) + " " + keyOf(zip) + ".lock ");
     }
 }
 
@@ -256,7 +255,7 @@ TEST(ComponentCache, ServesWhatItHoldsWhenItCantBeWritten) {
         }
     });
     EXPECT_EQ(exitStatus(reader), 0);
-    EXPECT_EQ(namesIn(cache), std::filesystem::path(folder).filename().string() + " ");
+    EXPECT_EQ(namesIn(cache), keyOf(zip) + " ");
     ASSERT_EQ(chmod(cache.c_str(), 0700), 0);
 }
 
@@ -270,31 +269,6 @@ TEST(ComponentCache, IsTheFirstFolderThatCanBeMade) {
                   static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), "/proc/self/b"));
               }).find("Can't make the folder /proc/self/b: "),
               std::string::npos);
-}
-
-TEST(ComponentCache, LeavesNothingOfABadArchive) {
-    CraftedComponent component;
-    component.manifest = component.defaultManifest();
-    component.files.back().content = "other";
-    const TestFolder cache;
-    EXPECT_NE(failureOf([&] {
-                  static_cast<void>(vrlkrt::placeInCache(archiveOf(component.zip()), cache.path()));
-              }).find("does not match its SHA-256"),
-              std::string::npos);
-    EXPECT_EQ(namesIn(cache.path()), "sample-" + archiveOf(component.zip()).digest() + ".lock ");
-}
-
-TEST(ComponentCache, IsMadePrivate) {
-    const TestFolder root;
-    const mode_t mask = umask(0);
-    static_cast<void>(vrlkrt::placeInCache(archiveOf(CraftedComponent().zip()), root / "a/b"));
-    umask(mask);
-    for (const char* folder : {"a", "a/b"}) {
-        struct stat state {};
-        ASSERT_EQ(stat((root / folder).c_str(), &state), 0);
-        EXPECT_EQ(state.st_mode & 0777, 0700U) << folder;
-    }
-    EXPECT_TRUE(vrlkrt::isTrustedInside(root / "a"));
 }
 
 }  // namespace

@@ -43,63 +43,32 @@ vrlExtractedComponent place(const CraftedComponent& component, const std::string
     return vrlkrt::placeInFolder(archiveOf(component.zip()), folder);
 }
 
-TEST(FolderExtraction, MakesTheFolderAndItsParents) {
+TEST(FolderExtraction, MakesReusesAndReplacesTheFolderButNotUnderAnInstance) {
     const TestFolder root;
-    const vrlExtractedComponent placed = place(CraftedComponent(), root / "a/b/c/");
-    EXPECT_EQ(placed.folder, root / "a/b/c");
-    EXPECT_EQ(placed.libraryFile, root / "a/b/c/lib/x.so");
-    EXPECT_EQ(placed.functions.at(0).name, "twice");
-    EXPECT_EQ(filesBelow(placed.folder), expectedFiles(CraftedComponent()));
+    const std::string folder = root / "a/b/c";
+    {
+        const vrlExtractedComponent running = place(CraftedComponent(), folder + "/");
+        EXPECT_EQ(running.folder, folder);
+        EXPECT_EQ(running.libraryFile, folder + "/lib/x.so");
+        EXPECT_EQ(running.functions.at(0).name, "twice");
+        const std::uint64_t inode = inodeOf(running.libraryFile);
+        EXPECT_EQ(inodeOf(place(CraftedComponent(), folder).libraryFile), inode);
+        EXPECT_NE(failureOf([&] { place(otherVersion(), folder); }).find("an instance runs from"), std::string::npos);
+        EXPECT_EQ(filesBelow(folder), expectedFiles(CraftedComponent()));
+    }
+    writeText(folder + "/lib/x.so", "damaged");
+    for (const CraftedComponent& version : {CraftedComponent(), otherVersion()}) {
+        place(version, folder);
+        EXPECT_EQ(filesBelow(folder), expectedFiles(version));
+    }
     EXPECT_EQ(namesIn(root / "a/b"), "c ");
-}
-
-TEST(FolderExtraction, TakesAnEmptyFolderAndReusesAWholeOne) {
-    const TestFolder root;
-    fs::create_directory(root / "c");
-    const std::string folder = place(CraftedComponent(), root / "c").folder;
-    struct stat before {};
-    struct stat after {};
-    stat((root / "c/component.json").c_str(), &before);
-    EXPECT_EQ(place(CraftedComponent(), root / "c").folder, folder);
-    stat((root / "c/component.json").c_str(), &after);
-    EXPECT_EQ(before.st_ino, after.st_ino);
-}
-
-TEST(FolderExtraction, FollowsALinkToTheFolder) {
-    const TestFolder root;
-    fs::create_directory(root / "true");
-    fs::create_directory_symlink(root / "true", root / "link");
-    EXPECT_EQ(place(CraftedComponent(), root / "link").folder, root / "true");
+    fs::create_directory(root / "empty");
+    fs::create_directory_symlink(root / "empty", root / "link");
+    EXPECT_EQ(place(CraftedComponent(), root / "link").folder, root / "empty");
     EXPECT_TRUE(fs::is_symlink(root / "link"));
 }
 
-TEST(FolderExtraction, ReplacesADamagedOneAndAnotherVersion) {
-    const TestFolder root;
-    place(CraftedComponent(), root / "c");
-    writeText(root / "c/lib/x.so", "damaged");
-    place(CraftedComponent(), root / "c");
-    EXPECT_EQ(filesBelow(root / "c"), expectedFiles(CraftedComponent()));
-    place(otherVersion(), root / "c");
-    EXPECT_EQ(filesBelow(root / "c"), expectedFiles(otherVersion()));
-    EXPECT_EQ(namesIn(root.path()), "c ");
-}
-
-TEST(FolderExtraction, NeverReplacesWhatAnInstanceRunsFrom) {
-    const TestFolder root;
-    {
-        const vrlExtractedComponent running = place(CraftedComponent(), root / "c");
-        EXPECT_NE(failureOf([&] { place(otherVersion(), root / "c"); }).find("an instance runs from"),
-                  std::string::npos);
-        EXPECT_EQ(filesBelow(root / "c"), expectedFiles(CraftedComponent()));
-    }
-    EXPECT_EQ(failureOf([&] { place(otherVersion(), root / "c"); }), "");
-}
-
 TEST(FolderExtraction, RefusesAndKeepsWhatIsNotOurs) {
-    struct Case {
-        std::string path;
-        std::string message;
-    };
     CraftedComponent stranger;
     stranger.name = "stranger";
     const TestFolder root;
@@ -112,7 +81,7 @@ TEST(FolderExtraction, RefusesAndKeepsWhatIsNotOurs) {
     writeText(root / "foreign/photo.jpg", "photo");
     writeText(root / "npm/component.json", "{\"name\": \"npm\"}");
     writeText(root / "file", "text");
-    const Case cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"stranger", "the folder holds another component, 'stranger'"},
         {"extended", "the folder has 'notes', which is not the component's"},
         {"linked", "the folder has 'elsewhere', which is not the component's"},
@@ -121,12 +90,12 @@ TEST(FolderExtraction, RefusesAndKeepsWhatIsNotOurs) {
         {"file", "it is there and is not a folder"},
         {"file/below", "Not a directory"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [path, message] : cases) {
         const auto before = filesBelow(root.path());
-        const std::string failure = failureOf([&] { place(otherVersion(), root / c.path); });
-        EXPECT_NE(failure.find(c.message), std::string::npos) << failure;
-        EXPECT_NE(failure.find(root / c.path.substr(0, 4)), std::string::npos) << failure;
-        EXPECT_EQ(filesBelow(root.path()), before) << c.path;
+        const std::string failure = failureOf([&, &folder = path] { place(otherVersion(), root / folder); });
+        EXPECT_NE(failure.find(message), std::string::npos) << failure;
+        EXPECT_NE(failure.find(root / path.substr(0, 4)), std::string::npos) << failure;
+        EXPECT_EQ(filesBelow(root.path()), before) << path;
     }
     EXPECT_NE(failureOf([&] { place(CraftedComponent(), ""); }).find("No folder"), std::string::npos);
 }

@@ -29,17 +29,30 @@ boost::shared_ptr<std::istream> streamOver(std::string bytes) {
     return vrlGetKpaStreamFromArraySrc(bytes.data(), static_cast<int>(bytes.size()));
 }
 
-TEST(KpaExtractor, OutlivesTheBytesOfItsArchive) {
+boost::shared_ptr<vrlExtractedComponent> extractTo(const std::string& folder, const vrlkrt::KpaExtractor& extractor) {
+    return vrlMakeDirectoryExtractedComponentFactory(extractor, Path(folder.c_str()))();
+}
+
+boost::shared_ptr<vrlExtractedComponent> extractTo(const std::string& folder,
+                                                   const boost::shared_ptr<std::istream>& stream) {
+    return extractTo(folder, vrlMakeKpaStreamExtractor(stream));
+}
+
+TEST(KpaExtractor, OutlivesTheBytesOfItsArchiveAndReadsFromWhereTheStreamStands) {
     const TestFolder root;
     std::string bytes = CraftedComponent().zip();
-    const auto stream = vrlGetKpaStreamFromArraySrc(bytes.data(), static_cast<int>(bytes.size()));
+    const auto block = vrlGetKpaStreamFromArraySrc(bytes.data(), static_cast<int>(bytes.size()));
+    const auto other = boost::make_shared<std::istringstream>(bytes);
+    const auto begun = streamOver(bytes);
     bytes.assign(bytes.size(), 'x');
-    const vrlkrt::KpaExtractor extractor = vrlMakeKpaStreamExtractor(stream);
-    const auto one = vrlMakeDirectoryExtractedComponentFactory(extractor, Path((root / "one/c").c_str()));
-    const auto two = vrlMakeDirectoryExtractedComponentFactory(extractor, Path((root / "two").c_str()));
-    EXPECT_EQ(one()->libraryFile, root / "one/c/lib/x.so");
-    EXPECT_EQ(two()->version, "1.2.3");
+    const vrlkrt::KpaExtractor extractor = vrlMakeKpaStreamExtractor(block);
+    EXPECT_EQ(extractTo(root / "one/c", extractor)->libraryFile, root / "one/c/lib/x.so");
+    EXPECT_EQ(extractTo(root / "two", extractor)->version, "1.2.3");
+    extractTo(root / "three", other);
     EXPECT_EQ(filesBelow(root / "one/c"), filesBelow(root / "two"));
+    EXPECT_EQ(filesBelow(root / "one/c"), filesBelow(root / "three"));
+    EXPECT_EQ(begun->get(), 'P');
+    EXPECT_NE(failureOf([&] { extractTo(root / "four", begun); }).find("not a zip file"), std::string::npos);
 }
 
 /// What `version` gives of a component with this library that is extracted to the folder.
@@ -47,10 +60,8 @@ double versionIn(const std::string& folder, const char* library) {
     CraftedComponent component;
     component.function = "version";
     component.files = {{"lib/x.so", readText(library)}};
-    void* handle = vrlInitializeComponentInstance(
-        {}, {},
-        vrlMakeDirectoryExtractedComponentFactory(vrlMakeKpaStreamExtractor(streamOver(component.zip())),
-                                                  Path(folder.c_str())));
+    const auto placed = extractTo(folder, streamOver(component.zip()));
+    void* handle = vrlInitializeComponentInstance({}, {}, [placed] { return placed; });
     qxArray* result = nullptr;
     vrlLoomkitFeval(handle, "version", 1, &result, 0, nullptr);
     vrlTerminateInstanceInternal(handle);
@@ -87,10 +98,6 @@ void leaveRoomFor(std::size_t bytes) {
     setrlimit(RLIMIT_DATA, &limit);
 }
 
-void extractTo(const std::string& folder, const boost::shared_ptr<std::istream>& stream) {
-    vrlMakeDirectoryExtractedComponentFactory(vrlMakeKpaStreamExtractor(stream), Path(folder.c_str()))();
-}
-
 TEST(KpaExtractor, SharesTheBlockOfAnArchiveInMemory) {
     constexpr std::size_t size = std::size_t{64} << 20;
     CraftedComponent component;
@@ -116,31 +123,20 @@ TEST(KpaExtractor, SharesTheBlockOfAnArchiveInMemory) {
     EXPECT_EQ(namesIn(root.path()), "c ");
 }
 
-TEST(KpaExtractor, ReadsAnyStreamFromWhereItStands) {
-    const TestFolder root;
-    extractTo(root / "c", boost::make_shared<std::istringstream>(CraftedComponent().zip()));
-    EXPECT_TRUE(fs::exists(root / "c/lib/x.so"));
-    const auto begun = streamOver(CraftedComponent().zip());
-    EXPECT_EQ(begun->get(), 'P');
-    EXPECT_NE(failureOf([&] { extractTo(root / "d", begun); }).find("not a zip file"), std::string::npos);
-}
-
-TEST(KpaExtractor, FailsWithoutAnArchive) {
-    const auto failure = [](const vrlkrt::KpaExtractor& extractor) {
-        return failureOf([&] { vrlMakeDirectoryExtractedComponentFactory(extractor, Path("/nowhere"))(); });
+TEST(KpaExtractor, FailsWithoutAnArchiveOrABlock) {
+    const std::pair<vrlkrt::KpaExtractor, const char*> table[] = {
+        {{}, "There is no archive of the component."},
+        {vrlMakeAlwaysFailExtractor(nullptr), "There is no archive of the component."},
+        {vrlMakeAlwaysFailExtractor("signal"), "There is no archive of the component 'signal'."},
+        {vrlMakeKpaStreamExtractor(nullptr), "The stream of the archive is null."},
+        {vrlMakeKpaStreamExtractor(vrlGetKpaStreamFromArraySrc(nullptr, 0)), "The archive is empty."},
     };
-    EXPECT_EQ(failure(vrlkrt::KpaExtractor()), "There is no archive of the component.");
-    EXPECT_EQ(failure(vrlMakeAlwaysFailExtractor(nullptr)), "There is no archive of the component.");
-    EXPECT_EQ(failure(vrlMakeAlwaysFailExtractor("signal")), "There is no archive of the component 'signal'.");
-    EXPECT_EQ(failure(vrlMakeKpaStreamExtractor(nullptr)), "The stream of the archive is null.");
-    EXPECT_EQ(failure(vrlMakeKpaStreamExtractor(streamOver(""))), "The archive is empty.");
-}
-
-TEST(KpaExtractor, RefusesABlockOfNegativeLength) {
+    for (const auto& row : table) {
+        EXPECT_EQ(failureOf([&] { extractTo("/nowhere", row.first); }), row.second);
+    }
     char byte = 0;
     EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(&byte, -1); }).find("-1"), std::string::npos);
     EXPECT_NE(failureOf([&] { vrlGetKpaStreamFromArraySrc(nullptr, 4); }).find('4'), std::string::npos);
-    EXPECT_EQ(vrlGetKpaStreamFromArraySrc(nullptr, 0)->get(), std::istream::traits_type::eof());
 }
 
 }  // namespace

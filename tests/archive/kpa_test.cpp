@@ -67,7 +67,7 @@ Outcome kpaIn(const TestFolder& folder, const std::vector<std::string>& words, c
 constexpr const char* showcase = SHOWCASE_ARCHIVE;
 
 constexpr const char* authorManifest =
-    R"({"name": "sample", "version": "0.9", "functions": [{"name": "version", "help": "tells"}]})";
+    R"({"name": "sample", "version": "0.9", "functions": [{"name": "version", "help": "a\u009b2J\u202eb\u2028"}]})";
 
 /// An archive whose library is not the one of its manifest.
 std::string damagedArchive() {
@@ -145,18 +145,7 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
     EXPECT_EQ(kpaIn(folder, {"--help"}, "/dev/full").exitCode, 1);
 }
 
-TEST(KpaTool, HelpsForEachCommand) {
-    const TestFolder folder;
-    for (const char* command : {"pack", "list", "verify", "call"}) {
-        const Outcome outcome = kpaIn(folder, {command, "--help"});
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-        EXPECT_NE(outcome.out.find(std::string("Usage: kpa ") + command + " [OPTIONS]"), std::string::npos)
-            << outcome.out;
-        EXPECT_EQ(kpaIn(folder, {"help", command}).out, outcome.out);
-    }
-}
-
-TEST(KpaTool, PacksListsAndVerifies) {
+TEST(KpaTool, PacksListsVerifiesAndHelps) {
     const TestFolder folder;
     writeComponent(folder);
     const std::string out = folder / "o.kpa";
@@ -166,13 +155,18 @@ TEST(KpaTool, PacksListsAndVerifies) {
     const Outcome listed = kpaIn(folder, {"list", out});
     const std::string size = std::to_string(readText(VERSION_1).size());
     EXPECT_EQ(listed.out, "sample 0.9 (abi 1)\narchive sha256 " + vrlkrt::sha256Hex(bytes) +
-                              "\nfunctions:\n  version  tells\nlibraries:\n  " + vrlkrt::hostPlatform() + "  lib/" +
-                              vrlkrt::hostPlatform() + "/x.so\nfiles:\n           3  data/a.txt\n" +
-                              std::string(12 - size.size(), ' ') + size + "  lib/" + vrlkrt::hostPlatform() +
-                              "/x.so\n");
+                              "\nfunctions:\n  version  a\\u009b2J\\u202eb\\u2028\nlibraries:\n  " +
+                              vrlkrt::hostPlatform() + "  lib/" + vrlkrt::hostPlatform() +
+                              "/x.so\nfiles:\n           3  data/a.txt\n" + std::string(12 - size.size(), ' ') + size +
+                              "  lib/" + vrlkrt::hostPlatform() + "/x.so\n");
     EXPECT_EQ(kpaIn(folder, {"verify", out}).out,
               out + ": whole (2 files, " + std::to_string(3 + std::stoul(size)) + " bytes)\n");
     EXPECT_EQ(kpaIn(folder, {"--version"}).out, "kpa " KPA_VERSION ", abi 1\n");
+    for (const char* command : {"pack", "list", "verify", "call"}) {
+        const std::string help = kpaIn(folder, {command, "--help"}).out;
+        EXPECT_NE(help.find(std::string("Usage: kpa ") + command + " [OPTIONS]"), std::string::npos) << help;
+        EXPECT_EQ(kpaIn(folder, {"help", command}).out, help);
+    }
 }
 
 TEST(KpaTool, VerifiesThatLibrariesDefineTheFunctions) {
@@ -225,20 +219,6 @@ TEST(KpaTool, FindsFunctionsInTheSymbolsOfALibrary) {
     }
 }
 
-TEST(KpaTool, ShowsHarmlessText) {
-    const TestFolder folder;
-    CraftedComponent component;
-    nlohmann::json manifest = nlohmann::json::parse(component.defaultManifest());
-    manifest["functions"][0]["help"] =
-        "a\xC2\x9B"
-        "2J\xE2\x80\xAE"
-        "b\xE2\x80\xA8";
-    component.manifest = manifest.dump();
-    writeText(folder / "x.kpa", component.zip());
-    const std::string listed = kpaIn(folder, {"list", folder / "x.kpa"}).out;
-    EXPECT_NE(listed.find("  twice  a\\u009b2J\\u202eb\\u2028\n"), std::string::npos) << listed;
-}
-
 TEST(KpaTool, WritesTheArchiveAtItsPlaceOrNotAtAll) {
     const TestFolder folder;
     writeText(folder / "victim", "untouched");
@@ -269,21 +249,22 @@ TEST(KpaTool, WritesTheArchiveAtItsPlaceOrNotAtAll) {
 }
 
 TEST(KpaTool, PacksTheSameInputToTheSameBytes) {
-    const TestFolder one;
-    const TestFolder two;
-    const std::string library = "--library=" + vrlkrt::hostPlatform() + "=";
-    for (const TestFolder* folder : {&one, &two}) {
-        writeComponent(*folder);
+    const TestFolder folders[2];
+    std::string archives[3];
+    for (int round = 0; round < 3; ++round) {
+        // In the last round the first archive lies in the folder, and is not packed into the next one.
+        const TestFolder& folder = folders[round % 2];
+        writeComponent(folder);
+        fs::last_write_time(folder / "c/data/a.txt",
+                            fs::file_time_type::clock::now() - std::chrono::hours(9999 * round));
+        setenv("TZ", round == 1 ? "Asia/Kathmandu" : "UTC", 1);
+        const std::string library = "--library=" + vrlkrt::hostPlatform() + "=" + (folder / "x.so");
+        EXPECT_EQ(kpaIn(folder, {"pack", folder / "c", "-o", folder / "c/o.kpa", library}).exitCode, 0);
+        archives[round] = readText(folder / "c/o.kpa");
     }
-    fs::last_write_time(two / "c/data/a.txt", fs::file_time_type::clock::now() - std::chrono::hours(100000));
-    setenv("TZ", "Asia/Kathmandu", 1);
-    EXPECT_EQ(kpaIn(one, {"pack", one / "c", "-o", one / "c/o.kpa", library + (one / "x.so")}).exitCode, 0);
     unsetenv("TZ");
-    EXPECT_EQ(kpaIn(two, {"pack", two / "c", "-o", two / "o.kpa", library + (two / "x.so")}).exitCode, 0);
-    EXPECT_EQ(readText(one / "c/o.kpa"), readText(two / "o.kpa"));
-    // An archive that lies in the folder is not packed into the next one.
-    EXPECT_EQ(kpaIn(one, {"pack", one / "c", "-o", one / "c/o.kpa", library + (one / "x.so")}).exitCode, 0);
-    EXPECT_EQ(readText(one / "c/o.kpa"), readText(two / "o.kpa"));
+    EXPECT_EQ(archives[0], archives[1]);
+    EXPECT_EQ(archives[0], archives[2]);
 }
 
 TEST(Packing, GivesBackEveryFileThroughAnExtraction) {
@@ -370,7 +351,6 @@ TEST(KpaTool, CallsFunctionsAndTellsTheirFailures) {
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_EQ(failed.err.rfind("kpa call: it broke\n", 0), 0U) << failed.err;
     EXPECT_NE(failed.err.find("innermost"), std::string::npos) << failed.err;
-    EXPECT_EQ(call({"no_such_function"}).exitCode, 1);
     EXPECT_TRUE(fs::exists(folder / "cache"));
 }
 

@@ -6,45 +6,32 @@
 
 namespace {
 
-using Conversion = QxTest;
+using Conversion = RandomQxTest;
 
-struct NumberCase {
-    double from;
-    qxClassID to;
-    double expected;  // each is exact in a double
-};
-
-std::ostream& operator<<(std::ostream& out, const NumberCase& given) {
-    return out << given.from << " into class " << given.to;
+TEST_F(Conversion, RoundsAndSaturates) {
+    // Each number and what it becomes, which is exact in a double.
+    const std::pair<qxClassID, std::vector<std::pair<double, double>>> table[] = {
+        {qxINT8_CLASS, {{2.5, 3}, {-2.5, -3}, {2.4999, 2}, {127.4, 127}, {-128.5, -128}}},
+        {qxINT16_CLASS, {{-0.5, -1}, {1e9, 32767}, {-1e9, -32768}}},
+        {qxINT32_CLASS, {{0.49999999999999994, 0}, {NAN, 0}, {-INFINITY, -2147483648.0}}},
+        {qxINT64_CLASS, {{4503599627370497.5, 4503599627370498.0}}},
+        {qxUINT8_CLASS, {{254.5, 255}, {255.5, 255}, {-0.4, 0}, {NAN, 0}}},
+        {qxUINT32_CLASS, {{INFINITY, 4294967295.0}}},
+        {qxUINT64_CLASS, {{-7, 0}, {9007199254740993.0, 9007199254740992.0}}},
+        {qxLOGICAL_CLASS, {{NAN, 0}, {0.25, 1}, {-0.0, 0}, {256, 1}}},
+        {qxCHAR_CLASS, {{NAN, 0}, {65.5, 66}, {1e6, 65535}}},
+        {qxSINGLE_CLASS, {{1e300, INFINITY}, {0.5, 0.5}}},
+    };
+    for (const auto& [id, numbers] : table) {
+        for (const auto& [from, expected] : numbers) {
+            const qxArrayOwner converted(qxCreateConvertedCopy(rowOf({from}).get(), id));
+            ASSERT_TRUE(converted);
+            EXPECT_EQ(qxGetClassID(converted.get()), id);
+            const qxArrayOwner back(qxCreateConvertedCopy(converted.get(), qxDOUBLE_CLASS));
+            EXPECT_EQ(*realOf<double>(back), expected) << from << " into class " << id;
+        }
+    }
 }
-
-class NumberConversion : public QxTest, public testing::WithParamInterface<NumberCase> {};
-
-TEST_P(NumberConversion, RoundsAndSaturates) {
-    const qxArrayOwner converted(qxCreateConvertedCopy(rowOf({GetParam().from}).get(), GetParam().to));
-    ASSERT_TRUE(converted);
-    EXPECT_EQ(qxGetClassID(converted.get()), GetParam().to);
-    const qxArrayOwner back(qxCreateConvertedCopy(converted.get(), qxDOUBLE_CLASS));
-    EXPECT_EQ(*realOf<double>(back), GetParam().expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, NumberConversion,
-    testing::Values(NumberCase{2.5, qxINT8_CLASS, 3}, NumberCase{-2.5, qxINT8_CLASS, -3},
-                    NumberCase{2.4999, qxINT8_CLASS, 2}, NumberCase{-0.5, qxINT16_CLASS, -1},
-                    NumberCase{0.49999999999999994, qxINT32_CLASS, 0}, NumberCase{1e9, qxINT16_CLASS, 32767},
-                    NumberCase{-1e9, qxINT16_CLASS, -32768}, NumberCase{127.4, qxINT8_CLASS, 127},
-                    NumberCase{-128.5, qxINT8_CLASS, -128}, NumberCase{254.5, qxUINT8_CLASS, 255},
-                    NumberCase{255.5, qxUINT8_CLASS, 255}, NumberCase{-0.4, qxUINT8_CLASS, 0},
-                    NumberCase{-7, qxUINT64_CLASS, 0}, NumberCase{NAN, qxINT32_CLASS, 0},
-                    NumberCase{NAN, qxUINT8_CLASS, 0}, NumberCase{NAN, qxLOGICAL_CLASS, 0},
-                    NumberCase{NAN, qxCHAR_CLASS, 0}, NumberCase{INFINITY, qxUINT32_CLASS, 4294967295.0},
-                    NumberCase{-INFINITY, qxINT32_CLASS, -2147483648.0}, NumberCase{65.5, qxCHAR_CLASS, 66},
-                    NumberCase{1e6, qxCHAR_CLASS, 65535}, NumberCase{0.25, qxLOGICAL_CLASS, 1},
-                    NumberCase{-0.0, qxLOGICAL_CLASS, 0}, NumberCase{256, qxLOGICAL_CLASS, 1},
-                    NumberCase{1e300, qxSINGLE_CLASS, INFINITY}, NumberCase{0.5, qxSINGLE_CLASS, 0.5},
-                    NumberCase{4503599627370497.5, qxINT64_CLASS, 4503599627370498.0},
-                    NumberCase{9007199254740993.0, qxUINT64_CLASS, 9007199254740992.0}));
 
 TEST_F(Conversion, SaturatesTheWideIntegers) {
     const qxArrayOwner source = rowOf({1e30, -1e30});
@@ -98,11 +85,8 @@ std::vector<double> denseModel(const qxArray* sparse) {
 }
 
 TEST_F(Conversion, OfSparseMatricesMatchesTheModel) {
-    const std::uint64_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Random random(seed);
-    for (int round = 0; round < 300; ++round) {
-        const qxArrayOwner source = randomSparse(random);
+    forRounds(300, [&] {
+        const qxArrayOwner source = randomSparse(random_);
         const std::vector<double> model = denseModel(source.get());
         const qxArrayOwner single(qxCreateConvertedCopy(source.get(), qxSINGLE_CLASS));
         ASSERT_FALSE(single->isSparse());
@@ -110,17 +94,17 @@ TEST_F(Conversion, OfSparseMatricesMatchesTheModel) {
         for (std::size_t i = 0; i < model.size(); ++i) {
             const auto expected = static_cast<float>(model[i]);
             const float found = realOf<float>(single)[i];
-            ASSERT_TRUE(found == expected || (std::isnan(found) && std::isnan(expected))) << "round " << round;
+            ASSERT_TRUE(found == expected || (std::isnan(found) && std::isnan(expected)));
         }
         const qxArrayOwner logical(qxCreateConvertedCopy(source.get(), qxLOGICAL_CLASS));
         ASSERT_TRUE(logical->isSparse());
         const std::vector<double> truths = denseModel(logical.get());
         for (std::size_t i = 0; i < model.size(); ++i) {
-            ASSERT_EQ(truths[i], model[i] != 0 && !std::isnan(model[i]) ? 1 : 0) << "round " << round;
+            ASSERT_EQ(truths[i], model[i] != 0 && !std::isnan(model[i]) ? 1 : 0);
         }
         const qxArrayOwner number(qxCreateConvertedCopy(logical.get(), qxDOUBLE_CLASS));
         ASSERT_EQ(denseModel(number.get()), truths);
-    }
+    });
 }
 
 TEST_F(Conversion, IsRefusedWhereThereIsNone) {

@@ -5,7 +5,7 @@
 
 namespace {
 
-using Copies = QxTest;
+using Copies = RandomQxTest;
 
 TEST_F(Copies, ThatShareDataSeeEachOthersChanges) {
     const qxArrayOwner first = rowOf({1, 2, 3});
@@ -45,19 +45,16 @@ TEST_F(Copies, ThatShareDataSeeEachOthersChanges) {
 }
 
 TEST_F(Copies, ThatAreDeepAreEqualAndApart) {
-    const std::uint64_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Random random(seed);
-    for (int round = 0; round < 500; ++round) {
-        qxArrayOwner source = randomArray(random, 4);
+    forRounds(500, [&] {
+        qxArrayOwner source = randomArray(random_, 4);
         const qxArrayOwner copy(qxDuplicateArray(source.get()));
-        ASSERT_TRUE(areSame(source.get(), copy.get())) << "round " << round;
+        ASSERT_TRUE(areSame(source.get(), copy.get()));
         ASSERT_FALSE(qxSharesStorage(source.get(), copy.get()));
         ASSERT_EQ(copy->capacity(), source->capacity());
         const auto form = formOf(source.get());
         source.reset();
-        ASSERT_EQ(formOf(copy.get()), form) << "round " << round;
-    }
+        ASSERT_EQ(formOf(copy.get()), form);
+    });
 }
 
 TEST_F(Copies, ThatAreDeepStayAsSmallAsTheirSource) {
@@ -79,25 +76,34 @@ TEST_F(Copies, ThatAreDeepStayAsSmallAsTheirSource) {
     EXPECT_LT(qxToText(level.get()).size(), 1000000U);
 }
 
-TEST_F(Copies, MayBeMadeAndEndedOnSeveralThreads) {
+TEST_F(Copies, OfAnOpaqueValueEndThePayloadOnceOnSeveralThreads) {
     int ended = 0;
-    {
-        const qxArrayOwner source(
-            qxCreateOpaque("Handle", &ended, [](void* payload) { ++*static_cast<int*>(payload); }));
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([&source] {
-                for (int round = 0; round < 5000; ++round) {
-                    const qxArrayOwner copy(qxCreateSharedDataCopy(source.get()));
-                }
-            });
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-        EXPECT_EQ(ended, 0);
+    const auto end = [](void* payload) { ++*static_cast<int*>(payload); };
+    qxArrayOwner source(qxCreateOpaque("Handle", &ended, end));
+    EXPECT_EQ(source->classWord(), 17U);
+    qxArrayOwner cell(qxCreateCellMatrix(1, 1));
+    qxSetCell(cell.get(), 0, qxDuplicateArray(source.get()));
+    qxArrayOwner cellCopy(qxDuplicateArray(cell.get()));
+    EXPECT_EQ(qxGetOpaquePayload(qxGetCell(cellCopy.get(), 0)), &ended);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&source] {
+            for (int round = 0; round < 5000; ++round) {
+                const qxArrayOwner copy(qxCreateSharedDataCopy(source.get()));
+                EXPECT_STREQ(qxGetSubclass(copy.get()), "Handle");
+            }
+        });
     }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    source.reset();
+    cell.reset();
+    EXPECT_EQ(ended, 0);
+    cellCopy.reset();
     EXPECT_EQ(ended, 1);
+    EXPECT_EQ(qxGetSubclass(rowOf({1}).get()), nullptr);
+    EXPECT_EQ(qxGetOpaquePayload(rowOf({1}).get()), nullptr);
 }
 
 TEST_F(Copies, OfNothingAreNothing) {

@@ -5,47 +5,10 @@
 
 namespace {
 
-using Memory = QxTest;
+using Memory = RandomQxTest;
 
 constexpr std::size_t kMega = std::size_t{1} << 20U;
 constexpr std::size_t kSizes[] = {0, 1, 8, 63, 64, 65, 1000, 1024, 5000, kMega, 4 * kMega - 1, 4 * kMega, 9 * kMega};
-
-bool isZero(const void* block, std::size_t bytes) {
-    const auto* begin = static_cast<const unsigned char*>(block);
-    return std::all_of(begin, begin + bytes, [](unsigned char byte) { return byte == 0; });
-}
-
-TEST_F(Memory, IsAlignedAndZeroedAlsoWhenUsedBefore) {
-    for (int round = 0; round < 3; ++round) {
-        for (const std::size_t bytes : kSizes) {
-            void* block = qxCalloc(bytes, 1);
-            ASSERT_NE(block, nullptr) << bytes;
-            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 64, 0U) << bytes;
-            EXPECT_TRUE(isZero(block, bytes)) << bytes;
-            std::memset(block, 0xAB, bytes);
-            qxFree(block);
-        }
-    }
-}
-
-TEST_F(Memory, KeepsItsContentsWhenItMoves) {
-    for (const std::size_t from : kSizes) {
-        for (const std::size_t to : kSizes) {
-            auto* block = static_cast<unsigned char*>(qxMalloc(from));
-            for (std::size_t i = 0; i < from; i += 97) {
-                block[i] = static_cast<unsigned char>(i * 7);
-            }
-            block = static_cast<unsigned char*>(qxRealloc(block, to));
-            ASSERT_NE(block, nullptr) << from << " to " << to;
-            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(block) % 64, 0U);
-            for (std::size_t i = 0; i < std::min(from, to); i += 97) {
-                ASSERT_EQ(block[i], static_cast<unsigned char>(i * 7)) << from << " to " << to << " at " << i;
-            }
-            std::memset(block, 1, to);
-            qxFree(block);
-        }
-    }
-}
 
 TEST_F(Memory, IsRefusedBeyondWhatTheMachineHas) {
     EXPECT_EQ(qxMalloc(std::size_t{1} << 50U), nullptr);
@@ -60,25 +23,6 @@ TEST_F(Memory, IsRefusedBeyondWhatTheMachineHas) {
     qxFree(block);
 }
 
-TEST_F(Memory, OfManyLargeBlocksDoesNotMixThemUp) {
-    std::vector<unsigned char*> blocks;
-    for (std::size_t i = 0; i < 12; ++i) {
-        blocks.push_back(static_cast<unsigned char*>(qxCalloc(5 * kMega + i, 1)));
-        ASSERT_TRUE(isZero(blocks.back(), 5 * kMega + i));
-        std::memset(blocks.back(), static_cast<int>(i + 1), 5 * kMega + i);
-    }
-    for (std::size_t i = 0; i < blocks.size(); ++i) {
-        EXPECT_EQ(blocks[i][0], i + 1);
-        EXPECT_EQ(blocks[i][5 * kMega + i - 1], i + 1);
-        qxFree(blocks[i]);
-    }
-    for (std::size_t i = 0; i < blocks.size(); ++i) {
-        blocks[i] = static_cast<unsigned char*>(qxCalloc(6 * kMega, 1));
-        EXPECT_TRUE(isZero(blocks[i], 6 * kMega));
-    }
-    std::for_each(blocks.begin(), blocks.end(), qxFree);
-}
-
 TEST_F(Memory, OfTheLargeBlockGivenBackLastIsUsedFirst) {
     void* blocks[3];
     for (void*& block : blocks) {
@@ -88,6 +32,45 @@ TEST_F(Memory, OfTheLargeBlockGivenBackLastIsUsedFirst) {
     void* again = qxMalloc(7 * kMega);
     EXPECT_EQ(again, blocks[2]) << "the others may have left the caches";
     qxFree(again);
+}
+
+struct Block {
+    unsigned char* begin = nullptr;
+    std::size_t bytes = 0;
+    unsigned char mark = 0;  ///< what every byte holds
+};
+
+void expectMarked(const Block& block, std::size_t bytes) {
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.begin) % 64, 0U) << bytes;
+    const bool isMarked =
+        bytes == 0 || (block.begin[0] == block.mark && std::memcmp(block.begin, block.begin + 1, bytes - 1) == 0);
+    EXPECT_TRUE(isMarked) << bytes << " of " << block.bytes;
+}
+
+TEST_F(Memory, IsAlignedZeroedAndKeepsItsContents) {
+    Block blocks[24];
+    forRounds(400, [&] {
+        Block& block = blocks[random_() % std::size(blocks)];
+        const std::size_t bytes = kSizes[random_() % std::size(kSizes)] + (random_() % 8);
+        if (random_() % 2 == 0) {
+            const std::size_t kept = std::min(block.bytes, bytes);
+            block.begin = static_cast<unsigned char*>(qxRealloc(block.begin, bytes));
+            expectMarked(block, kept);
+        } else {
+            expectMarked(block, block.bytes);
+            qxFree(block.begin);
+            block = {static_cast<unsigned char*>(qxCalloc(bytes, 1)), bytes, 0};
+            expectMarked(block, bytes);
+        }
+        ASSERT_NE(block.begin, nullptr);
+        block.bytes = bytes;
+        block.mark = static_cast<unsigned char>(random_());
+        std::memset(block.begin, block.mark, bytes);
+    });
+    for (const Block& block : blocks) {
+        expectMarked(block, block.bytes);
+        qxFree(block.begin);
+    }
 }
 
 }  // namespace

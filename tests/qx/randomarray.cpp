@@ -61,38 +61,33 @@ qxArrayOwner randomNested(Random& random, int depth, bool isStruct) {
     return array;
 }
 
-bool sameBytes(const void* first, const void* second, std::size_t bytes) {
-    return (first == nullptr) == (second == nullptr) &&
-           (first == nullptr || bytes == 0 || std::memcmp(first, second, bytes) == 0);
+/// What an array without slots holds: its parts and, when it is sparse, its tables, without spare capacity.
+std::string contentOf(const qxArray* array) {
+    const std::size_t columns = qxGetN(array);
+    const std::size_t stored = array->isSparse() ? array->columnStartTable()[columns] : qxGetNumberOfElements(array);
+    std::string content;
+    for (const void* part : {array->realData(), array->imagData()}) {
+        content.append(static_cast<const char*>(part), part == nullptr ? 0 : stored * qxGetElementSize(array));
+    }
+    if (array->isSparse()) {
+        content.append(reinterpret_cast<const char*>(array->columnStartTable()), (columns + 1) * 4);
+        content.append(reinterpret_cast<const char*>(array->rowIndexTable()), stored * 4);
+    }
+    return content;
 }
 
-bool sameTables(const qxArray* first, const qxArray* second) {
-    const std::size_t columns = qxGetN(first);
-    const std::uint32_t stored = first->columnStartTable()[columns];
-    return sameBytes(first->columnStartTable(), second->columnStartTable(), (columns + 1) * 4) &&
-           sameBytes(first->rowIndexTable(), second->rowIndexTable(), std::size_t{stored} * 4);
-}
-
-bool sameFields(const qxArray* first, const qxArray* second) {
-    const std::uint32_t count = first->get_number_of_struct_fields();
-    for (std::uint32_t field = 0; field < count; ++field) {
+bool haveSameHeader(const qxArray* first, const qxArray* second) {
+    const std::uint32_t fields = first->get_number_of_struct_fields();
+    bool same = qxGetClassID(first) == qxGetClassID(second) && first->flags() == second->flags() &&
+                first->numberOfDimensions() == second->numberOfDimensions() &&
+                second->get_number_of_struct_fields() == fields &&
+                std::equal(first->get_dimensions(), first->get_dimensions() + first->numberOfDimensions(),
+                           second->get_dimensions());
+    for (std::uint32_t field = 0; same && field < fields; ++field) {
         const char* name = first->get_struct_field_name_by_number(field);
-        if (qxGetFieldNumber(second, name) != static_cast<int>(field)) {
-            return false;
-        }
+        same = qxGetFieldNumber(second, name) == static_cast<int>(field);
     }
-    return second->get_number_of_struct_fields() == count;
-}
-
-bool sameSlots(const qxArray* first, const qxArray* second, std::size_t slots) {
-    for (std::size_t slot = 0; slot < slots; ++slot) {
-        const qxArray* one = qxGetCell(first, slot);
-        const qxArray* other = qxGetCell(second, slot);
-        if ((one == nullptr) != (other == nullptr) || (one != nullptr && !areSame(one, other))) {
-            return false;
-        }
-    }
-    return true;
+    return same;
 }
 
 }  // namespace
@@ -143,28 +138,22 @@ qxArrayOwner randomArray(Random& random, int depth) {
 }
 
 bool areSame(const qxArray* first, const qxArray* second) {
-    const bool sameHeader = qxGetClassID(first) == qxGetClassID(second) && first->flags() == second->flags() &&
-                            first->numberOfDimensions() == second->numberOfDimensions() &&
-                            std::equal(first->get_dimensions(), first->get_dimensions() + first->numberOfDimensions(),
-                                       second->get_dimensions());
-    if (!sameHeader || !sameFields(first, second)) {
+    if (first == nullptr || second == nullptr) {
+        return first == second;
+    }
+    const qxClassID id = qxGetClassID(first);
+    if (!haveSameHeader(first, second)) {
         return false;
     }
-    const std::size_t count = qxGetNumberOfElements(first);
-    switch (qxGetClassID(first)) {
-        case qxCELL_CLASS:
-        case qxFUNCTION_CLASS:
-            return sameSlots(first, second, count);
-        case qxSTRUCT_CLASS:
-            return sameSlots(first, second, count * first->get_number_of_struct_fields());
-        default:
-            break;
+    if (id != qxCELL_CLASS && id != qxSTRUCT_CLASS && id != qxFUNCTION_CLASS) {
+        return contentOf(first) == contentOf(second);
     }
-    if (first->isSparse() && !sameTables(first, second)) {
-        return false;
+    const std::size_t slots =
+        qxGetNumberOfElements(first) * (id == qxSTRUCT_CLASS ? first->get_number_of_struct_fields() : 1);
+    for (std::size_t slot = 0; slot < slots; ++slot) {
+        if (!areSame(qxGetCell(first, slot), qxGetCell(second, slot))) {
+            return false;
+        }
     }
-    const std::size_t stored = first->isSparse() ? first->columnStartTable()[qxGetN(first)] : count;
-    const std::size_t bytes = stored * qxGetElementSize(first);
-    return sameBytes(first->realData(), second->realData(), bytes) &&
-           sameBytes(first->imagData(), second->imagData(), bytes);
+    return true;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -11,10 +12,13 @@ void store(void* block, std::initializer_list<Element> elements) {
 }
 
 template <typename Element>
-Sample numeric(std::string name, qxClassID classId, std::initializer_list<Element> elements, std::string json) {
-    qxArrayOwner array(qxCreateNumericMatrix(1, static_cast<std::uint32_t>(elements.size()), classId, qxREAL));
+Sample numeric(std::string name, qxClassID classId, std::initializer_list<Element> elements, const std::string& json) {
+    const auto count = static_cast<std::uint32_t>(elements.size());
+    qxArrayOwner array(qxCreateNumericMatrix(1, count, classId, qxREAL));
     store(array->realData(), elements);
-    return {std::move(name), std::move(array), std::move(json)};
+    return {std::move(name), std::move(array),
+            "{\"class\":" + std::to_string(classId) + ",\"extents\":[1," + std::to_string(count) +
+                "],\"real\":" + json + "}"};
 }
 
 Sample complexMatrix() {
@@ -81,42 +85,31 @@ Sample structArray() {
 }  // namespace
 
 std::vector<Sample> makeSamples() {
-    std::vector<Sample> samples;
-    samples.push_back(numeric<double>("double", qxDOUBLE_CLASS, {1, -2.5, 1e300},
-                                      R"({"class":6,"extents":[1,3],"real":[1,-2.5,1e300]})"));
-    samples.push_back(
-        numeric<float>("single", qxSINGLE_CLASS, {0.5F, -8}, R"({"class":7,"extents":[1,2],"real":[0.5,-8]})"));
-    samples.push_back(numeric<std::uint8_t>("logical", qxLOGICAL_CLASS, {1, 0, 200},
-                                            R"({"class":3,"extents":[1,3],"real":[1,0,1]})"));
-    samples.push_back(numeric<char16_t>("char", qxCHAR_CLASS, {u'A', 0xD834, 0},
-                                        R"({"class":4,"extents":[1,3],"real":[65,55348,0]})"));
-    samples.push_back(
-        numeric<std::int8_t>("int8", qxINT8_CLASS, {-128, 127}, R"({"class":8,"extents":[1,2],"real":[-128,127]})"));
-    samples.push_back(
-        numeric<std::uint8_t>("uint8", qxUINT8_CLASS, {255, 3}, R"({"class":9,"extents":[1,2],"real":[255,3]})"));
-    samples.push_back(
-        numeric<std::uint16_t>("uint16", qxUINT16_CLASS, {65535}, R"({"class":11,"extents":[1,1],"real":[65535]})"));
-    samples.push_back(numeric<std::int32_t>("int32", qxINT32_CLASS, {-2147483647, 7},
-                                            R"({"class":12,"extents":[1,2],"real":[-2147483647,7]})"));
-    samples.push_back(numeric<std::uint32_t>("uint32", qxUINT32_CLASS, {4294967295U},
-                                             R"({"class":13,"extents":[1,1],"real":[4294967295]})"));
-    samples.push_back(numeric<std::int64_t>("int64", qxINT64_CLASS, {-9223372036854775807},
-                                            R"({"class":14,"extents":[1,1],"real":[-9223372036854775807]})"));
-    samples.push_back(numeric<std::uint64_t>("uint64", qxUINT64_CLASS, {18446744073709551615ULL},
-                                             R"({"class":15,"extents":[1,1],"real":[18446744073709551615]})"));
-    samples.push_back({"empty", qxArrayOwner(qxCreateDoubleMatrix(0, 70000, qxCOMPLEX)),
-                       R"({"class":6,"extents":[0,70000],"real":[],"imag":[]})"});
-    samples.push_back({"unknown", qxArrayOwner(qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL)),
-                       R"({"class":0,"extents":[0,0]})"});
-    samples.push_back(
+    Sample samples[] = {
+        numeric<double>("double", qxDOUBLE_CLASS, {1, -2.5, 1e300}, "[1,-2.5,1e300]"),
+        numeric<float>("single", qxSINGLE_CLASS, {0.5F, -8}, "[0.5,-8]"),
+        numeric<std::uint8_t>("logical", qxLOGICAL_CLASS, {1, 0, 200}, "[1,0,1]"),
+        numeric<char16_t>("char", qxCHAR_CLASS, {u'A', 0xD834, 0}, "[65,55348,0]"),
+        numeric<std::int8_t>("int8", qxINT8_CLASS, {-128, 127}, "[-128,127]"),
+        numeric<std::uint8_t>("uint8", qxUINT8_CLASS, {255, 3}, "[255,3]"),
+        numeric<std::uint16_t>("uint16", qxUINT16_CLASS, {65535}, "[65535]"),
+        numeric<std::int32_t>("int32", qxINT32_CLASS, {-2147483647, 7}, "[-2147483647,7]"),
+        numeric<std::uint32_t>("uint32", qxUINT32_CLASS, {4294967295U}, "[4294967295]"),
+        numeric<std::int64_t>("int64", qxINT64_CLASS, {-9223372036854775807}, "[-9223372036854775807]"),
+        numeric<std::uint64_t>("uint64", qxUINT64_CLASS, {18446744073709551615ULL}, "[18446744073709551615]"),
+        {"empty", qxArrayOwner(qxCreateDoubleMatrix(0, 70000, qxCOMPLEX)),
+         R"({"class":6,"extents":[0,70000],"real":[],"imag":[]})"},
+        {"unknown", qxArrayOwner(qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL)),
+         R"({"class":0,"extents":[0,0]})"},
         {"function", qxArrayOwner(qxCreateFunctionHandle("solve")),
-         R"({"class":16,"extents":[1,1],"slots":[{"class":4,"extents":[1,5],"real":[115,111,108,118,101]}]})"});
-    samples.push_back(complexMatrix());
-    samples.push_back(pages());
-    samples.push_back(sparse("sparse", false));
-    samples.push_back(sparse("sparse-complex", true));
-    samples.push_back(sparseLogical());
-    samples.push_back(nestedCell());
-    samples.push_back(structArray());
-    return samples;
+         R"({"class":16,"extents":[1,1],"slots":[{"class":4,"extents":[1,5],"real":[115,111,108,118,101]}]})"},
+        complexMatrix(),
+        pages(),
+        sparse("sparse", false),
+        sparse("sparse-complex", true),
+        sparseLogical(),
+        nestedCell(),
+        structArray(),
+    };
+    return {std::make_move_iterator(std::begin(samples)), std::make_move_iterator(std::end(samples))};
 }

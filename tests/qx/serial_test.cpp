@@ -8,20 +8,17 @@
 
 namespace {
 
-using SerialForm = QxTest;
+using SerialForm = RandomQxTest;
 
 TEST_F(SerialForm, BringsRandomArraysBack) {
-    const std::uint64_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Random random(seed);
-    for (int round = 0; round < 1500; ++round) {
-        const qxArrayOwner array = randomArray(random, 4);
+    forRounds(1500, [&] {
+        const qxArrayOwner array = randomArray(random_, 4);
         const auto form = formOf(array.get());
         const qxArrayOwner back = arrayOf(form);
-        ASSERT_TRUE(back) << "round " << round;
-        ASSERT_TRUE(areSame(array.get(), back.get())) << "round " << round << "\n" << qxToText(array.get());
-        ASSERT_EQ(formOf(back.get()), form) << "round " << round;
-    }
+        ASSERT_TRUE(back);
+        ASSERT_TRUE(areSame(array.get(), back.get())) << qxToText(array.get());
+        ASSERT_EQ(formOf(back.get()), form);
+    });
 }
 
 TEST_F(SerialForm, DoesNotDependOnHowAnArrayCameAbout) {

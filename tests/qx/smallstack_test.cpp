@@ -1,11 +1,9 @@
+#include "support/smallstack.h"
 #include "support.h"
-
-#include <pthread.h>
-
-#include <functional>
 
 namespace {
 
+using loomkit::test::runOnStack;
 using SmallStack = QxTest;
 
 /// What a virtual machine leaves of its smallest stacks to native code; sanitizers make frames larger.
@@ -14,20 +12,6 @@ constexpr std::size_t kStack = std::size_t{320} << 10U;
 #else
 constexpr std::size_t kStack = std::size_t{80} << 10U;
 #endif
-
-void runOnSmallStack(std::function<void()> operation) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
-    const auto run = [](void* run) -> void* {
-        (*static_cast<std::function<void()>*>(run))();
-        return nullptr;
-    };
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &operation), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 /// [1, [1, [1, 1], [ … ]]] with `depth` cells around a null.
 std::vector<unsigned char> formOfNestedCells(int depth) {
@@ -44,7 +28,7 @@ TEST_F(SmallStack, HoldsFormsThatNestAsDeepAsJavaDoes) {
         const bool fits = depth == 101;
         const qxArrayOwner cells = nestedCells(depth);
         const auto expected = formOfNestedCells(depth);
-        runOnSmallStack([&] {
+        runOnStack(kStack, [&] {
             EXPECT_EQ(formOf(cells.get()) == expected, fits) << depth;
             EXPECT_EQ(arrayOf(expected) != nullptr, fits) << depth;
         });
@@ -57,7 +41,7 @@ TEST_F(SmallStack, HoldsCopiesTextAndEndsOfChains) {
     qxArrayOwner outer = nestedCells(20000, rowOf({1, 2}));
     const qxArrayOwner innermost(qxCreateCellMatrix(1, 1));
     qxArrayOwner chain = nestedCells(20000, qxArrayOwner(qxCreateSharedDataCopy(innermost.get())));
-    runOnSmallStack([&] {
+    runOnStack(kStack, [&] {
         EXPECT_TRUE(qxArrayOwner(qxDuplicateArray(outer.get())));
         EXPECT_NE(qxToText(outer.get()), "");
         outer.reset();

@@ -5,15 +5,12 @@
 
 namespace {
 
-using Sparse = QxTest;
+using Sparse = RandomQxTest;
 
-TEST_F(Sparse, MayHaveMorePlacesThanADenseArray) {
+TEST_F(Sparse, MayHaveMorePlacesThanADenseArrayButNoExtentsOutOfRange) {
     const qxArrayOwner array(qxCreateSparse(0x7FFFFFFF, 1000, 1, qxREAL));
     ASSERT_TRUE(array);
     EXPECT_EQ(qxGetNumberOfElements(array.get()), std::size_t{0x7FFFFFFF} * 1000);
-}
-
-TEST_F(Sparse, RefusesExtentsOutOfRange) {
     const std::int64_t bad[][2] = {{-1, 3}, {3, -1}, {-1, -1}, {0x80000000LL, 1}, {1, 0x80000000LL}, {1LL << 40U, 1}};
     for (const auto& extents : bad) {
         EXPECT_FALSE(qxCreateSparse(extents[0], extents[1], 1, qxREAL)) << extents[0] << " " << extents[1];
@@ -47,20 +44,17 @@ TEST_F(Sparse, KeepsAnElementOfWhichEitherPartIsNotZero) {
 }
 
 TEST_F(Sparse, GoesThroughDenseAndBack) {
-    const std::uint64_t seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    Random random(seed);
-    for (int round = 0; round < 300; ++round) {
-        const qxArrayOwner logical(qxCreateNumericMatrix(random() % 7, random() % 7, qxLOGICAL_CLASS, qxREAL));
+    forRounds(300, [&] {
+        const qxArrayOwner logical(qxCreateNumericMatrix(random_() % 7, random_() % 7, qxLOGICAL_CLASS, qxREAL));
         for (std::size_t i = 0; i < qxGetNumberOfElements(logical.get()); ++i) {
-            realOf<std::uint8_t>(logical)[i] = random() % 3 == 0;
+            realOf<std::uint8_t>(logical)[i] = random_() % 3 == 0;
         }
         const qxArrayOwner sparse(qxMustBeSparse(logical.get()));
-        ASSERT_NE(formOf(sparse.get()), std::vector<unsigned char>()) << "round " << round;
+        ASSERT_NE(formOf(sparse.get()), std::vector<unsigned char>());
         const qxArrayOwner dense(qxCreateConvertedCopy(sparse.get(), qxUINT8_CLASS));
         const qxArrayOwner expected(qxCreateConvertedCopy(logical.get(), qxUINT8_CLASS));
-        ASSERT_TRUE(areSame(dense.get(), expected.get())) << "round " << round;
-    }
+        ASSERT_TRUE(areSame(dense.get(), expected.get()));
+    });
 }
 
 TEST_F(Sparse, IsRefusedForOtherClassesAndShapes) {

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,21 @@ protected:
     void TearDown() override { EXPECT_EQ(qxLiveArrayCount(), liveBefore_); }
 
     std::size_t liveBefore_ = 0;
+};
+
+/// A test of random arrays, whose seed and round a failure shows.
+class RandomQxTest : public QxTest {
+protected:
+    template <typename Body>
+    void forRounds(int count, const Body& body) {
+        for (int round = 0; round < count && !HasFailure(); ++round) {
+            SCOPED_TRACE("seed " + std::to_string(seed_) + ", round " + std::to_string(round));
+            body();
+        }
+    }
+
+    const std::uint64_t seed_ = std::random_device()();
+    std::mt19937_64 random_{seed_};
 };
 
 template <typename Element>

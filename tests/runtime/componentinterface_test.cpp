@@ -105,10 +105,6 @@ TEST(ComponentInterface, ReadsEveryKindAndNamesWhatIsWrong) {
     for (const auto& reading : readings) {
         EXPECT_EQ(outcomeOf(instance, reading.kind, reading.value), reading.outcome) << reading.kind;
     }
-    EXPECT_EQ(instance.failureOf("read", {text("sum")}).message,
-              "read: argument 2 (value) is missing, expected a real matrix");
-    EXPECT_EQ(instance.failureOf("add", {row({1, 2, 3}), row({1})}).message,
-              "add: argument 2 (b) has 1 column, expected 3");
 }
 
 TEST(ComponentInterface, ReadsFirstElementsOfEveryClass) {
@@ -128,6 +124,25 @@ TEST(ComponentInterface, RefusesWhatIsTooLarge) {
     EXPECT_EQ(krtMakeDoubleMatrix(1, std::size_t{1} << 40U), nullptr);
     EXPECT_EQ(krtText(nullptr), nullptr);
     EXPECT_EQ(krtDoubles(nullptr), nullptr);
+}
+
+TEST(ComponentInterface, ShowsAnArrayAsTheArrayLibraryDoes) {
+    const qxArrayOwner array(row({1, 2.5}));
+    char* shown = nullptr;
+    ASSERT_EQ(vrlcppArrayToString(array.get(), &shown), 0);
+    EXPECT_EQ(shown, qxToText(array.get()));
+    vrlcppFreeString(shown);
+    vrlcppFreeString(nullptr);
+    EXPECT_NE(vrlcppArrayToString(nullptr, &shown), 0);
+    EXPECT_NE(vrlcppArrayToString(array.get(), nullptr), 0);
+}
+
+// Published values of the hash.
+TEST(ByteHash, IsTheWellKnownOne) {
+    EXPECT_EQ(vrlHashNBytes(0, 0, nullptr), 0x02CC5D05U);
+    EXPECT_EQ(vrlHashNBytes(0, 1, "a"), 0x550D7456U);
+    EXPECT_EQ(vrlHashNBytes(0, 3, "abc"), 0x32D153FFU);
+    EXPECT_NE(vrlHashNBytes(1, 3, "abc"), vrlHashNBytes(0, 3, "abc"));
 }
 
 }  // namespace

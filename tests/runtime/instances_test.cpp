@@ -51,10 +51,10 @@ TEST(Instances, ThatCantBeMadeSayWhatIsMissing) {
     }
 }
 
-TEST(Instances, RefuseForeignAndStaleHandles) {
+TEST(Instances, RefuseForeignAndStaleHandlesAndNeverShareOne) {
     TestInstance instance;
     void* stale = instance.handle();
-    EXPECT_NE(vrlHandleToKrtInstancePtr(stale), nullptr);
+    krtInstance* object = vrlHandleToKrtInstancePtr(stale);
     EXPECT_TRUE(vrlWaitForFiguresToDieInternal(stale, false));
     instance.end();
     int foreign = 0;
@@ -66,27 +66,23 @@ TEST(Instances, RefuseForeignAndStaleHandles) {
         EXPECT_THROW(vrlLoomkitFeval(handle, "add", 1, &result, 0, nullptr), vrlBaseException);
         EXPECT_THROW(vrlGetComponentInfo(handle), vrlBaseException);
     }
-}
-
-TEST(Instances, NeverShareAHandle) {
-    TestInstance first;
-    void* handle = first.handle();
-    krtInstance* object = vrlHandleToKrtInstancePtr(handle);
-    first.end();
-    const TestInstance second;
-    EXPECT_NE(second.handle(), handle);
+    const TestInstance next;
+    EXPECT_NE(next.handle(), stale);
     // What was got from the handle of an ended instance still does its work.
     EXPECT_EQ(object->qxArrayToJavaObject(nullptr), nullptr);
 }
 
-TEST(Instances, ActiveOneIsTheNewestThatLives) {
+TEST(Instances, StartTheRuntimeAndEndWithItAndTheNewestIsActive) {
     vrlTerminateApplicationImpl();
     EXPECT_EQ(vrlGetActiveHKRTINSTANCE(), nullptr);
-    const TestInstance first;
+    TestInstance first;
+    EXPECT_TRUE(vrlIsKRTInitialized());
     TestInstance second;
     EXPECT_EQ(vrlGetActiveHKRTINSTANCE(), second.handle());
     second.end();
     EXPECT_EQ(vrlGetActiveHKRTINSTANCE(), first.handle());
+    vrlTerminateApplicationImpl();
+    EXPECT_THROW(first.end(), vrlBaseException);
 }
 
 TEST(Instances, ActiveOneIsTheOneThatRuns) {
@@ -102,15 +98,6 @@ TEST(Instances, ActiveOneIsTheOneThatRuns) {
     vrlLoomkitFeval(outer, "print_both", 0, nullptr, 0, nullptr);
     EXPECT_EQ(active, outer);
     vrlTerminateInstanceInternal(outer);
-}
-
-TEST(Instances, StartTheRuntimeAndEndWithIt) {
-    vrlTerminateApplicationImpl();
-    TestInstance instance;
-    EXPECT_TRUE(vrlIsKRTInitialized());
-    vrlTerminateApplicationImpl();
-    EXPECT_THROW(vrlTerminateInstanceInternal(instance.handle()), vrlBaseException);
-    EXPECT_THROW(instance.end(), vrlBaseException);
 }
 
 TEST(Instances, GiveUpTheirHandlersAndTheirFolderAtTheirEnd) {

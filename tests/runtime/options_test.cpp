@@ -63,6 +63,12 @@ TEST_F(Options, AreAllReadAndGoWithTheEnd) {
     EXPECT_STREQ(vrlGetLogFileName(), "");
     EXPECT_NE(vrlGetCacheDirectories().front(), folder_);
     EXPECT_FALSE(vrlIsKcc());
+    vrlInitializeApplicationImpl(nullptr, 0);
+    EXPECT_TRUE(vrlIsKRTInitialized());
+    start({"-nodisplay"});
+    start({"-nojvm"});
+    EXPECT_FALSE(vrlIsNoDisplaySet()) << "a second start replaces the options of the first";
+    EXPECT_FALSE(vrlIsJVMEnabled());
 }
 
 TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
@@ -89,16 +95,6 @@ TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
     }
 }
 
-TEST_F(Options, OfASecondStartReplaceTheFirst) {
-    vrlInitializeApplicationImpl(nullptr, 0);
-    EXPECT_TRUE(vrlIsKRTInitialized());
-    start({"-nodisplay"});
-    start({"-nojvm"});
-    EXPECT_TRUE(vrlIsKRTInitialized());
-    EXPECT_FALSE(vrlIsNoDisplaySet());
-    EXPECT_FALSE(vrlIsJVMEnabled());
-}
-
 TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
     for (int round = 0; round < 200; ++round) {
         const std::string logs[] = {file("one"), file("two")};
@@ -120,35 +116,16 @@ TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
     }
 }
 
-TEST_F(Options, ExpandMacrosInPaths) {
-    vrlSetPathMacro("TEST_FOLDER", folder_.c_str());
-    vrlSetPathMacro(nullptr, "x");
-    vrlSetPathMacro("TEST_FOLDER", nullptr);
-    start({"-logfile", "$(TEST_FOLDER)/log"});
-    EXPECT_EQ(vrlGetLogFileName(), file("log"));
-    EXPECT_EQ(vrlExpandPathMacros("$(TEST_FOLDER"), "$(TEST_FOLDER");
-    EXPECT_EQ(vrlExpandPathMacros("$$(TEST_FOLDER)$"), "$" + folder_.string() + "$");
-}
-
-/// Gives a variable of the environment another value, or none, for as long as it lives.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
-            old_ = old;
-        }
-        value == nullptr ? unsetenv(name) : setenv(name, value, 1);
-    }
-    ~Variable() { old_ ? setenv(name_, old_->c_str(), 1) : unsetenv(name_); }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
-
 TEST_F(Options, CacheFolderIsTheUsersOwn) {
+    const auto change = [](const char* name, const char* value) {
+        value == nullptr ? unsetenv(name) : setenv(name, value, 1);
+    };
+    std::optional<std::string> old[2];
+    for (const auto& [index, name] : {std::pair(0, "XDG_CACHE_HOME"), std::pair(1, "HOME")}) {
+        if (const char* value = std::getenv(name)) {
+            old[index] = value;
+        }
+    }
     const std::string home = folder_.string();
     const std::string own = (std::filesystem::temp_directory_path() / ("loomkit-" + std::to_string(getuid()))).string();
     const struct {
@@ -161,23 +138,30 @@ TEST_F(Options, CacheFolderIsTheUsersOwn) {
                  {nullptr, "/no/such/home", own + "/components"},
                  {nullptr, nullptr, own + "/components"}};
     for (const auto& c : cases) {
-        const Variable xdg("XDG_CACHE_HOME", c.xdg);
-        const Variable user("HOME", c.home);
+        change("XDG_CACHE_HOME", c.xdg);
+        change("HOME", c.home);
         EXPECT_EQ(vrlGetCacheDirectories().front(), c.folder);
         EXPECT_EQ(vrlGetCacheDirectories().back(), own + "/components");
     }
+    change("XDG_CACHE_HOME", old[0] ? old[0]->c_str() : nullptr);
+    change("HOME", old[1] ? old[1]->c_str() : nullptr);
 }
 
-TEST_F(Options, LogFileKeepsWhatItHeld) {
-    const std::string log = file("log");
-    start({"-logfile", log.c_str()});
-    vrlWriteLog("one\n");
-    vrlWriteLog(nullptr);
-    vrlTerminateApplicationImpl();
-    vrlWriteLog("dropped\n");
-    start({"-logfile", log.c_str()});
-    vrlWriteLog("two\n");
-    EXPECT_EQ(contentOf(log), "one\ntwo\n");
+TEST_F(Options, ExpandMacrosInPathsAndTheLogFileKeepsWhatItHeld) {
+    vrlSetPathMacro("TEST_FOLDER", folder_.c_str());
+    vrlSetPathMacro(nullptr, "x");
+    vrlSetPathMacro("TEST_FOLDER", nullptr);
+    EXPECT_EQ(vrlExpandPathMacros("$(TEST_FOLDER"), "$(TEST_FOLDER");
+    EXPECT_EQ(vrlExpandPathMacros("$$(TEST_FOLDER)$"), "$" + folder_.string() + "$");
+    for (const char* text : {"one\n", "two\n"}) {
+        start({"-logfile", "$(TEST_FOLDER)/log"});
+        EXPECT_EQ(vrlGetLogFileName(), file("log"));
+        vrlWriteLog(text);
+        vrlWriteLog(nullptr);
+        vrlTerminateApplicationImpl();
+        vrlWriteLog("dropped\n");
+    }
+    EXPECT_EQ(contentOf(file("log")), "one\ntwo\n");
 }
 
 TEST(RuntimeMutex, IsRecursiveAndIgnoresAStrayRelease) {

@@ -1,9 +1,9 @@
 #include "support/jvm.h"
 
 #include "entry/onload.h"
+#include "support/smallstack.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <cstdio>
 #include <string>
@@ -73,18 +73,7 @@ void onAttachedThread(const std::function<void(JNIEnv*)>& body) {
 }
 
 void onSmallStack(std::size_t bytes, const std::function<void(JNIEnv*)>& body) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, bytes), 0);
-    pthread_t thread{};
-    const auto run = [](void* given) -> void* {
-        runAttached(*static_cast<const std::function<void(JNIEnv*)>*>(given));
-        return nullptr;
-    };
-    auto* given = const_cast<std::function<void(JNIEnv*)>*>(&body);
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, given), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
+    loomkit::test::runOnStack(bytes, [&] { runAttached(body); });
 }
 
 void onUnknownThread(const std::function<void()>& body) { std::thread(body).join(); }
