@@ -38,7 +38,8 @@ bool isNamed(JNIEnv* env, jclass cls, const std::string_view name) {
         return false;
     }
     const LocalRef<jstring> text(env, static_cast<jstring>(env->CallObjectMethodA(cls, getName, nullptr)));
-    const char* characters = text ? env->GetStringUTFChars(text.get(), nullptr) : nullptr;
+    const bool isTold = env->ExceptionCheck() == JNI_FALSE && text;
+    const char* characters = isTold ? env->GetStringUTFChars(text.get(), nullptr) : nullptr;
     if (characters == nullptr) {
         return false;
     }

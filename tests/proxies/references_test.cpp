@@ -113,17 +113,22 @@ TEST_F(References, ThePendingExceptionIsKnownAlsoWhereItsClassCannotBeLookedUp) 
                  {"java/lang/IllegalArgumentException", true},
                  {"java/lang/Error", false},
                  {"java/lang/NumberFormat", false}};
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.className);
-        env->ThrowNew(findClass(env, "java/lang/NumberFormatException"), "held");
+    jclass cls = findClass(env, "java/lang/NumberFormatException");
+    const auto expectTold = [&](const char* className, bool matches) {
+        env->ThrowNew(cls, "held");
         const JniCounter counter(env);
-        EXPECT_EQ(tether::isExceptionThrown(env, one.className), one.matches);
-        {
-            const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
-            EXPECT_EQ(tether::isExceptionThrown(env, one.className), one.matches);
-        }
+        EXPECT_EQ(tether::isExceptionThrown(env, className), matches) << className;
         EXPECT_EQ(counter.localReferences(), 0);
         EXPECT_EQ(counter.pinnedBlocks(), 0);
+    };
+    for (const auto& one : cases) {
+        expectTold(one.className, one.matches);
+        expectThrown(env, "java/lang/NumberFormatException", "held");
+        {
+            const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
+            expectTold(one.className, one.matches);
+            EXPECT_TRUE(faults.struck());
+        }
         expectThrown(env, "java/lang/NumberFormatException", "held");
     }
     EXPECT_FALSE(tether::isExceptionThrown(env, "java/lang/Error"));
