@@ -28,6 +28,10 @@ inline jobject fromFlat(JNIEnv* env, jintArray dims, jobject real, jobject imagi
                                                                                 classId, complexity);
 }
 
+inline jobject stated(JNIEnv* env, jintArray dims, jint classId, jint complexity) {
+    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateArray(env, nullptr, dims, classId, complexity);
+}
+
 inline jobject fromTriplets(JNIEnv* env, jintArray rows, jintArray columns, jobject real, jobject imaginary, jint m,
                             jint n, jint room, jint classId, jint complexity) {
     return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(

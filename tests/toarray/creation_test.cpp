@@ -67,8 +67,7 @@ TEST_F(Creation, FromFlatDataCopiesWhatBothHave) {
 
 TEST_F(Creation, OfStatedDimensions) {
     const auto create = [&](const std::vector<jint>& extents, jint classId) {
-        return takeArray(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateArray(env, nullptr, dims(extents),
-                                                                                            classId, qxREAL));
+        return takeArray(env, stated(env, dims(extents), classId, qxREAL));
     };
     EXPECT_EQ(contentOf(create({}, 0).get()), ModelArray(qxDOUBLE_CLASS, {0, 0}, {}, {}));
     EXPECT_EQ(contentOf(create({3}, qxINT8_CLASS).get()), ModelArray(qxINT8_CLASS, {1, 3}, {0, 0, 0}, {}));

@@ -30,7 +30,8 @@ struct Triplets {
 Triplets randomTriplets(std::mt19937& random, std::size_t count, std::size_t extent, bool isComplex, bool sorted) {
     Triplets triplets;
     const auto lengthOf = [&] { return randomBelow(random, 5) == 0 ? 1 : count; };
-    const auto value = [&] { return static_cast<jdouble>(randomBelow(random, 5)) - 2; };
+    // Sums of these depend on the order.
+    const auto value = [&] { return (randomBelow(random, 4) == 0 ? 1e16 : 1) * (1.0 * randomBelow(random, 5) - 2); };
     for (std::vector<jint>* list : {&triplets.rows, &triplets.columns}) {
         for (std::size_t i = lengthOf(); i > 0; --i) {
             list->push_back(static_cast<jint>(randomBelow(random, extent) + 1));

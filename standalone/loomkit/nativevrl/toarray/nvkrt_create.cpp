@@ -1,13 +1,12 @@
 /// Natives that make an array of stated dimensions, or from Java data as it is.
 
-#include "boundary/arrayhandle.h"
 #include "boundary/arrayparts.h"
-#include "boundary/boundary.h"
 #include "proxies/jobjectarrayproxy.h"
 #include "proxies/pinnedelements.h"
 #include "qx/arrayowner.h"
 #include "toarray/arraycreation.h"
 #include "toarray/classification.h"
+#include "toarray/creating.h"
 #include "toarray/flatstore.h"
 #include "toarray/jconvert.h"
 #include "toarray/plainextents.h"
@@ -71,30 +70,27 @@ qxArrayOwner createStruct(JNIEnv* env, jintArray dims, jobjectArray fieldNames) 
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateArray(JNIEnv* env, jclass, jintArray dims, jint classId,
                                                                       jint complexity) {
-    return guarded<jobject>(env, nullptr, [&] {
-        return handOver(env, createStated(env, dims, static_cast<qxClassID>(classId), complexity));
-    });
+    return creating(env, [&] { return createStated(env, dims, static_cast<qxClassID>(classId), complexity); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateNumericArray(JNIEnv* env, jclass, jintArray dims,
                                                                              jobject realData, jobject imagData,
                                                                              jint classId, jint complexity) {
-    return guarded<jobject>(
-        env, nullptr, [&] { return handOver(env, createNumeric(env, dims, realData, imagData, classId, complexity)); });
+    return creating(env, [&] { return createNumeric(env, dims, realData, imagData, classId, complexity); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateStructArray(JNIEnv* env, jclass, jintArray dims,
                                                                             jobjectArray fieldNames) {
-    return guarded<jobject>(env, nullptr, [&] { return handOver(env, createStruct(env, dims, fieldNames)); });
+    return creating(env, [&] { return createStruct(env, dims, fieldNames); });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxObject2qxArray(JNIEnv* env, jclass, jobject realData,
                                                                          jobject imagData, jint classId,
                                                                          jint complexity) {
-    return guarded<jobject>(env, nullptr, [&] {
+    return creating(env, [&] {
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
-        return handOver(env, qxArrayOwner(convertObjectPair(env, real, imaginary, static_cast<qxClassID>(classId),
-                                                            static_cast<qxComplexity>(complexity))));
+        return qxArrayOwner(convertObjectPair(env, real, imaginary, static_cast<qxClassID>(classId),
+                                              static_cast<qxComplexity>(complexity)));
     });
 }

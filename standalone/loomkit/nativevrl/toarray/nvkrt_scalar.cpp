@@ -1,8 +1,7 @@
 /// Natives that make a 1-by-1 array around a primitive value.
 
-#include "boundary/arrayhandle.h"
 #include "boundary/arrayparts.h"
-#include "boundary/boundary.h"
+#include "toarray/creating.h"
 #include "toarray/nativeelement.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
@@ -20,23 +19,23 @@ void storeScalar(qxArray* array, bool real, S value) {
 /// A class without elements of its own keeps what it was made with.
 template <typename S>
 jobject createScalar(JNIEnv* env, S real, S imaginary, jint classId, jint complexity) {
-    return guarded<jobject>(env, nullptr, [&] {
-        qxArray* array =
-            qxCreateNumericMatrix(1, 1, static_cast<qxClassID>(classId), static_cast<qxComplexity>(complexity));
+    return creating(env, [&] {
+        qxArrayOwner array(
+            qxCreateNumericMatrix(1, 1, static_cast<qxClassID>(classId), static_cast<qxComplexity>(complexity)));
         if (array == nullptr) {
             raise(env, "java/lang/RuntimeException", "Unable to allocate native array");
         }
-        qxSetArrayScope(array, qxFREE_SCOPE);
-        if (complexity == qxCOMPLEX) {
-            checkImaginaryAccess(env, array, false);  // its failure leaves the array to nobody
+        qxSetArrayScope(array.get(), qxFREE_SCOPE);
+        if (complexity == qxCOMPLEX && !isComplex(array.get())) {
+            checkImaginaryAccess(env, array.release(), false);  // its failure leaves the array to nobody
         }
         visitNativeElement(classId, [&](auto target) {
-            storeScalar<decltype(target)>(array, true, real);
+            storeScalar<decltype(target)>(array.get(), true, real);
             if (complexity == qxCOMPLEX) {
-                storeScalar<decltype(target)>(array, false, imaginary);
+                storeScalar<decltype(target)>(array.get(), false, imaginary);
             }
         });
-        return handOver(env, qxArrayOwner(array));
+        return array;
     });
 }
 

@@ -1,7 +1,6 @@
 /// Natives that make a sparse matrix.
 
-#include "boundary/arrayhandle.h"
-#include "boundary/boundary.h"
+#include "toarray/creating.h"
 #include "toarray/sparsecreation.h"
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
@@ -13,21 +12,21 @@ jobject
 Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(
     JNIEnv* env, jclass, jintArray rowIndex, jintArray colIndex, jobject realData, jobject imagData, jint rows,
     jint columns, jint nzmax, jint classId, jint complexity) {
-    return guarded<jobject>(env, nullptr, [&] {
+    return creating(env, [&] {
         const SparseStatement stated{rows, columns, nzmax, static_cast<qxClassID>(classId),
                                      static_cast<qxComplexity>(complexity)};
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
-        return handOver(env, qxArrayOwner(createSparseFromJava(env, rowIndex, colIndex, real, imaginary, stated)));
+        return qxArrayOwner(createSparseFromJava(env, rowIndex, colIndex, real, imaginary, stated));
     });
 }
 
 jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II(
     JNIEnv* env, jclass, jobject realData, jobject imagData, jint classId, jint complexity) {
-    return guarded<jobject>(env, nullptr, [&] {
+    return creating(env, [&] {
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
-        return handOver(env, qxArrayOwner(convertToSparse(env, real, imaginary, static_cast<qxClassID>(classId),
-                                                          static_cast<qxComplexity>(complexity))));
+        return qxArrayOwner(convertToSparse(env, real, imaginary, static_cast<qxClassID>(classId),
+                                            static_cast<qxComplexity>(complexity)));
     });
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "boundary/arrayhandle.h"
-#include "qx/arrayowner.h"
 #include "qx/qx.h"
 #include "toarray/indextranslator.h"
 #include "toarray/sparseentry.h"
@@ -12,7 +10,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 #include <vector>
 
 /// Sparse matrices from triplets. The builder is one template over what may differ: the kind of value, whether rows,
@@ -100,20 +97,29 @@ struct KeptEntries {
     }
 };
 
-/// Reads `count` triplets. Every index is checked, also that of a zero, the row before the column.
-template <typename Entry, typename Rows, typename Columns, typename Values, typename Dimensions>
-KeptEntries<Entry> readTriplets(std::size_t count, Rows rows, Columns columns, Values, const qxArray& data,
-                                Dimensions& dimensions) {
+/// Triplets whose inputs are in order with one another. The lists and the dense array of values are the caller's.
+template <typename RowSource, typename ColumnSource, typename ValueSource>
+struct TripletSource {
+    std::size_t count;
+    RowSource rows;
+    ColumnSource columns;
+    ValueSource values;
+    const qxArray& data;
+};
+
+/// Reads the triplets. Every index is checked, also that of a zero, the row before the column.
+template <typename Entry, typename Source, typename Dimensions>
+KeptEntries<Entry> readTriplets(Source source, Dimensions& dimensions) {
     KeptEntries<Entry> kept;
-    kept.entries.reserve(count);
+    kept.entries.reserve(source.count);
     const auto rowTranslator = dimensions.rowTranslator();
     const auto columnTranslator = dimensions.columnTranslator();
-    rows.prepare(rowTranslator);
-    columns.prepare(columnTranslator);
-    for (std::size_t i = 0; i < count; ++i) {
-        const unsigned row = rows.next(rowTranslator);
-        const unsigned column = columns.next(columnTranslator);
-        const Entry entry = Entry::read(row, column, data, Values::indexOf(i));
+    source.rows.prepare(rowTranslator);
+    source.columns.prepare(columnTranslator);
+    for (std::size_t i = 0; i < source.count; ++i) {
+        const unsigned row = source.rows.next(rowTranslator);
+        const unsigned column = source.columns.next(columnTranslator);
+        const Entry entry = Entry::read(row, column, source.data, source.values.indexOf(i));
         if (!entry.isZero()) {
             kept.keep(entry);
         }
@@ -121,8 +127,8 @@ KeptEntries<Entry> readTriplets(std::size_t count, Rows rows, Columns columns, V
     return kept;
 }
 
-/// Writes sorted entries into the array, those of one position merged into one stored element in their order, and
-/// leaves no scratch behind. A sum of zero is stored all the same.
+/// Writes sorted entries into a fresh array, those of one position merged into one stored element in their order. A sum
+/// of zero is stored all the same.
 template <typename Entry>
 void fillSparse(const std::vector<Entry>& entries, qxArray& array, unsigned columns) {
     std::uint32_t* rowIndex = array.rowIndexTable();
@@ -142,39 +148,28 @@ void fillSparse(const std::vector<Entry>& entries, qxArray& array, unsigned colu
         sum.store(array, stored);
     }
     std::fill(columnStart + column + 1, columnStart + columns + std::size_t{1}, stored);
-    for (std::size_t at = stored; at < entries.size(); ++at) {
-        rowIndex[at] = 0;
-        Entry{}.store(array, at);
-    }
 }
 
-/// A sparse array of the entries with room for at least `room`; free-standing, the caller's to end. Throws
-/// std::runtime_error when it can't be made, and RangeMaxChecker<unsigned>::overflow_exception for entries of a matrix
-/// without rows or columns, whose limits let every index pass.
-template <typename Entry>
-qxArray* makeSparse(KeptEntries<Entry>& kept, unsigned rows, unsigned columns, std::uint32_t room) {
-    std::vector<Entry>& entries = kept.entries;
+/// A sparse array of the triplets with room for at least `room` elements: zeros dropped, duplicates summed (logical
+/// ones ORed). Free-standing, the caller's to end; null when there is no memory for it. Throws
+/// RangeMaxChecker<unsigned>::overflow_exception for entries of a matrix without rows or columns, whose limits let
+/// every index pass.
+template <typename Entry, typename Source, typename Dimensions>
+qxArray* buildSparseFromTriplets(Source source, Dimensions dimensions, std::uint32_t room) {
+    auto [entries, inOrder] = readTriplets<Entry>(source, dimensions);
+    const unsigned rows = dimensions.rows();
+    const unsigned columns = dimensions.columns();
     if (!entries.empty() && (rows == 0 || columns == 0)) {
         throw RangeMaxChecker<unsigned>::overflow_exception();
     }
-    const auto capacity = std::max(room, static_cast<std::uint32_t>(entries.size()));
-    qxArrayOwner array(Entry::createArray(rows, columns, capacity));
-    if (array == nullptr) {
-        throw std::runtime_error("qxCreateSparse returned NULL");
+    if (!inOrder) {
+        sortEntries(entries, rows, columns);
     }
-    if (!kept.inOrder) {
-        sortEntries(entries, *array, rows, columns);
+    qxArray* array = Entry::createArray(rows, columns, std::max(room, static_cast<std::uint32_t>(entries.size())));
+    if (array != nullptr) {
+        fillSparse(entries, *array, columns);
     }
-    fillSparse(entries, *array, columns);
-    return setFreeScope(array.release());
-}
-
-/// `count` triplets with values from a dense array: zeros dropped, duplicates summed (logical ones ORed).
-template <typename Entry, typename Rows, typename Columns, typename Values, typename Dimensions>
-qxArray* buildSparseFromTriplets(std::size_t count, Rows rows, Columns columns, Values values, const qxArray& data,
-                                 Dimensions dimensions, std::uint32_t room) {
-    KeptEntries<Entry> kept = readTriplets<Entry>(count, rows, columns, values, data, dimensions);
-    return makeSparse(kept, dimensions.rows(), dimensions.columns(), room);
+    return array;
 }
 
 }  // namespace nativevrl::JConvert

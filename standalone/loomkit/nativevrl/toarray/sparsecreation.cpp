@@ -12,7 +12,7 @@
 
 #include <boost/numeric/conversion/cast.hpp>
 
-#include <new>
+#include <algorithm>
 #include <string>
 #include <variant>
 
@@ -30,14 +30,16 @@ std::size_t lengthOf(JNIEnv* env, jintArray array) {
     return array == nullptr ? 0 : static_cast<std::size_t>(env->GetArrayLength(array));
 }
 
-/// How many elements each of the three inputs has, and what follows from that.
-struct TripletCounts {
-    std::size_t rows;
-    std::size_t columns;
-    std::size_t values;
-
-    std::size_t elements() const { return std::max({values, columns, rows}); }
-    bool fits(std::size_t count) const { return count == elements() || count == 1; }
+/// What a sparse matrix is made of, each part in order with the others. The objects are borrowed; all three are null
+/// for a matrix without elements.
+struct Triplets {
+    jintArray rows;
+    jintArray columns;
+    const qxArray* values;
+    bool isComplex;
+    std::size_t valueCount;  ///< as many as there are elements, or one for all
+    std::size_t count;
+    std::uint32_t room;  ///< elements to make room for, `count` at least
 };
 
 void checkData(JNIEnv* env, const qxArray* data) {
@@ -46,13 +48,14 @@ void checkData(JNIEnv* env, const qxArray* data) {
     require(env, !data->isSparse(), "While creating sparse matrix: initial data must be a dense array");
 }
 
-/// The checks of what goes together, in their order; returns how many elements to make room for.
-std::uint32_t checkTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,
-                            bool isComplexInForce, const SparseStatement& stated, TripletCounts& counts) {
+/// The checks of what goes together, in their order.
+Triplets checkedTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,
+                         const SparseStatement& stated) {
     const bool hasData = data != nullptr;
     require(env, (rowIndex != nullptr) == hasData && (colIndex != nullptr) == hasData,
             "While creating sparse matrix: row index array, column index array, and initial value array must all be "
             "either NULL or non-NULL");
+    const bool isComplexInForce = hasData ? isComplex(data) : stated.complexity == qxCOMPLEX;
     require(env, stated.classId != qxLOGICAL_CLASS || !isComplexInForce,
             "While creating sparse matrix: complex logical sparse arrays not supported");
     require(env, stated.classId == qxLOGICAL_CLASS || stated.classId == qxDOUBLE_CLASS,
@@ -60,20 +63,23 @@ std::uint32_t checkTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex,
     if (hasData) {
         checkData(env, data);
     }
-    counts = {lengthOf(env, rowIndex), lengthOf(env, colIndex), hasData ? data->get_dimensions()[1] : std::size_t{0}};
-    // A 0-by-n array counts n values and has none.
-    const bool hasValues = counts.values == 0 || !qxIsEmpty(data);
-    const std::size_t elements = counts.elements();
+    const std::size_t rows = lengthOf(env, rowIndex);
+    const std::size_t columns = lengthOf(env, colIndex);
+    const std::size_t values = hasData ? data->get_dimensions()[1] : std::size_t{0};
+    const std::size_t count = std::max({values, columns, rows});
     const auto limit =
-        stated.room >= 0 ? boost::numeric_cast<std::uint32_t>(stated.room) : static_cast<std::uint32_t>(elements);
-    require(env, hasValues && counts.fits(counts.rows) && counts.fits(counts.columns) && counts.fits(counts.values),
+        stated.room >= 0 ? boost::numeric_cast<std::uint32_t>(stated.room) : static_cast<std::uint32_t>(count);
+    const auto fits = [&](std::size_t length) { return length == count || length == 1; };
+    // A 0-by-n array counts n values and has none.
+    const bool hasValues = values == 0 || !qxIsEmpty(data);
+    require(env, hasValues && fits(rows) && fits(columns) && fits(values),
             "While creating sparse matrix: all three initial data vectors (i, j, and value) must either be length 1 "
             "or the same as the maximum of the three (nz)");
-    require(env, elements <= limit,
+    require(env, count <= limit,
             "While creating sparse matrix: initial non-zero elements greater than maximum non-zero");
     require(env, (stated.rows < 0) == (stated.columns < 0),
             "While creating sparse matrix: rows and columns must BOTH be specified or NEITHER");
-    return limit;
+    return {rowIndex, colIndex, data, isComplexInForce, values, count, limit};
 }
 
 using AnyIndex = std::variant<IndexList, BroadcastIndex>;
@@ -96,24 +102,43 @@ AnyDimensions dimensionsOf(const SparseStatement& stated) {
     return StatedDimensions(static_cast<unsigned>(stated.rows), static_cast<unsigned>(stated.columns));
 }
 
-/// Picks the builder for a kind of value.
+/// Picks the builder for the triplets, whose values are of the kind that Entry holds.
 template <typename Entry>
-qxArray* buildWith(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray& data,
-                   const SparseStatement& stated, const TripletCounts& counts, std::uint32_t room) {
-    const PinnedElements<jint> rows(env, rowIndex);
-    const PinnedElements<jint> columns(env, colIndex);
+qxArray* buildWith(JNIEnv* env, const Triplets& triplets, const SparseStatement& stated) {
+    const PinnedElements<jint> rows(env, triplets.rows);
+    const PinnedElements<jint> columns(env, triplets.columns);
     const AnyIndex rowSource = indexOver(rows);
     const AnyIndex columnSource = indexOver(columns);
-    const AnyValue values = counts.values == 1 ? AnyValue(BroadcastValue()) : AnyValue(ValueList());
-    try {
-        return std::visit(
-            [&](auto row, auto column, auto value, auto dimensions) {
-                return buildSparseFromTriplets<Entry>(counts.elements(), row, column, value, data, dimensions, room);
-            },
-            rowSource, columnSource, values, dimensionsOf(stated));
-    } catch (const std::bad_alloc&) {
-        tether::throwOutOfMemory(env);
+    const AnyValue valueSource = triplets.valueCount == 1 ? AnyValue(BroadcastValue()) : AnyValue(ValueList());
+    return std::visit(
+        [&](auto row, auto column, auto value, auto dimensions) {
+            const TripletSource<decltype(row), decltype(column), decltype(value)> source{triplets.count, row, column,
+                                                                                         value, *triplets.values};
+            return buildSparseFromTriplets<Entry>(source, dimensions, triplets.room);
+        },
+        rowSource, columnSource, valueSource, dimensionsOf(stated));
+}
+
+qxArray* build(JNIEnv* env, const Triplets& triplets, const SparseStatement& stated) {
+    const bool isLogical = stated.classId == qxLOGICAL_CLASS;
+    if (triplets.count == 0) {
+        return isLogical ? qxCreateSparseLogicalMatrix(stated.rows, stated.columns, triplets.room)
+                         : qxCreateSparse(stated.rows, stated.columns, triplets.room,
+                                          triplets.isComplex ? qxCOMPLEX : qxREAL);
     }
+    if (isLogical) {
+        return buildWith<LogicalEntry>(env, triplets, stated);
+    }
+    return triplets.isComplex ? buildWith<ComplexEntry>(env, triplets, stated)
+                              : buildWith<RealEntry>(env, triplets, stated);
+}
+
+/// A sparse array that was made, for Java; null tells that there is no memory for it.
+qxArray* requireSparse(JNIEnv* env, qxArray* array) {
+    if (array == nullptr) {
+        raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
+    }
+    return setFreeScope(array);
 }
 
 qxArray* convertInitialData(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,
@@ -136,19 +161,7 @@ void checkSparseClass(JNIEnv* env, qxClassID classId) {
 
 qxArray* qxCreateSparseMatrixFromTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,
                                           const SparseStatement& stated) {
-    const bool isComplexInForce = data != nullptr ? isComplex(data) : stated.complexity == qxCOMPLEX;
-    TripletCounts counts{};
-    const std::uint32_t room = checkTriplets(env, rowIndex, colIndex, data, isComplexInForce, stated, counts);
-    if (data == nullptr || counts.elements() == 0) {
-        return stated.classId == qxLOGICAL_CLASS
-                   ? qxCreateSparseLogicalMatrix(stated.rows, stated.columns, room)
-                   : qxCreateSparse(stated.rows, stated.columns, room, isComplexInForce ? qxCOMPLEX : qxREAL);
-    }
-    if (stated.classId == qxLOGICAL_CLASS) {
-        return buildWith<LogicalEntry>(env, rowIndex, colIndex, *data, stated, counts, room);
-    }
-    return isComplexInForce ? buildWith<ComplexEntry>(env, rowIndex, colIndex, *data, stated, counts, room)
-                            : buildWith<RealEntry>(env, rowIndex, colIndex, *data, stated, counts, room);
+    return requireSparse(env, build(env, checkedTriplets(env, rowIndex, colIndex, data, stated), stated));
 }
 
 qxArray* createSparseFromJava(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const JObjectProxy& real,
@@ -160,9 +173,7 @@ qxArray* createSparseFromJava(JNIEnv* env, jintArray rowIndex, jintArray colInde
                 return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, nullptr, stated);
             }
             const qxArrayOwner data(convertInitialData(env, real, imaginary, stated));
-            SparseStatement statedByData = stated;
-            statedByData.complexity = qxREAL;
-            return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, data.get(), statedByData);
+            return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, data.get(), stated);
         });
 }
 
@@ -174,11 +185,7 @@ qxArray* convertToSparse(JNIEnv* env, const JObjectProxy& real, const JObjectPro
     if (nonSparse->numberOfDimensions() != 2) {
         raise(env, "java/lang/ArrayStoreException", "Data array(s) for sparse conversion must be two dimensional");
     }
-    qxArray* result = qxMustBeSparse(nonSparse.get());
-    if (result == nullptr) {
-        raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
-    }
-    return setFreeScope(result);
+    return requireSparse(env, qxMustBeSparse(nonSparse.get()));
 }
 
 }  // namespace nativevrl::JConvert

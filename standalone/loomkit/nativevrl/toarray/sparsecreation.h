@@ -21,10 +21,11 @@ struct SparseStatement {
 void checkSparseClass(JNIEnv* env, qxClassID classId);
 
 /// A sparse matrix from index lists, which count from 1, and a dense row of values, borrowed: each of them one
-/// element, which stands for all, or as many as the longest has. All three are null for an empty matrix, which is null
-/// when it can't be had. The result is the caller's to end. Complexity is that of the data where there is any.
+/// element, which stands for all, or as many as the longest has. All three are null for an empty matrix. The result is
+/// free-standing and the caller's to end, never null. Complexity is that of the data where there is any.
 ///
-/// What doesn't fit together raises java.lang.IllegalArgumentException. Indices that are out of range throw
+/// What doesn't fit together raises java.lang.IllegalArgumentException, a lack of memory at whatever step
+/// java.lang.OutOfMemoryError. Indices that are out of range throw
 /// IndexTranslator::negative_index_exception, RangeMaxChecker<unsigned>::overflow_exception or, from a list of one,
 /// boost::numeric::bad_numeric_cast.
 qxArray* qxCreateSparseMatrixFromTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,

@@ -1,15 +1,11 @@
 package com.norvane.toolbox.loomkit;
 
 import com.norvane.toolbox.loomkit.internal.NVKRT;
-import com.norvane.toolbox.loomkit.internal.NativePtr;
 import java.lang.reflect.Array;
 import java.util.Objects;
 
 /** Makes sparse matrices of logical and double elements. */
 final class SparseBuilder {
-    /** Tables below this size are always to be had. */
-    private static final int SMALL_TABLE = 1 << 20;
-
     private SparseBuilder() {}
 
     /**
@@ -33,7 +29,6 @@ final class SparseBuilder {
             throw new ArrayIndexOutOfBoundsException("a " + m + "-by-" + n + " matrix has no elements");
         }
         Complexity complexity = imaginary == null ? Complexity.REAL : Complexity.COMPLEX;
-        checkMemory(m, n, count, classId, complexity);
         boolean none = count == 0;
         return Wrappers.made(
                 NVKRT.qxCreateSparseMatrix(
@@ -52,15 +47,5 @@ final class SparseBuilder {
     static NVBuiltinArray compress(Object full, ClassId classId) {
         Object rows = new NestedCopy(false).copy(Objects.requireNonNull(full, "full"));
         return Wrappers.made(NVKRT.qxCreateSparseMatrix(rows, null, classId.code(), Complexity.REAL.code()));
-    }
-
-    /** Native code takes it that the tables can be had, so large ones are tried first: an empty matrix tells. */
-    private static void checkMemory(int m, int n, int count, ClassId classId, Complexity complexity) {
-        if ((long) n + count < SMALL_TABLE) {
-            return;
-        }
-        NativePtr trial =
-                NVKRT.qxCreateSparseMatrix(null, null, null, null, m, n, count, classId.code(), complexity.code());
-        Wrappers.made(trial).close();
     }
 }
