@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/testfolder.h"
 #include "vrlkrt/archive/archive.h"
 
 #include "vrlbase/exceptions.h"
@@ -13,23 +14,9 @@
 /// A user who owns nothing on any system.
 constexpr unsigned strangeUser = 54321;
 
-/// A folder of a test; gone with the object.
-class TestFolder {
-public:
-    TestFolder();
-    ~TestFolder();
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-
-    std::string path() const { return path_; }
-    std::string operator/(const std::string& item) const { return path_ + "/" + item; }
-
-private:
-    std::string path_;
-};
-
-void writeText(const std::string& path, const std::string& text);
-std::string readText(const std::string& path);
+using loomkit::test::readText;
+using loomkit::test::TestFolder;
+using loomkit::test::writeText;
 
 /// Every file below a folder, by its path relative to it, with its content.
 std::map<std::string, std::string> filesBelow(const std::string& folder);

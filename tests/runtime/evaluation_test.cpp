@@ -90,9 +90,9 @@ TEST(Failure, SaysWhatIsWrongAndLeavesNoArray) {
         EXPECT_EQ(instance.failureOf(wrong.function, wrong.inputs, wrong.nlhs).message, wrong.message);
     }
     qxArray* result = nullptr;
-    EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "add", 1, &result, -1, nullptr), vrlBaseException);
-    EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "add", 1, &result, 2, nullptr), vrlBaseException);
-    EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "add", 1, nullptr, 0, nullptr), vrlBaseException);
+    EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "count", 1, &result, -1, nullptr), vrlBaseException);
+    EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "count", 1, &result, 2, nullptr), vrlBaseException);
+    EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "count", 1, nullptr, 0, nullptr), vrlBaseException);
     EXPECT_THROW(vrlLoomkitFeval(instance.handle(), nullptr, 1, &result, 0, nullptr), vrlBaseException);
     EXPECT_EQ(result, nullptr);
     EXPECT_EQ(qxLiveArrayCount(), before);

@@ -139,14 +139,11 @@ TEST_F(WithoutMemory, TheStateIsToldAndTheRuntimeStops) {
     const char* options[] = {"-nojvm", "-logfile", "/dev/../dev/../dev/../dev/../dev/null"};
     vrlInitializeApplicationImpl(options, 3);
     const void* instance = vrlInitializeComponentInstance({}, {}, factoryOf(describeTestComponent()));
-    bool enabled = true;
-    bool hidden = true;
-    const char* name = nullptr;
     heapBlocksLeft = 0;
     vrlStartIfStopped();
-    enabled = vrlIsJVMEnabled();
-    hidden = vrlIsNoDisplaySet();
-    name = vrlGetLogFileName();
+    const bool enabled = vrlIsJVMEnabled();
+    const bool hidden = vrlIsNoDisplaySet();
+    const char* name = vrlGetLogFileName();
     const void* active = vrlGetActiveHKRTINSTANCE();
     vrlTerminateApplicationImpl();
     heapBlocksLeft = -1;

@@ -1,30 +1,24 @@
+#include "support/testfolder.h"
 #include "vrlbase/vrlbase.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <optional>
-#include <sstream>
 #include <thread>
 
 namespace {
 
+using loomkit::test::readText;
+using loomkit::test::TestFolder;
 using Norvane::vrl::vrlBaseException;
 
 class Options : public testing::Test {
 protected:
-    void SetUp() override {
-        vrlTerminateApplicationImpl();
-        folder_ = std::filesystem::temp_directory_path() / ("runtime_tests_" + std::to_string(getpid()));
-        std::filesystem::create_directories(folder_);
-    }
-    void TearDown() override {
-        vrlTerminateApplicationImpl();
-        std::filesystem::remove_all(folder_);
-    }
+    void SetUp() override { vrlTerminateApplicationImpl(); }
+    void TearDown() override { vrlTerminateApplicationImpl(); }
 
     static void start(std::vector<const char*> options) {
         vrlInitializeApplicationImpl(options.data(), static_cast<unsigned>(options.size()));
@@ -37,31 +31,25 @@ protected:
         }
         return {};
     }
-    std::string file(const char* name) const { return (folder_ / name).string(); }
-    static std::string contentOf(const std::string& name) {
-        std::ostringstream content;
-        content << std::ifstream(name).rdbuf();
-        return content.str();
-    }
 
-    std::filesystem::path folder_;
+    const TestFolder folder_;
 };
 
 TEST_F(Options, AreAllReadAndGoWithTheEnd) {
-    const std::string log = file("log");
-    start({"-nojvm", nullptr, "-logfile", log.c_str(), "-nodisplay", "-cachedir", folder_.c_str()});
+    const std::string log = folder_ / "log";
+    start({"-nojvm", nullptr, "-logfile", log.c_str(), "-nodisplay", "-cachedir", folder_.path().c_str()});
     EXPECT_TRUE(vrlIsKRTInitialized());
     EXPECT_FALSE(vrlIsJVMEnabled());
     EXPECT_TRUE(vrlIsNoDisplaySet());
     const char* name = vrlGetLogFileName();
-    EXPECT_EQ(vrlGetCacheDirectories(), std::vector<std::string>{folder_});
+    EXPECT_EQ(vrlGetCacheDirectories(), std::vector<std::string>{folder_.path()});
     vrlTerminateApplicationImpl();
     EXPECT_EQ(name, log) << "the name stays";
     EXPECT_FALSE(vrlIsKRTInitialized());
     EXPECT_TRUE(vrlIsJVMEnabled());
     EXPECT_FALSE(vrlIsNoDisplaySet());
     EXPECT_STREQ(vrlGetLogFileName(), "");
-    EXPECT_NE(vrlGetCacheDirectories().front(), folder_);
+    EXPECT_NE(vrlGetCacheDirectories().front(), folder_.path());
     EXPECT_FALSE(vrlIsKcc());
     vrlInitializeApplicationImpl(nullptr, 0);
     EXPECT_TRUE(vrlIsKRTInitialized());
@@ -72,9 +60,9 @@ TEST_F(Options, AreAllReadAndGoWithTheEnd) {
 }
 
 TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
-    const std::string log = file("log");
+    const std::string log = folder_ / "log";
     start({"-logfile", log.c_str()});
-    const std::string unwritable = file("no/such/folder");
+    const std::string unwritable = folder_ / "no/such/folder";
     const struct {
         std::vector<const char*> options;
         std::vector<const char*> named;
@@ -97,7 +85,7 @@ TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
 
 TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
     for (int round = 0; round < 200; ++round) {
-        const std::string logs[] = {file("one"), file("two")};
+        const std::string logs[] = {folder_ / "one", folder_ / "two"};
         std::vector<std::thread> starters;
         for (const std::string& log : logs) {
             starters.emplace_back([&log] { start({"-nodisplay", "-logfile", log.c_str()}); });
@@ -108,7 +96,7 @@ TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
         }
         EXPECT_TRUE(vrlIsNoDisplaySet()) << "round " << round;
         vrlWriteLog("x");
-        EXPECT_EQ(contentOf(vrlGetLogFileName()), "x") << "round " << round;
+        EXPECT_EQ(readText(vrlGetLogFileName()), "x") << "round " << round;
         vrlTerminateApplicationImpl();
         for (const std::string& log : logs) {
             std::filesystem::remove(log);
@@ -126,7 +114,7 @@ TEST_F(Options, CacheFolderIsTheUsersOwn) {
             old[index] = value;
         }
     }
-    const std::string home = folder_.string();
+    const std::string home = folder_.path();
     const std::string own = (std::filesystem::temp_directory_path() / ("loomkit-" + std::to_string(getuid()))).string();
     const struct {
         const char* xdg;
@@ -148,20 +136,20 @@ TEST_F(Options, CacheFolderIsTheUsersOwn) {
 }
 
 TEST_F(Options, ExpandMacrosInPathsAndTheLogFileKeepsWhatItHeld) {
-    vrlSetPathMacro("TEST_FOLDER", folder_.c_str());
+    vrlSetPathMacro("TEST_FOLDER", folder_.path().c_str());
     vrlSetPathMacro(nullptr, "x");
     vrlSetPathMacro("TEST_FOLDER", nullptr);
     EXPECT_EQ(vrlExpandPathMacros("$(TEST_FOLDER"), "$(TEST_FOLDER");
-    EXPECT_EQ(vrlExpandPathMacros("$$(TEST_FOLDER)$"), "$" + folder_.string() + "$");
+    EXPECT_EQ(vrlExpandPathMacros("$$(TEST_FOLDER)$"), "$" + folder_.path() + "$");
     for (const char* text : {"one\n", "two\n"}) {
         start({"-logfile", "$(TEST_FOLDER)/log"});
-        EXPECT_EQ(vrlGetLogFileName(), file("log"));
+        EXPECT_EQ(vrlGetLogFileName(), folder_ / "log");
         vrlWriteLog(text);
         vrlWriteLog(nullptr);
         vrlTerminateApplicationImpl();
         vrlWriteLog("dropped\n");
     }
-    EXPECT_EQ(contentOf(file("log")), "one\ntwo\n");
+    EXPECT_EQ(readText(folder_ / "log"), "one\ntwo\n");
 }
 
 TEST(RuntimeMutex, IsRecursiveAndIgnoresAStrayRelease) {

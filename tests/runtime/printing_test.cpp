@@ -1,17 +1,19 @@
 #include "testcomponent.h"
 
 #include "basix/basix.h"
+#include "support/testfolder.h"
 #include "vrlbase/vrlbase.h"
 
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <stdexcept>
 
 namespace {
+
+using loomkit::test::readText;
+using loomkit::test::TestFolder;
 
 int refuse(const char*) { return -1; }
 
@@ -20,24 +22,16 @@ int fail(const char*) { throw std::runtime_error("stream closed"); }
 class Printing : public testing::Test {
 protected:
     void SetUp() override {
-        log_ = (std::filesystem::temp_directory_path() / ("runtime_tests_log_" + std::to_string(getpid()))).string();
-        std::filesystem::remove(log_);
         const char* options[] = {"-logfile", log_.c_str()};
         vrlInitializeApplicationImpl(options, 2);
     }
     void TearDown() override {
         vrlSetDefaultPrintHandlers({}, {});
         vrlTerminateApplicationImpl();
-        std::filesystem::remove(log_);
     }
 
-    std::string logged() const {
-        std::ostringstream content;
-        content << std::ifstream(log_).rdbuf();
-        return content.str();
-    }
-
-    std::string log_;
+    const TestFolder folder_;
+    const std::string log_ = folder_ / "log";
 };
 
 TEST_F(Printing, AfterTheInstanceGoesToTheLog) {
@@ -51,7 +45,7 @@ TEST_F(Printing, AfterTheInstanceGoesToTheLog) {
     char byte = 'x';
     ASSERT_EQ(write(go[1], &byte, 1), 1);
     ASSERT_EQ(read(done[0], &byte, 1), 1);
-    EXPECT_EQ(logged(), "late");
+    EXPECT_EQ(readText(log_), "late");
     for (const int file : {go[0], go[1], done[0], done[1]}) {
         close(file);
     }
@@ -67,7 +61,7 @@ TEST_F(Printing, ThatFailsGoesToTheLogAndTheFunctionGoesOn) {
         EXPECT_EQ(firstOf(qxArrayOwner(result)), 1.0);
         vrlTerminateInstanceInternal(handle);
     }
-    EXPECT_EQ(logged(), "lostA print handler failed: stream closed\nlostlost");
+    EXPECT_EQ(readText(log_), "lostA print handler failed: stream closed\nlostlost");
 }
 
 TEST_F(Printing, HandsTextOverInTheLocalCodePage) {
