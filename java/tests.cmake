@@ -27,25 +27,21 @@ add_jar(loomkit_java_tests
         ${package}/toolbox/loomkit/CellAndStructTest.java
         ${package}/toolbox/loomkit/ClassLoaderTest.java
         ${package}/toolbox/loomkit/ComponentLifeTest.java
+        ${package}/toolbox/loomkit/ElementsTest.java
         ${package}/toolbox/loomkit/GuideTest.java
         ${package}/toolbox/loomkit/HostileInputTest.java
-        ${package}/toolbox/loomkit/HostileSweepTest.java
         ${package}/toolbox/loomkit/JavaDataTest.java
-        ${package}/toolbox/loomkit/LeakReportTest.java
         ${package}/toolbox/loomkit/LowMemoryTest.java
-        ${package}/toolbox/loomkit/NVExceptionTest.java
-        ${package}/toolbox/loomkit/NumericArrayTest.java
         ${package}/toolbox/loomkit/PrintingTest.java
         ${package}/toolbox/loomkit/PublicApi.java
         ${package}/toolbox/loomkit/SerialFormTest.java
-        ${package}/toolbox/loomkit/SparseArrayTest.java
         ${package}/toolbox/loomkit/StackEndTest.java
         ${package}/toolbox/loomkit/TestComponents.java
-        ${package}/toolbox/loomkit/TextAndLogicalTest.java
         ${package}/toolbox/loomkit/internal/NativeBundleTest.java
         ${package}/toolbox/loomkit/internal/NativeLoaderTest.java
         ${package}/toolbox/loomkit/internal/ObjectInvokerTest.java
         ${package}/toolbox/loomkit/testing/ChildProcess.java
+        ${package}/toolbox/loomkit/testing/Together.java
     INCLUDE_JARS loomkit_classes "${LOOMKIT_JUNIT_JAR}")
 get_target_property(loomkit_java_tests_jar loomkit_java_tests JAR_FILE)
 

@@ -24,7 +24,7 @@ final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
     private static final boolean REPORT_LEAKS = "report".equals(System.getProperty("loomkit.leaks"));
 
     private static final ReferenceQueue<NVBuiltinArray> UNREACHABLE = new ReferenceQueue<>();
-    private static final Set<ArrayHandle> LIVE = ConcurrentHashMap.newKeySet();
+    static final Set<ArrayHandle> LIVE = ConcurrentHashMap.newKeySet();
 
     static {
         Thread cleaner = new Thread(ArrayHandle::freeUnreachable, "loomkit-array-cleaner");

@@ -17,6 +17,7 @@ import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
+import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.MethodSource;
 import org.junit.jupiter.params.provider.ValueSource;
 
@@ -36,30 +37,25 @@ class CallTest {
         showcase.close();
     }
 
-    /** What the compiler passes for a single argument: an array of references stands for all arguments. */
-    static Stream<Arguments> takenAsOne() {
+    /** An array of references stands for all arguments, as the compiler passes them, or for a single one. */
+    static Stream<Arguments> counted() {
         return Stream.of(
-                arguments((Object) new double[][] {{1, 2}, {3, 4}}),
-                arguments((Object) new String[] {"ab", "cd"}),
-                arguments((Object) new Double[] {1.0, 2.0}),
-                arguments((Object) new Object[] {new double[] {1, 2}}),
-                arguments((Object) null));
+                arguments(new double[][] {{1, 2}, {3, 4}}, 1),
+                arguments(new String[] {"ab", "cd"}, 1),
+                arguments(new Double[] {1.0, 2.0}, 1),
+                arguments(new Object[] {new double[] {1, 2}}, 1),
+                arguments(null, 1),
+                arguments(new Object[0], 0),
+                arguments(new Object[10], 10),
+                arguments(new Object[11], 11),
+                arguments(new Object[40], 40),
+                arguments(new NVArray[] {NVNumericArray.of(1.0), new NVJavaObjectRef("x")}, 2));
     }
 
     @ParameterizedTest
-    @MethodSource("takenAsOne")
-    void takesASingleArrayAsOneArgument(Object[] passed) {
-        assertEquals(1, showcase.call("count", 1, passed)[0].asNumeric().doubleValue());
-    }
-
-    @Test
-    void takesAListOfArguments() {
-        for (int count : new int[] {0, 1, 10, 11, 40}) {
-            Object[] many = new Object[count];
-            assertEquals(count, showcase.call1("count", many).asNumeric().doubleValue());
-        }
-        Object[] arrays = new NVArray[] {NVNumericArray.of(1.0), new NVJavaObjectRef("x")};
-        assertEquals(2, showcase.call("count", 2, arrays)[0].asNumeric().doubleValue());
+    @MethodSource("counted")
+    void takesOneArgumentOrAList(Object[] passed, int count) {
+        assertEquals(count, showcase.call("count", 1, passed)[0].asNumeric().doubleValue());
     }
 
     static Stream<Object> returned() {
@@ -103,36 +99,52 @@ class CallTest {
         }
     }
 
-    @Test
-    void tellsTheStackOfAFailure() {
-        NVException failure = assertThrows(NVException.class, () -> showcase.call1("fail_deep", "as asked"));
+    @ParameterizedTest
+    @ValueSource(strings = {"fail_deep", "fail_in_call", "fail_standard"})
+    void tellsTheStackAndIdentifierOfAFailure(String function) {
+        Object[] given = function.equals("fail_standard") ? new Object[0] : new Object[] {"as asked"};
+        NVException failure = assertThrows(NVException.class, () -> showcase.call1(function, given));
         List<String> stack = failure.getNativeStack();
 
-        assertTrue(failure.getMessage().contains("as asked"), failure.getMessage());
-        assertTrue(stack.get(0).contains("innermost") && stack.get(1).contains("middle"), stack.toString());
-        assertTrue(failure.getStackTrace()[0].getLineNumber() > 0);
-        assertEquals("", assertThrows(NVException.class, () -> showcase.call1("fail_standard")).getIdentifier());
+        assertEquals(given.length == 0 ? "" : "showcase:asked", failure.getIdentifier());
+        assertTrue(stack.stream().allMatch(line -> line.startsWith("at ")), failure.toString());
+        if (function.equals("fail_deep")) {
+            assertTrue(failure.getMessage().contains("as asked"), failure.getMessage());
+            assertTrue(stack.get(0).contains("innermost") && stack.get(1).contains("middle"), stack.toString());
+            assertTrue(failure.getStackTrace()[0].getLineNumber() > 0);
+        }
     }
 
     @ParameterizedTest
-    @ValueSource(strings = {"fail_deep", "fail_in_call"})
-    void tellsTheIdentifierOfAFailure(String function) {
-        NVException failure = assertThrows(NVException.class, () -> showcase.call1(function, "as asked"));
+    @CsvSource(
+            delimiter = '|',
+            value = {
+                "at innermost (failing.cpp:12) | native.innermost(failing.cpp:12)",
+                "at fail_deep                  | native.fail_deep(Unknown Source)",
+                "solve (a b.cpp:3)             | native.solve(a b.cpp:3)",
+                "at f (x.cpp:99999999999)      | native.f(x.cpp)",
+            })
+    void putsNativeFramesInFrontOfJavaFrames(String line, String frame) {
+        String[] lines = {line, "at b (f.cpp:2)", "identifier solver:diverged", "not counted"};
+        NVException failure = new NVException("failed", lines, 3);
+        StackTraceElement[] trace = failure.getStackTrace();
 
-        assertEquals("showcase:asked", failure.getIdentifier());
-        assertTrue(failure.getNativeStack().stream().allMatch(line -> line.startsWith("at ")), failure.toString());
+        assertEquals(frame, trace[0].toString());
+        assertEquals("b", trace[1].getMethodName());
+        assertEquals(CallTest.class.getName(), trace[2].getClassName());
+        assertEquals(List.of(line, lines[1]), failure.getNativeStack());
+        assertEquals("solver:diverged", failure.getIdentifier());
+        assertThrows(UnsupportedOperationException.class, () -> failure.getNativeStack().add("c"));
     }
 
     /** The lambda calls the component itself, and fails in the end. */
     @Test
     void failsWithTheTextOfAnExceptionInALambda() {
-        DoubleUnaryOperator failing =
-                x -> {
-                    double value = showcase.call1("parabola", x).asNumeric().doubleValue();
-                    throw new IllegalStateException("no more than " + value);
-                };
-        NVException failure =
-                assertThrows(NVException.class, () -> showcase.call1("minimize", failing, 0.0, 1.0));
+        DoubleUnaryOperator failing = x -> {
+            double value = showcase.call1("parabola", x).asNumeric().doubleValue();
+            throw new IllegalStateException("no more than " + value);
+        };
+        NVException failure = assertThrows(NVException.class, () -> showcase.call1("minimize", failing, 0.0, 1.0));
         assertTrue(failure.getMessage().contains("IllegalStateException: no more than "), failure.getMessage());
         assertEquals(1, showcase.call1("same", 1.0).asNumeric().doubleValue());
     }

@@ -87,12 +87,7 @@ class ClassLoaderTest {
 
     @Test
     void mayCallBackWhileItLoadsTheClassBehindJavaObjects() throws IOException, InterruptedException {
-        ChildProcess child =
-                ChildProcess.run(
-                        Program.class,
-                        List.of(
-                                "-Dloomkit.native.dir=" + System.getProperty("loomkit.native.dir"),
-                                "-Dloomkit.test.components=" + System.getProperty("loomkit.test.components")));
+        ChildProcess child = ChildProcess.run(Program.class, List.of());
         assertEquals("minimum at 2\nminimum at 2\n", child.output);
         assertEquals(0, child.exitCode);
     }

@@ -6,6 +6,7 @@ import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.norvane.toolbox.loomkit.testing.Together;
 import java.io.ByteArrayInputStream;
 import java.io.FilterInputStream;
 import java.io.IOException;
@@ -22,10 +23,6 @@ import java.util.Arrays;
 import java.util.Collections;
 import java.util.List;
 import java.util.concurrent.Callable;
-import java.util.concurrent.CountDownLatch;
-import java.util.concurrent.ExecutorService;
-import java.util.concurrent.Executors;
-import java.util.concurrent.Future;
 import java.util.function.DoubleUnaryOperator;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
@@ -69,9 +66,11 @@ class ComponentLifeTest {
     void opensStreamsOfAnyPaceAroundAMultipleOfTheChunk(int beyond) throws IOException {
         byte[] bytes = padded(beyond);
         InputStream stream = new ByteArrayInputStream(Arrays.copyOf(bytes, bytes.length + 10));
+        InputStream trickle = reading(
+                bytes, (source, number, target) -> number % 1000 == 999 ? 0 : source.read(target, 0, 1));
         try (Component component = Component.open(stream, bytes.length);
                 Component toItsEnd = Component.open(new ByteArrayInputStream(bytes));
-                Component trickled = Component.open(new Trickle(new ByteArrayInputStream(bytes)), bytes.length)) {
+                Component trickled = Component.open(trickle, bytes.length)) {
             assertWorks(component);
             assertWorks(toItsEnd);
             assertWorks(trickled);
@@ -83,14 +82,16 @@ class ComponentLifeTest {
         Path file = TestComponents.archive("showcase");
         byte[] digest = MessageDigest.getInstance("SHA-256").digest(archive);
         String hex = String.format("%064X", new BigInteger(1, digest));
-        try (Component component = Component.open(file, new ComponentOptions().expectSha256(hex))) {
-            assertWorks(component);
-        }
-        Path target = folder.resolve("unpacked");
+        Path target = folder.resolve(" white space at both ends \t");
         ComponentOptions other = new ComponentOptions().expectSha256("0".repeat(64)).extractTo(target);
         NVException failure = assertThrows(NVException.class, () -> Component.open(file, other));
         assertTrue(failure.getMessage().contains("not " + "0".repeat(64)), failure.getMessage());
         assertFalse(Files.exists(target));
+        ComponentOptions right = new ComponentOptions().expectSha256(hex).extractTo(target);
+        try (Component component = Component.open(file, right)) {
+            assertWorks(component);
+            assertTrue(Files.isRegularFile(target.resolve("component.json")), target.toString());
+        }
         assertThrows(IllegalArgumentException.class, () -> new ComponentOptions().expectSha256("12"));
     }
 
@@ -102,72 +103,49 @@ class ComponentLifeTest {
         }
     }
 
-    /** Gives one byte a read, and now and then none. */
-    private static final class Trickle extends FilterInputStream {
-        private int reads;
+    /** Reads of a stream, numbered from 0, each with the array to be filled. */
+    private interface Reading {
+        int read(InputStream source, int number, byte[] target) throws IOException;
+    }
 
-        Trickle(InputStream source) {
-            super(source);
-        }
+    private InputStream reading(byte[] bytes, Reading reading) {
+        return new FilterInputStream(new ByteArrayInputStream(bytes)) {
+            private int number;
 
-        @Override
-        public int read(byte[] target) throws IOException {
-            reads++;
-            return reads % 1000 == 0 ? 0 : super.read(target, 0, 1);
-        }
+            @Override
+            public int read(byte[] target) throws IOException {
+                return reading.read(in, number++, target);
+            }
+        };
     }
 
     @Test
     void letsAFailureOfTheStreamThroughAsItIs() {
         IOException failure = new IOException("unplugged");
-        InputStream failing =
-                new FilterInputStream(new ByteArrayInputStream(archive)) {
-                    private int left = 3;
-
-                    @Override
-                    public int read(byte[] target) throws IOException {
-                        if (left-- == 0) {
-                            throw failure;
-                        }
-                        return super.read(target);
-                    }
-                };
+        InputStream failing = reading(archive, (source, number, target) -> {
+            if (number == 3) {
+                throw failure;
+            }
+            return source.read(target);
+        });
         assertSame(failure, assertThrows(IOException.class, () -> Component.open(failing, archive.length)));
     }
 
     @ParameterizedTest
     @ValueSource(ints = {-2, CHUNK + 1, Integer.MAX_VALUE})
     void refusesAStreamThatMiscounts(int claim) {
-        InputStream lying =
-                new ByteArrayInputStream(archive) {
-                    @Override
-                    public int read(byte[] target) {
-                        return claim;
-                    }
-                };
+        InputStream lying = reading(archive, (source, number, target) -> claim);
         assertThrows(IOException.class, () -> Component.open(lying, archive.length));
-    }
-
-    @ParameterizedTest
-    @ValueSource(strings = {"unpacked", " white space at both ends \t"})
-    void unpacksToAFolder(String name) throws IOException {
-        Path target = folder.resolve(name);
-        try (Component component =
-                Component.open(TestComponents.archive("showcase"), new ComponentOptions().extractTo(target))) {
-            assertWorks(component);
-            assertTrue(Files.isRegularFile(target.resolve("component.json")), target.toString());
-        }
     }
 
     @Test
     void finishesACallDuringWhichItIsClosed() throws IOException {
         Component component = TestComponents.open("showcase");
         NVArray result = component.call1("same", "kept");
-        DoubleUnaryOperator closing =
-                x -> {
-                    component.close();
-                    return x * x;
-                };
+        DoubleUnaryOperator closing = x -> {
+            component.close();
+            return x * x;
+        };
         double minimum = component.call("minimize", 1, closing, -1.0, 2.0)[0].asNumeric().doubleValue();
 
         component.close();
@@ -201,65 +179,41 @@ class ComponentLifeTest {
     @Test
     void startsOnceAndEvaluatesForManyThreads() throws Exception {
         Loomkit.stop();
-        int count = 8;
-        ExecutorService threads = Executors.newFixedThreadPool(count);
-        CountDownLatch start = new CountDownLatch(count);
-        Callable<Component> opening =
-                () -> {
-                    start.countDown();
-                    start.await();
-                    return TestComponents.open("showcase");
-                };
-        List<Component> opened = new ArrayList<>();
-        for (Future<Component> component : threads.invokeAll(Collections.nCopies(count, opening))) {
-            opened.add(component.get());
-        }
-        Callable<Void> calling =
-                () -> {
-                    double number = Thread.currentThread().getId();
-                    for (int round = 0; round < 50; round++) {
-                        NVArray result = opened.get(round % 2).call1("increment", number);
-                        assertEquals(number + 1, result.asNumeric().doubleValue());
-                    }
-                    return null;
-                };
-        for (Future<Void> caller : threads.invokeAll(Collections.nCopies(count, calling))) {
-            caller.get();
-        }
+        Callable<Component> opening = () -> TestComponents.open("showcase");
+        List<Component> opened = Together.run(Collections.nCopies(8, opening));
+        Callable<Void> calling = () -> {
+            double number = Thread.currentThread().getId();
+            for (int round = 0; round < 50; round++) {
+                NVArray result = opened.get(round % 2).call1("increment", number);
+                assertEquals(number + 1, result.asNumeric().doubleValue());
+            }
+            return null;
+        };
+        Together.run(Collections.nCopies(8, calling));
         opened.forEach(Component::close);
-        threads.shutdown();
     }
 
     /** A call runs to its end or does not begin, whether the component is closed or the runtime stops. */
     @ParameterizedTest
     @ValueSource(booleans = {false, true})
     void endsDuringCallsOfOtherThreads(boolean stopping) throws Exception {
-        ExecutorService threads = Executors.newFixedThreadPool(4);
         for (int round = 0; round < 40; round++) {
             Component component = TestComponents.open("showcase");
-            CountDownLatch start = new CountDownLatch(4);
-            Callable<Void> calling =
-                    () -> {
-                        start.countDown();
-                        IllegalStateException refused =
-                                assertThrows(IllegalStateException.class, () -> callWithoutEnd(component));
-                        assertEquals("the component is closed", refused.getMessage());
-                        return null;
-                    };
-            List<Future<Void>> callers = new ArrayList<>();
-            for (int i = 0; i < 4; i++) {
-                callers.add(threads.submit(calling));
-            }
-            start.await();
-            if (stopping) {
-                Loomkit.stop();
-            }
-            component.close();
-            for (Future<Void> caller : callers) {
-                caller.get();
-            }
+            Callable<Void> calling = () -> {
+                Exception refused = assertThrows(IllegalStateException.class, () -> callWithoutEnd(component));
+                assertEquals("the component is closed", refused.getMessage());
+                return null;
+            };
+            List<Callable<Void>> tasks = new ArrayList<>(Collections.nCopies(4, calling));
+            tasks.add(() -> {
+                if (stopping) {
+                    Loomkit.stop();
+                }
+                component.close();
+                return null;
+            });
+            Together.run(tasks);
         }
-        threads.shutdown();
     }
 
     private static void callWithoutEnd(Component component) {

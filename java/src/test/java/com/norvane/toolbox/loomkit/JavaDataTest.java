@@ -18,10 +18,11 @@ import java.util.stream.Stream;
 import org.junit.jupiter.api.Named;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.Arguments;
 import org.junit.jupiter.params.provider.MethodSource;
 
 class JavaDataTest {
-    static Stream<org.junit.jupiter.params.provider.Arguments> classes() {
+    static Stream<Arguments> classes() {
         return Stream.of(
                 arguments(null, ClassId.DOUBLE),
                 arguments(1.5, ClassId.DOUBLE),
@@ -74,6 +75,15 @@ class JavaDataTest {
         return cell;
     }
 
+    /** A number in so many cells, each inside the next. */
+    static Object nestedCells(int levels) {
+        Object cells = 1.0;
+        for (int level = 0; level < levels; level++) {
+            cells = NVCellArray.row(cells);
+        }
+        return cells;
+    }
+
     /** Named, since the display of such data would itself never end. */
     static Stream<Named<Object>> refused() {
         return Stream.of(
@@ -96,11 +106,7 @@ class JavaDataTest {
     @Test
     void acceptsTheDeepestNesting() {
         assertEquals(0, JavaData.of(nested(255)).levels());
-        NVCellArray cell = NVCellArray.row();
-        for (int i = 1; i < ValueTree.MAX_LEVELS; i++) {
-            cell = NVCellArray.row(cell);
-        }
-        assertEquals(ValueTree.MAX_LEVELS, JavaData.of(cell).levels());
+        assertEquals(ValueTree.MAX_LEVELS, JavaData.of(nestedCells(ValueTree.MAX_LEVELS)).levels());
     }
 
     @Test
@@ -120,32 +126,37 @@ class JavaDataTest {
 
     @Test
     void asksAnObjectForItsTextOnce() {
-        Object teller =
-                new Object() {
-                    private int asked;
+        Object teller = new Object() {
+            private int asked;
 
-                    @Override
-                    public String toString() {
-                        return "asked " + ++asked;
-                    }
-                };
+            @Override
+            public String toString() {
+                return "asked " + ++asked;
+            }
+        };
         Object[] copy = (Object[]) JavaData.of(new Object[] {"a", teller}).value();
 
         assertEquals("asked 1", copy[1]);
         assertEquals(2.5, ((Object[]) JavaData.of(new Object[] {1.0, 2.5}).value())[1]);
     }
 
-    static Stream<org.junit.jupiter.params.provider.Arguments> extents() {
+    static Stream<Arguments> extents() {
+        int[] ones = new int[256];
+        Arrays.fill(ones, 1);
+        int[] many = Arrays.copyOf(ones, 255);
+        int[] large = {1 << 16, 1 << 14};
         return Stream.of(
                 arguments(new int[] {}, new int[] {0, 0}),
                 arguments(new int[] {4}, new int[] {1, 4}),
                 arguments(new int[] {2, 0, 3}, new int[] {2, 0, 3}),
-                arguments(new int[] {1 << 16, 1 << 14}, new int[] {1 << 16, 1 << 14}),
+                arguments(large, large),
+                arguments(many, many),
+                arguments(new int[] {0, Integer.MAX_VALUE}, new int[] {0, Integer.MAX_VALUE}),
                 arguments(new int[] {1 << 16, 1 << 15}, null),
                 arguments(new int[] {0, 1 << 16, 1 << 16}, null),
                 arguments(new int[] {-1, 2}, null),
                 arguments(new int[] {Integer.MIN_VALUE}, null),
-                arguments(new int[256], null));
+                arguments(ones, null));
     }
 
     @ParameterizedTest
@@ -155,30 +166,22 @@ class JavaDataTest {
             assertThrows(IllegalArgumentException.class, () -> Dimensions.checked(given));
         } else {
             assertArrayEquals(expected, Dimensions.checked(given));
+            Dimensions.checkShowable(expected);
         }
     }
 
-    static Stream<org.junit.jupiter.params.provider.Arguments> tooLargeToShow() {
-        int[] many = new int[256];
-        Arrays.fill(many, 1);
+    static Stream<Arguments> tooLargeToShow() {
         return Stream.of(
-                arguments(many, "no Java array has 256 dimensions, only up to 255"),
+                arguments(new int[256], "no Java array has 256 dimensions, only up to 255"),
                 arguments(new int[] {1 << 30, 0}, "the extents [1073741824, 0] make Java arrays"),
-                arguments(new int[] {0, Integer.MAX_VALUE}, null),
-                arguments(new int[] {1, Integer.MAX_VALUE, Integer.MAX_VALUE, 0}, "the extents [1, 2147483647, "),
-                arguments(Arrays.copyOf(many, 255), null));
+                arguments(new int[] {1, Integer.MAX_VALUE, Integer.MAX_VALUE, 0}, "the extents [1, 2147483647, "));
     }
 
     @ParameterizedTest
     @MethodSource("tooLargeToShow")
-    void looksWhetherJavaArraysCanShowExtents(int[] extents, String reason) {
-        if (reason == null) {
-            Dimensions.checkShowable(extents);
-        } else {
-            String message =
-                    assertThrows(UnsupportedOperationException.class, () -> Dimensions.checkShowable(extents))
-                            .getMessage();
-            assertTrue(message.startsWith(reason), message);
-        }
+    void saysWhyJavaArraysCannotShowExtents(int[] extents, String reason) {
+        String message = assertThrows(UnsupportedOperationException.class, () -> Dimensions.checkShowable(extents))
+                .getMessage();
+        assertTrue(message.startsWith(reason), message);
     }
 }

@@ -82,16 +82,8 @@ class LowMemoryTest {
     @Test
     void endsInAnExceptionAndNotTheProcess() throws Exception {
         assumeTrue(System.getenv("LD_PRELOAD") == null, "a sanitizer maps more than any limit");
-        List<String> options =
-                List.of(
-                        "-Xms800m",
-                        "-Xmx800m",
-                        "-XX:+UseSerialGC",
-                        "-XX:TieredStopAtLevel=1",
-                        "-Dloomkit.native.dir=" + System.getProperty("loomkit.native.dir"),
-                        "-Dloomkit.test.components=" + System.getProperty("loomkit.test.components"));
-
-        ChildProcess child = ChildProcess.run(Program.class, options);
+        ChildProcess child = ChildProcess.run(
+                Program.class, List.of("-Xms800m", "-Xmx800m", "-XX:+UseSerialGC", "-XX:TieredStopAtLevel=1"));
 
         assertEquals(0, child.exitCode, child.output);
         assertEquals("same: 1.5\n".repeat(4), child.output);

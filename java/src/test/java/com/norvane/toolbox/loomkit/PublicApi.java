@@ -5,9 +5,12 @@ import java.io.ByteArrayOutputStream;
 import java.io.IOException;
 import java.io.InputStream;
 import java.io.PrintStream;
+import java.lang.reflect.Constructor;
+import java.lang.reflect.Executable;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
 import java.nio.file.Path;
+import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.HashMap;
@@ -18,7 +21,7 @@ import java.util.function.DoubleUnaryOperator;
 
 /** The public classes and methods, with objects to call them on and values to call them with. */
 final class PublicApi {
-    static final List<Class<?>> PUBLIC_CLASSES =
+    private static final List<Class<?>> PUBLIC_CLASSES =
             List.of(
                     Loomkit.class, Component.class, ComponentOptions.class, NVArray.class, NVBuiltinArray.class,
                     NVNumericArray.class, NVLogicalArray.class, NVCharArray.class, NVCellArray.class,
@@ -27,14 +30,14 @@ final class PublicApi {
                     com.norvane.extern.java.NVStructArray.class);
 
     /** What a call may end in; anything else is a fault of ours. */
-    static final List<Class<? extends Throwable>> REFUSALS =
+    private static final List<Class<? extends Throwable>> REFUSALS =
             List.of(
                     IllegalArgumentException.class, NullPointerException.class, IndexOutOfBoundsException.class,
                     IllegalStateException.class, UnsupportedOperationException.class, NVException.class,
                     IOException.class);
 
     /** The receiver of a method, fresh for each call. */
-    static final List<Callable<Object>> RECEIVERS =
+    private static final List<Callable<Object>> RECEIVERS =
             List.of(
                     () -> NVNumericArray.complex(new double[][] {{1, 2}}, new double[][] {{3, 4}}),
                     () -> NVNumericArray.zeros(ClassId.UINT8, Complexity.REAL, 2, 3, 2),
@@ -55,7 +58,59 @@ final class PublicApi {
                     () -> com.norvane.extern.java.NVCellArray.row(1, "a"),
                     () -> com.norvane.extern.java.NVStructArray.of(Map.of("field", 1)));
 
+    /** A public method or constructor, with what makes the object to call it on; null where it needs none. */
+    static final class Operation {
+        final Executable callee;
+        final Callable<Object> receiver;
+
+        private Operation(Executable callee, Callable<Object> receiver) {
+            this.callee = callee;
+            this.receiver = receiver;
+        }
+
+        /** The first value of each parameter's type, which mostly makes sense. */
+        Object[] usualArguments(Map<Class<?>, Object[]> values) {
+            return Arrays.stream(callee.getParameterTypes()).map(type -> values.get(type)[0]).toArray();
+        }
+
+        Object call(Object target, Object[] arguments) throws ReflectiveOperationException {
+            return callee instanceof Method
+                    ? ((Method) callee).invoke(target, arguments)
+                    : ((Constructor<?>) callee).newInstance(arguments);
+        }
+    }
+
     private PublicApi() {}
+
+    /** Constructors and static methods of each public class, then the methods of each receiver. */
+    static List<Operation> operations() throws Exception {
+        List<Operation> all = new ArrayList<>();
+        for (Class<?> type : PUBLIC_CLASSES) {
+            for (Constructor<?> constructor : type.getConstructors()) {
+                all.add(new Operation(constructor, () -> null));
+            }
+            addMethods(type.getDeclaredMethods(), true, () -> null, all);
+        }
+        for (Callable<Object> receiver : RECEIVERS) {
+            Object sample = receiver.call();
+            addMethods(sample.getClass().getMethods(), false, receiver, all);
+            close(sample);
+        }
+        return all;
+    }
+
+    private static void addMethods(Method[] methods, boolean ofClass, Callable<Object> receiver, List<Operation> all) {
+        for (Method method : methods) {
+            if (isPublicApi(method) && Modifier.isStatic(method.getModifiers()) == ofClass) {
+                all.add(new Operation(method, receiver));
+            }
+        }
+    }
+
+    /** Whether an outcome, null for none, says what was wrong with a call. */
+    static boolean isStated(Throwable outcome) {
+        return outcome == null || REFUSALS.stream().anyMatch(refusal -> refusal.isInstance(outcome));
+    }
 
     private static Object handleOf(String function) throws IOException {
         try (Component showcase = TestComponents.open("showcase")) {
@@ -134,7 +189,7 @@ final class PublicApi {
     }
 
     /** The bridge of a comparison casts its argument, as that of any class does. */
-    static boolean isPublicApi(Method method) {
+    private static boolean isPublicApi(Method method) {
         boolean ours = method.getDeclaringClass().getName().startsWith("com.norvane.");
         boolean cast = method.isBridge() && method.getName().equals("compareTo");
         return ours && !cast && Modifier.isPublic(method.getModifiers());

@@ -18,16 +18,24 @@ public final class ChildProcess {
         this.exitCode = exitCode;
     }
 
-    /** Runs the main class with the class path of this process, up to its end. */
+    /** Runs the main class with the class path, natives and test components of this process, up to its end. */
     public static ChildProcess run(Class<?> main, List<String> virtualMachineOptions)
             throws IOException, InterruptedException {
-        return run(builder(main, virtualMachineOptions));
+        return run(builder(main, asHere(virtualMachineOptions)));
     }
 
     /** As {@link #run}, with a limit on the memory that the process may map. */
     public static ChildProcess runWithin(int kilobytes, Class<?> main, List<String> virtualMachineOptions)
             throws IOException, InterruptedException {
-        return run(after("ulimit -v " + kilobytes, builder(main, virtualMachineOptions)));
+        return run(after("ulimit -v " + kilobytes, builder(main, asHere(virtualMachineOptions))));
+    }
+
+    private static List<String> asHere(List<String> options) {
+        List<String> all = new ArrayList<>(options);
+        for (String property : List.of("loomkit.native.dir", "loomkit.test.components")) {
+            all.add("-D" + property + "=" + System.getProperty(property));
+        }
+        return all;
     }
 
     /** Runs a program up to its end. */
