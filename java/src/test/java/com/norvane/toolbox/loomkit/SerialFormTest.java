@@ -179,7 +179,7 @@ class SerialFormTest {
         NVNumericArray tooLarge = NVNumericArray.zeros(1 << 28, 1); // Its memory is never touched.
         return Stream.of(
                 arguments(tooLarge, "is too large to be serialised: its form takes 2147483666 bytes"),
-                arguments(gathered(JavaDataTest.nestedCells(ValueTree.MAX_LEVELS - 1)), "it is nested more than 100 levels deep"),
+                arguments(gathered(JavaDataTest.nestedCells(99)), "it is nested more than 100 levels deep"),
                 arguments(gathered(new Object()), "array of class CELL can't be serialised: it holds a Java object"));
     }
 
