@@ -27,6 +27,7 @@ add_jar(loomkit_java_tests
         ${package}/toolbox/loomkit/CellAndStructTest.java
         ${package}/toolbox/loomkit/ClassLoaderTest.java
         ${package}/toolbox/loomkit/ComponentLifeTest.java
+        ${package}/toolbox/loomkit/DescriptionTest.java
         ${package}/toolbox/loomkit/ElementsTest.java
         ${package}/toolbox/loomkit/GuideTest.java
         ${package}/toolbox/loomkit/HostileInputTest.java

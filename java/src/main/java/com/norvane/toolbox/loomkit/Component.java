@@ -2,17 +2,15 @@ package com.norvane.toolbox.loomkit;
 
 import com.norvane.toolbox.loomkit.internal.NVKRT;
 import com.norvane.toolbox.loomkit.internal.NativePtr;
+import com.norvane.toolbox.loomkit.internal.Sha256;
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
 import java.io.InputStream;
 import java.io.PrintStream;
 import java.lang.ref.Cleaner;
 import java.lang.ref.Reference;
-import java.math.BigInteger;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.security.MessageDigest;
-import java.security.NoSuchAlgorithmException;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.LinkedHashMap;
@@ -33,7 +31,7 @@ import java.util.concurrent.Callable;
  * <p>The runtime starts by itself when the first component is opened. A component may be used by several threads.
  *
  * <p>Opening an archive loads its native library, which runs code of its own before any function is called, with the
- * rights of the process: open only what you trust. {@code kpa list} shows the functions of an archive without running it.
+ * rights of the process: open only what you trust. {@link #describe} tells what an archive holds without running it.
  */
 public final class Component implements AutoCloseable {
     /** No function gives more results. */
@@ -110,6 +108,40 @@ public final class Component implements AutoCloseable {
     }
 
     /**
+     * Tells what an archive file holds without running anything of it: no native library is loaded, nothing is unpacked
+     * to a file, and the runtime need not run. The file is read once, as a whole, and judged as strictly as by
+     * {@link #open(Path)}: structure, paths and limits, {@code component.json}, and the digest of every file. Whether
+     * the libraries fit this platform and runtime is not looked at.
+     *
+     * @param archive a regular file of at most 2<sup>31</sup>-1 bytes, for which there is memory
+     * @return what the archive says of itself
+     * @throws IOException when the file can't be read or is no valid archive; the message names the file, and the entry
+     *     where one is at fault, in characters that are safe to print
+     */
+    public static ComponentDescription describe(Path archive) throws IOException {
+        int size = sizeOf(archive);
+        try (InputStream stream = Files.newInputStream(archive)) {
+            return new DescribedArchive(readWhole(stream, size)).describe();
+        } catch (IOException failure) {
+            throw named(archive, failure);
+        }
+    }
+
+    /** Reads a file that has to end where it did a moment ago. */
+    private static byte[] readWhole(InputStream file, int size) throws IOException {
+        byte[] bytes;
+        try {
+            bytes = new byte[size];
+        } catch (OutOfMemoryError tooLarge) {
+            throw new IOException("the archive has " + size + " bytes, and there is no memory for them", tooLarge);
+        }
+        if (file.readNBytes(bytes, 0, size) < size || file.read() >= 0) {
+            throw new IOException("the archive changed while it was read");
+        }
+        return bytes;
+    }
+
+    /**
      * Opens an archive file.
      *
      * @param archive the file
@@ -132,6 +164,17 @@ public final class Component implements AutoCloseable {
      */
     public static Component open(Path archive, ComponentOptions options) throws IOException {
         Objects.requireNonNull(options, "options");
+        int size = sizeOf(archive);
+        try (InputStream stream = Files.newInputStream(archive)) {
+            return openSized(stream, size, options);
+        } catch (NVException failure) {
+            throw named(archive, failure);
+        } catch (IOException failure) {
+            throw named(archive, failure);
+        }
+    }
+
+    private static int sizeOf(Path archive) throws IOException {
         long size = Files.size(Objects.requireNonNull(archive, "archive"));
         if (size > Integer.MAX_VALUE) {
             throw new IOException("the archive " + archive + " has " + size + " bytes, more than can be read");
@@ -139,13 +182,7 @@ public final class Component implements AutoCloseable {
         if (!Files.isRegularFile(archive)) {
             throw new IOException("the archive " + archive + " is not a file");
         }
-        try (InputStream stream = Files.newInputStream(archive)) {
-            return openSized(stream, (int) size, options);
-        } catch (NVException failure) {
-            throw named(archive, failure);
-        } catch (IOException failure) {
-            throw named(archive, failure);
-        }
+        return (int) size;
     }
 
     private static NVException named(Path archive, NVException failure) {
@@ -228,14 +265,9 @@ public final class Component implements AutoCloseable {
     }
 
     private static void requireDigest(byte[] archive, String expected) {
-        try {
-            byte[] digest = MessageDigest.getInstance("SHA-256").digest(archive);
-            String actual = String.format("%064x", new BigInteger(1, digest));
-            if (!actual.equals(expected)) {
-                throw new NVException("the archive has the SHA-256 " + actual + ", not " + expected);
-            }
-        } catch (NoSuchAlgorithmException missing) {
-            throw new IllegalStateException("every Java platform has SHA-256", missing);
+        String actual = Sha256.hexOf(archive);
+        if (!actual.equals(expected)) {
+            throw new NVException("the archive has the SHA-256 " + actual + ", not " + expected);
         }
     }
 

@@ -52,7 +52,8 @@ public final class ComponentOptions {
      * Refuses every archive but one, before anything of it is unpacked or run. The digests inside an archive tell
      * damage; this one, which came another way, tells that it is the archive that was meant.
      *
-     * @param hex the SHA-256 of the whole archive file, 64 hexadecimal digits, as {@code kpa list} shows it
+     * @param hex the SHA-256 of the whole archive file, 64 hexadecimal digits, as {@code kpa list} and
+     *     {@link ComponentDescription#sha256} tell it
      * @return this object
      * @throws IllegalArgumentException for text of another form
      */

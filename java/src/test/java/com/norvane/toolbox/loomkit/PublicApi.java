@@ -23,8 +23,8 @@ import java.util.function.DoubleUnaryOperator;
 final class PublicApi {
     private static final List<Class<?>> PUBLIC_CLASSES =
             List.of(
-                    Loomkit.class, Component.class, ComponentOptions.class, NVArray.class, NVBuiltinArray.class,
-                    NVNumericArray.class, NVLogicalArray.class, NVCharArray.class, NVCellArray.class,
+                    Loomkit.class, Component.class, ComponentDescription.class, ComponentOptions.class, NVArray.class,
+                    NVBuiltinArray.class, NVNumericArray.class, NVLogicalArray.class, NVCharArray.class, NVCellArray.class,
                     NVStructArray.class, NVFunctionHandle.class, NVJavaObjectRef.class, NVException.class,
                     ClassId.class, Complexity.class, com.norvane.extern.java.NVCellArray.class,
                     com.norvane.extern.java.NVStructArray.class);
@@ -52,6 +52,7 @@ final class PublicApi {
                     () -> new NVException("failed"),
                     ComponentOptions::new,
                     () -> TestComponents.open("showcase"),
+                    () -> Component.describe(TestComponents.archive("showcase")),
                     () -> handleOf("parabola"),
                     () -> ClassId.INT8,
                     () -> Complexity.REAL,

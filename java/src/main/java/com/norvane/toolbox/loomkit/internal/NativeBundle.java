@@ -2,8 +2,6 @@ package com.norvane.toolbox.loomkit.internal;
 
 import java.io.IOException;
 import java.io.InputStream;
-import java.io.UncheckedIOException;
-import java.math.BigInteger;
 import java.nio.ByteBuffer;
 import java.nio.channels.SeekableByteChannel;
 import java.nio.charset.StandardCharsets;
@@ -14,8 +12,6 @@ import java.nio.file.StandardCopyOption;
 import java.nio.file.StandardOpenOption;
 import java.nio.file.attribute.PosixFilePermission;
 import java.nio.file.attribute.PosixFilePermissions;
-import java.security.MessageDigest;
-import java.security.NoSuchAlgorithmException;
 import java.util.LinkedHashMap;
 import java.util.Locale;
 import java.util.Map;
@@ -92,7 +88,7 @@ final class NativeBundle {
         TrustedFolder.create(cache);
         TrustedFolder.require(cache);
         StagingFolder.sweep(cache, STAGING_PREFIX);
-        Path target = cache.resolve(digestOf(list));
+        Path target = cache.resolve(Sha256.hexOf(list));
         for (int attempt = 0; !isWhole(target, digests); attempt++) {
             if (attempt == ATTEMPTS) {
                 throw new IOException("others keep changing " + target);
@@ -155,7 +151,7 @@ final class NativeBundle {
     private void unpackFiles(Map<String, String> digests, Path folder) throws IOException {
         for (Map.Entry<String, String> file : digests.entrySet()) {
             byte[] content = read(file.getKey());
-            if (!digestOf(content).equals(file.getValue())) {
+            if (!Sha256.hexOf(content).equals(file.getValue())) {
                 throw new BadBundleException(file.getKey() + " does not have the digest that " + LIST + " states");
             }
             write(folder.resolve(file.getKey()), content);
@@ -198,19 +194,10 @@ final class NativeBundle {
         for (Map.Entry<String, String> file : digests.entrySet()) {
             Path path = folder.resolve(file.getKey());
             boolean regular = Files.isRegularFile(path, LinkOption.NOFOLLOW_LINKS);
-            if (!regular || !digestOf(Files.readAllBytes(path)).equals(file.getValue())) {
+            if (!regular || !Sha256.hexOf(Files.readAllBytes(path)).equals(file.getValue())) {
                 return false;
             }
         }
         return true;
-    }
-
-    static String digestOf(byte[] content) {
-        try {
-            byte[] digest = MessageDigest.getInstance("SHA-256").digest(content);
-            return String.format("%064x", new BigInteger(1, digest));
-        } catch (NoSuchAlgorithmException missing) {
-            throw new UncheckedIOException(new IOException("this Java has no SHA-256", missing));
-        }
     }
 }

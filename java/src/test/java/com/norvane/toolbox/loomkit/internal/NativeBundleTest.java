@@ -52,7 +52,7 @@ class NativeBundleTest {
         files.put("libone.so", ONE);
         files.put("libtwo.so", TWO);
         String list =
-                NativeBundle.digestOf(ONE) + "  libone.so\n" + NativeBundle.digestOf(TWO) + "  libtwo.so\n";
+                Sha256.hexOf(ONE) + "  libone.so\n" + Sha256.hexOf(TWO) + "  libtwo.so\n";
         files.put("natives.sha256", list.getBytes(StandardCharsets.UTF_8));
         return files;
     }
@@ -109,7 +109,7 @@ class NativeBundleTest {
         assertArrayEquals(ONE, Files.readAllBytes(folder.resolve("libone.so")));
         assertArrayEquals(TWO, Files.readAllBytes(folder.resolve("libtwo.so")));
         assertEquals("rwx------", PosixFilePermissions.toString(Files.getPosixFilePermissions(folder)));
-        assertEquals(List.of(NativeBundle.digestOf(files.get("natives.sha256"))), leftInCache());
+        assertEquals(List.of(Sha256.hexOf(files.get("natives.sha256"))), leftInCache());
         Object key = Files.getAttribute(folder, "unix:ino");
         assertEquals(key, Files.getAttribute(bundle().unpack(), "unix:ino"), "a whole folder is used again");
     }
