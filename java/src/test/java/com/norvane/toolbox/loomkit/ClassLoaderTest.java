@@ -32,7 +32,10 @@ class ClassLoaderTest {
             }
             synchronized (getClassLoadingLock(name)) {
                 Class<?> known = findLoadedClass(name);
-                return known != null ? known : name.startsWith("com.norvane.") ? findClass(name) : super.loadClass(name);
+                if (known != null) {
+                    return known;
+                }
+                return name.startsWith("com.norvane.") ? findClass(name) : super.loadClass(name);
             }
         }
     }

@@ -25,7 +25,7 @@ import org.junit.jupiter.api.Test;
 class StackEndTest {
     /** Runs in a process of its own. Each call is made with all classes in place, as in a program that runs. */
     public static final class Program {
-        private static final int DEPTHS = 50;
+        private static final int DEPTHS = 100;
         private static final long SMALLEST_STACK = 136 << 10;
         private static final long STACK = 400 << 10;
 
