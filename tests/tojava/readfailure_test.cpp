@@ -144,9 +144,14 @@ TEST_F(ReadFailure, InTheMiddleOfAWalkLeavesNothingButClassReferences) {
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(one.name);
-        if (one.handle != cell.handle) {
-            env->DeleteLocalRef(one.read(env, one.handle, true));  // the class proxies are there from here on
+        // The class proxies are there from here on.
+        jobject whole = one.read(env, one.handle, true);
+        if (one.handle == cell.handle) {
+            for (std::size_t i = 0; i < 4; ++i) {
+                callVoid(env, elementAt(env, elementAt(env, whole, i / 2), i % 2), "close", "()V");
+            }
         }
+        env->DeleteLocalRef(whole);
         const std::size_t arrays = qxLiveArrayCount();
         {
             const JniCounter counter(env);

@@ -23,11 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void removeTree(const std::string& path) {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
-
 /// Writes the files of an archive below a folder.
 class FolderSink : public ArchiveSink {
 public:

@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <new>
 #include <string_view>
 #include <system_error>
 #include <thread>
@@ -27,22 +28,18 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view stagingPrefix = ".loomkit-unpacking-";
 constexpr std::size_t randomNameLength = 6;  // what mkdtemp fills in
-constexpr char marker[] = "/loomkit-unpacking";
+constexpr char markerItem[] = "/loomkit-unpacking";
 constexpr char freshItem[] = "/new";
 constexpr char replacedItem[] = "/old";
 
-void removeTree(const std::string& path) {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
-
 /// Removes a staging folder as far as it can be; what stays is swept up by a later one. The marker goes after what it
 /// vouches for, and the folder itself only when it is empty then.
-void removeStaging(const std::string& path) {
-    removeTree(path + freshItem);
-    removeTree(path + replacedItem);
-    unlink((path + marker).c_str());
-    rmdir(path.c_str());
+void removeStaging(const StagingPaths& paths) noexcept {
+    const bool isFreshGone = removeTree(paths.fresh);
+    if (removeTree(paths.replaced) && isFreshGone) {
+        unlink(paths.marker.c_str());
+        rmdir(paths.folder.c_str());
+    }
 }
 
 OpenFile openStaging(const std::string& path) {
@@ -63,7 +60,7 @@ bool holdsStaging(const std::string& path) {
     for (fs::directory_iterator item(path, error), end; !error && item != end; item.increment(error)) {
         const std::string name = "/" + item->path().filename().string();
         const fs::file_type type = item->symlink_status(error).type();
-        const bool isMarker = name == marker && type == fs::file_type::regular;
+        const bool isMarker = name == markerItem && type == fs::file_type::regular;
         if (!isMarker && name != freshItem && name != replacedItem) {
             return false;
         }
@@ -85,12 +82,23 @@ void sweepStaging(const std::string& parent) {
         struct stat state {};
         if (folder.isOpen() && fstat(folder.get(), &state) == 0 && state.st_uid == geteuid() &&
             folder.tryLock(OpenFile::Lock::exclusive) && folder.isStill(path) && holdsStaging(path)) {
-            removeStaging(path);
+            removeStaging(StagingPaths(path));
         }
     }
 }
 
 }  // namespace
+
+bool removeTree(const std::string& path) noexcept {
+    try {
+        std::error_code error;
+        fs::remove_all(path, error);
+        return !error;
+    } catch (const std::bad_alloc&) {
+        // Even the overload that reports through an error code takes memory for the walk.
+        return false;
+    }
+}
 
 void failPath(const std::string& what, const std::string& path, int error) {
     throw Norvane::vrl::vrlBaseException(what + " " + printable(path) + ": " + std::strerror(error) + ".");
@@ -143,28 +151,28 @@ StagingFolder::StagingFolder(const std::string& parent) {
     sweepStaging(parent);
     // Between making the folder and locking it, a sweep of another process can take it for an abandoned one.
     while (!lock_.isOpen()) {
-        path_ = parent + "/" + std::string(stagingPrefix) + std::string(randomNameLength, 'X');
-        if (mkdtemp(path_.data()) == nullptr) {
+        std::string path = parent + "/" + std::string(stagingPrefix) + std::string(randomNameLength, 'X');
+        if (mkdtemp(path.data()) == nullptr) {
             failPath("Can't make a folder in", parent, errno);
         }
-        OpenFile folder = openStaging(path_);
-        if (folder.isOpen() && folder.tryLock(OpenFile::Lock::exclusive) && folder.isStill(path_)) {
+        OpenFile folder = openStaging(path);
+        if (folder.isOpen() && folder.tryLock(OpenFile::Lock::exclusive) && folder.isStill(path)) {
+            paths_ = StagingPaths(path);
             lock_ = std::move(folder);
         }
     }
-    OpenFile mark(open((path_ + marker).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    OpenFile mark(open(paths_.marker.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!mark.isOpen()) {
         const int error = errno;
-        rmdir(path_.c_str());
-        failPath("Can't write in", path_, error);
+        rmdir(paths_.folder.c_str());
+        failPath("Can't write in", paths_.folder, error);
     }
 }
 
-StagingFolder::~StagingFolder() { removeStaging(path_); }
+StagingFolder::~StagingFolder() { removeStaging(paths_); }
 
-std::string StagingFolder::fresh() const { return path_ + freshItem; }
-
-std::string StagingFolder::replaced() const { return path_ + replacedItem; }
+StagingPaths::StagingPaths(const std::string& path)
+    : folder(path), fresh(path + freshItem), replaced(path + replacedItem), marker(path + markerItem) {}
 
 std::shared_ptr<FolderLease> FolderLease::take(const std::string& folder, Deadline deadline) {
     const std::string path = folder + "/" + manifestEntry;

@@ -13,6 +13,9 @@ namespace vrlkrt {
 /// Reports what went wrong with a path, with the system's words for `error`: "Can't make the folder /x: …".
 [[noreturn]] void failPath(const std::string& what, const std::string& path, int error);
 
+/// Removes a file or a folder with all that is in it, for clean-up that must not fail. False when something stays.
+bool removeTree(const std::string& path) noexcept;
+
 /// How long others may hold what is needed here: long enough for them to unpack the largest archive.
 constexpr std::chrono::milliseconds lockPatience = std::chrono::minutes(2);
 
@@ -50,6 +53,17 @@ private:
     int descriptor_;
 };
 
+/// The paths of a staging folder and of what it may hold, made ahead: clean-up and moves take no memory for them.
+struct StagingPaths {
+    StagingPaths() = default;
+    explicit StagingPaths(const std::string& path);
+
+    std::string folder;
+    std::string fresh;
+    std::string replaced;
+    std::string marker;
+};
+
 /// A fresh folder of this process beside its later place, for files on their way. While the object lives, the folder
 /// is locked, so that what a killed process left behind can be told from the folder of a living one: making an object
 /// removes the former. Removed is only a folder that this class made: by its name, by its owner, by the marker in it,
@@ -63,11 +77,11 @@ public:
     StagingFolder& operator=(const StagingFolder&) = delete;
 
     /// Paths in the folder, whether something is there or not: for what is being made, and for what it replaces.
-    std::string fresh() const;
-    std::string replaced() const;
+    const std::string& fresh() const noexcept { return paths_.fresh; }
+    const std::string& replaced() const noexcept { return paths_.replaced; }
 
 private:
-    std::string path_;
+    StagingPaths paths_;
     OpenFile lock_;
 };
 

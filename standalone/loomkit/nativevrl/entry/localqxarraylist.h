@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 namespace nativevrl {
 
 /// The arrays of one call, which it owns: it destroys what stands in its slots. A slot set to null has passed its
-/// array on. Lengths of up to ten need no allocation.
+/// array on. Lengths of up to ten need no allocation; memory that a longer one can't have is a std::bad_alloc.
 class LocalQxArrayList {
 public:
     static constexpr unsigned inlineItemCount = 10;
@@ -17,6 +18,9 @@ public:
         : count_(count),
           items_(count <= inlineItemCount ? inlineItems_
                                           : static_cast<qxArray**>(std::malloc(count * sizeof(qxArray*)))) {
+        if (items_ == nullptr) {
+            throw std::bad_alloc();
+        }
         std::fill_n(items_, count_, nullptr);
     }
 
