@@ -6,23 +6,24 @@
 
 namespace Norvane::vrl {
 
-struct vrlBaseException::Content {
+struct FailureContent {
     std::string message;
     std::vector<vrlTAVRIXStackLine> stack;
 };
 
 vrlBaseException::vrlBaseException(const std::string& message)
-    : content_(std::make_shared<const Content>(Content{message, {}})) {}
+    : content_(std::make_shared<const FailureContent>(FailureContent{message, {}})) {}
 vrlBaseException::vrlBaseException(const std::string& message, const std::vector<vrlTAVRIXStackLine>& stack)
-    : content_(std::make_shared<const Content>(Content{message, stack})) {}
-vrlBaseException::vrlBaseException(std::shared_ptr<const Content> content) noexcept : content_(std::move(content)) {}
+    : content_(std::make_shared<const FailureContent>(FailureContent{message, stack})) {}
+vrlBaseException::vrlBaseException(std::shared_ptr<const FailureContent> content) noexcept
+    : content_(std::move(content)) {}
 
 vrlBaseException vrlBaseException::outOfMemory() noexcept {
     // In a place of its own, to the process's end; so short a text lies in the string itself. Holds on it are not
     // counted.
-    alignas(Content) static std::byte storage[sizeof(Content)];
-    static const Content& content = *new (storage) Content{"out of memory", {}};
-    return vrlBaseException(std::shared_ptr<const Content>(std::shared_ptr<const Content>(), &content));
+    alignas(FailureContent) static std::byte storage[sizeof(FailureContent)];
+    static const FailureContent& content = *new (storage) FailureContent{"out of memory", {}};
+    return vrlBaseException(std::shared_ptr<const FailureContent>(std::shared_ptr<const FailureContent>(), &content));
 }
 
 vrlBaseException::vrlBaseException(const vrlBaseException&) noexcept = default;

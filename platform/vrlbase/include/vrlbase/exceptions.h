@@ -17,6 +17,9 @@ struct vrlTAVRIXStackLine {
 
 constexpr int vrlIdentifierLine = -1;
 
+/// What a vrlBaseException tells.
+struct FailureContent;
+
 /// A failure of the runtime, with the stack of the component functions that were running. Copies share what they
 /// tell, so that copying one takes no memory.
 class vrlBaseException : public std::exception {
@@ -34,10 +37,9 @@ public:
     const std::vector<vrlTAVRIXStackLine>& getStack() const;
 
 private:
-    struct Content;
-    explicit vrlBaseException(std::shared_ptr<const Content> content) noexcept;
+    explicit vrlBaseException(std::shared_ptr<const FailureContent> content) noexcept;
 
-    std::shared_ptr<const Content> content_;
+    std::shared_ptr<const FailureContent> content_;
 };
 
 /// A failure of the runtime that it did not foresee. Copies share their message.
