@@ -8,7 +8,7 @@ using SmallStack = QxTest;
 
 /// What a virtual machine leaves of its smallest stacks to native code; sanitizers make frames larger.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr std::size_t kStack = std::size_t{320} << 10U;
+constexpr std::size_t kStack = std::size_t{2} << 20U;
 #else
 constexpr std::size_t kStack = std::size_t{80} << 10U;
 #endif

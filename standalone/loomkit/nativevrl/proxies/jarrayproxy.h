@@ -45,7 +45,7 @@ public:
         return *this;
     }
     /// The block is written back on the way.
-    JPrimitiveArrayProxy& operator=(JPrimitiveArrayProxy&& other) {
+    JPrimitiveArrayProxy& operator=(JPrimitiveArrayProxy&& other) noexcept {
         JArrayProxy::operator=(std::move(other));
         return *this;
     }

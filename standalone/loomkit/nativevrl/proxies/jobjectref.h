@@ -29,7 +29,7 @@ public:
     /// Takes the reference of `other`, which then refers to nothing.
     JObjectRef(JObjectRef&& other) noexcept : env_(other.env_), ref_(other.release()) {}
     JObjectRef& operator=(const JObjectRef& other);
-    JObjectRef& operator=(JObjectRef&& other) {
+    JObjectRef& operator=(JObjectRef&& other) noexcept {
         if (this != &other) {
             attach(other.detach());
         }

@@ -34,7 +34,7 @@ public:
         return *this;
     }
     /// The characters are given back on the way.
-    JStringProxy& operator=(JStringProxy&& other) {
+    JStringProxy& operator=(JStringProxy&& other) noexcept {
         JObjectRef::operator=(std::move(other));
         return *this;
     }
