@@ -26,7 +26,7 @@ std::string readComponentFile(const std::string& path) { return readFile(path, v
 
 /// The path that an item of the folder gets in the archive.
 std::string entryPathOf(const fs::directory_entry& item, const std::string& folder) {
-    const std::string path = item.path().lexically_relative(folder).generic_string();
+    std::string path = item.path().lexically_relative(folder).generic_string();
     if (item.is_symlink()) {
         throw FileFailure("", item.path().string(), " is a link; an archive holds files only");
     }
