@@ -1,68 +1,84 @@
 #include "cborreader.h"
 
-#include <cbor/streaming.h>
-
 namespace qx {
 
 namespace {
 
-using Kind = CborItem::Kind;
-
-void store(void* target, Kind kind, std::uint64_t value, const unsigned char* data = nullptr) {
-    *static_cast<CborItem*>(target) = {kind, value, data};
-}
-
-template <typename Number>
-void storeUnsigned(void* target, Number value) {
-    store(target, Kind::unsignedNumber, value);
-}
-
-/// Whatever the serialised form does not use keeps the kind "other", with which an item starts out.
-cbor_callbacks makeCallbacks() {
-    cbor_callbacks callbacks = cbor_empty_callbacks;
-    callbacks.uint8 = storeUnsigned<std::uint8_t>;
-    callbacks.uint16 = storeUnsigned<std::uint16_t>;
-    callbacks.uint32 = storeUnsigned<std::uint32_t>;
-    callbacks.uint64 = storeUnsigned<std::uint64_t>;
-    callbacks.byte_string = [](void* target, cbor_data data, std::size_t count) {
-        store(target, Kind::bytes, count, data);
-    };
-    callbacks.string = [](void* target, cbor_data data, std::size_t count) { store(target, Kind::text, count, data); };
-    callbacks.array_start = [](void* target, std::size_t items) { store(target, Kind::array, items); };
-    callbacks.tag = [](void* target, std::uint64_t tag) { store(target, Kind::tag, tag); };
-    callbacks.null = [](void* target) { store(target, Kind::null, 0); };
-    return callbacks;
-}
-
-std::size_t shortestHead(std::uint64_t value) {
-    return value < 24 ? 1 : value <= 0xFF ? 2 : value <= 0xFFFF ? 3 : value <= 0xFFFFFFFF ? 5 : 9;
+/// Whether a serialised form holds items of this kind at all. The simple values are null alone.
+bool isUsed(const CborItem& item) noexcept {
+    switch (item.kind) {
+        case CborKind::unsignedNumber:
+        case CborKind::bytes:
+        case CborKind::text:
+        case CborKind::array:
+        case CborKind::tag:
+            return true;
+        case CborKind::simple:
+            return item.value == kCborNull;
+    }
+    return false;
 }
 
 }  // namespace
 
-bool CborReader::read(CborItem& item) noexcept {
-    static const cbor_callbacks callbacks = makeCallbacks();
-    item = {};
-    const cbor_decoder_result result = cbor_stream_decode(at_, remaining_, &callbacks, &item);
-    if (result.status != CBOR_DECODER_FINISHED || item.kind == Kind::other) {
+/// The next `count` bytes, or null where fewer are left.
+const unsigned char* CborReader::advance(std::size_t count) noexcept {
+    if (count > remaining_) {
+        return nullptr;
+    }
+    const unsigned char* bytes = at_;
+    at_ += count;
+    remaining_ -= count;
+    return bytes;
+}
+
+bool CborReader::readHead(CborItem& item) noexcept {
+    const unsigned char* first = advance(1);
+    if (first == nullptr) {
         return false;
     }
-    const std::size_t body = item.data == nullptr ? 0 : static_cast<std::size_t>(item.value);
-    at_ += result.read;
-    remaining_ -= result.read;
-    return result.read - body == shortestHead(item.value);
+    item.kind = static_cast<CborKind>(*first >> kCborKindShift);
+    const unsigned lowBits = *first & kCborLowBits;
+    if (lowBits < kCborFirstCode) {
+        item.value = lowBits;
+        return true;
+    }
+    if (lowBits > kCborLastCode) {
+        return false;
+    }
+    const std::size_t count = valueBytesBehind(lowBits);
+    const unsigned char* bytes = advance(count);
+    if (bytes == nullptr) {
+        return false;
+    }
+    for (std::size_t i = 0; i != count; ++i) {
+        item.value = item.value << 8 | bytes[i];
+    }
+    return shortestLowBits(item.value) == lowBits;
+}
+
+bool CborReader::read(CborItem& item) noexcept {
+    item = {};
+    if (!readHead(item) || !isUsed(item)) {
+        return false;
+    }
+    const bool isString = item.kind == CborKind::bytes || item.kind == CborKind::text;
+    if (isString) {
+        item.data = advance(static_cast<std::size_t>(item.value));
+    }
+    return !isString || item.data != nullptr;
 }
 
 bool CborReader::readUnsigned(std::uint64_t& value) noexcept {
     CborItem item;
-    const bool isUnsigned = read(item) && item.kind == Kind::unsignedNumber;
+    const bool isUnsigned = read(item) && item.kind == CborKind::unsignedNumber;
     value = item.value;
     return isUnsigned;
 }
 
 bool CborReader::readArrayStart(std::uint64_t& items) noexcept {
     CborItem item;
-    const bool isArray = read(item) && item.kind == Kind::array;
+    const bool isArray = read(item) && item.kind == CborKind::array;
     items = item.value;
     return isArray && items <= remaining_;
 }
@@ -70,7 +86,7 @@ bool CborReader::readArrayStart(std::uint64_t& items) noexcept {
 bool CborReader::readTagged(std::uint64_t tag, std::string_view& bytes) noexcept {
     CborItem head;
     CborItem body;
-    if (!read(head) || head.kind != Kind::tag || head.value != tag || !read(body) || body.kind != Kind::bytes) {
+    if (!read(head) || head.kind != CborKind::tag || head.value != tag || !read(body) || body.kind != CborKind::bytes) {
         return false;
     }
     bytes = {reinterpret_cast<const char*>(body.data), static_cast<std::size_t>(body.value)};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cborhead.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -8,11 +10,11 @@ namespace qx {
 
 /// One item head, or a whole string: `value` is the number, the item count, the tag or the byte count.
 struct CborItem {
-    enum class Kind { unsignedNumber, bytes, text, array, tag, null, other };
-
-    Kind kind = Kind::other;
+    CborKind kind = CborKind::simple;
     std::uint64_t value = 0;
     const unsigned char* data = nullptr;  ///< of a string: into the input
+
+    bool isNull() const noexcept { return kind == CborKind::simple; }
 };
 
 /// Reads CBOR items one after the other out of bytes that the caller owns. Only what CborWriter writes is let through:
@@ -31,6 +33,9 @@ public:
     bool readTagged(std::uint64_t tag, std::string_view& bytes) noexcept;
 
 private:
+    bool readHead(CborItem& item) noexcept;
+    const unsigned char* advance(std::size_t count) noexcept;
+
     const unsigned char* at_;
     std::size_t remaining_;
 };

@@ -1,24 +1,20 @@
 #include "cborwriter.h"
 
-#include <cbor/encoding.h>
-
 #include <cstring>
 
 namespace qx {
 
-namespace {
-
-/// Initial byte and eight bytes of argument.
-constexpr std::size_t kLongestHead = 9;
-
-}  // namespace
-
-template <typename Value>
-void CborWriter::writeHead(std::size_t (*encode)(Value, unsigned char*, std::size_t), Value value) noexcept {
-    unsigned char head[kLongestHead];
-    const std::size_t length = encode(value, head, sizeof head);
-    if (unsigned char* target = advance(length)) {
-        std::memcpy(target, head, length);
+void CborWriter::writeHead(CborKind kind, std::uint64_t value) noexcept {
+    const unsigned lowBits = shortestLowBits(value);
+    const std::size_t valueBytes = valueBytesBehind(lowBits);
+    unsigned char* head = advance(1 + valueBytes);
+    if (head == nullptr) {
+        return;
+    }
+    head[0] = static_cast<unsigned char>(static_cast<unsigned>(kind) << kCborKindShift | lowBits);
+    for (std::size_t i = valueBytes; i != 0; --i) {
+        head[i] = static_cast<unsigned char>(value);
+        value >>= 8;
     }
 }
 
@@ -32,31 +28,23 @@ unsigned char* CborWriter::advance(std::size_t count) noexcept {
     return target;
 }
 
-void CborWriter::writeUnsigned(std::uint64_t value) noexcept { writeHead(cbor_encode_uint, value); }
+void CborWriter::writeUnsigned(std::uint64_t value) noexcept { writeHead(CborKind::unsignedNumber, value); }
 
-void CborWriter::writeArrayStart(std::uint64_t items) noexcept {
-    writeHead(cbor_encode_array_start, std::size_t{items});
-}
+void CborWriter::writeArrayStart(std::uint64_t items) noexcept { writeHead(CborKind::array, items); }
 
-void CborWriter::writeTag(std::uint64_t tag) noexcept { writeHead(cbor_encode_tag, tag); }
+void CborWriter::writeTag(std::uint64_t tag) noexcept { writeHead(CborKind::tag, tag); }
 
-void CborWriter::writeNull() noexcept {
-    unsigned char item = 0;
-    cbor_encode_null(&item, 1);
-    if (unsigned char* target = advance(1)) {
-        *target = item;
-    }
-}
+void CborWriter::writeNull() noexcept { writeHead(CborKind::simple, kCborNull); }
 
 void CborWriter::writeText(std::string_view text) noexcept {
-    writeHead(cbor_encode_string_start, text.size());
+    writeHead(CborKind::text, text.size());
     if (unsigned char* target = advance(text.size())) {
         std::memcpy(target, text.data(), text.size());
     }
 }
 
 unsigned char* CborWriter::beginBytes(std::size_t count) noexcept {
-    writeHead(cbor_encode_bytestring_start, count);
+    writeHead(CborKind::bytes, count);
     return advance(count);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cborhead.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -30,8 +32,7 @@ public:
     std::size_t size() const noexcept { return size_; }
 
 private:
-    template <typename Value>
-    void writeHead(std::size_t (*encode)(Value, unsigned char*, std::size_t), Value value) noexcept;
+    void writeHead(CborKind kind, std::uint64_t value) noexcept;
     unsigned char* advance(std::size_t count) noexcept;
 
     unsigned char* at_ = nullptr;

@@ -53,7 +53,7 @@ private:
     qxArrayOwner readArray(const CborItem& head) {
         std::uint64_t classId = 0;
         Extents extents;
-        if (head.kind != CborItem::Kind::array || !reader_.readUnsigned(classId) || !readExtents(extents)) {
+        if (head.kind != CborKind::array || !reader_.readUnsigned(classId) || !readExtents(extents)) {
             return nullptr;
         }
         if (hasNumericStorage(classId)) {
@@ -88,7 +88,7 @@ private:
             if (!reader_.read(head)) {
                 return false;
             }
-            if (head.kind != CborItem::Kind::null) {
+            if (!head.isNull()) {
                 slot = open_.size() < kMaxSerialDepth ? readArray(head).release() : nullptr;
                 if (slot == nullptr) {
                     return false;
@@ -219,11 +219,11 @@ private:
         }
         for (; count != 0; --count) {
             CborItem item;
-            if (!reader_.read(item) || (item.kind != CborItem::Kind::text && item.kind != CborItem::Kind::bytes)) {
+            if (!reader_.read(item) || (item.kind != CborKind::text && item.kind != CborKind::bytes)) {
                 return false;
             }
             std::string name(reinterpret_cast<const char*>(item.data), static_cast<std::size_t>(item.value));
-            const WrittenName given = {std::move(name), item.kind == CborItem::Kind::text};
+            const WrittenName given = {std::move(name), item.kind == CborKind::text};
             if (given.bytes.empty() || !(given == writtenName(given.bytes))) {
                 return false;
             }
@@ -238,7 +238,7 @@ private:
         std::uint64_t classId = 0;
         Extents nameExtents;
         if (!extents.areOnes() || !reader_.readArrayStart(items) || items != 1 || !reader_.read(head) ||
-            head.kind != CborItem::Kind::array || !reader_.readUnsigned(classId) || classId != qxCHAR_CLASS ||
+            head.kind != CborKind::array || !reader_.readUnsigned(classId) || classId != qxCHAR_CLASS ||
             !readExtents(nameExtents)) {
             return nullptr;
         }
