@@ -1,12 +1,15 @@
 #include "archivetesting.h"
 #include "craftedzip.h"
 
+#include "support/heapblocks.h"
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/manifest.h"
 #include "vrlkrt/archive/printable.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+
+#include <new>
 
 using nlohmann::json;
 
@@ -131,6 +134,30 @@ TEST(Manifest, MayNestAsDeepAsItLikes) {
     const std::string deep = std::string(depth, '[') + std::string(depth, ']');
     for (const char* before : {R"({"x": )", R"({"name": "x", "version": "1", "abi": )"}) {
         EXPECT_NE(parseFailure(before + deep + "}"), "");
+    }
+}
+
+TEST(Manifest, IsReadAndWrittenWholeOrNotAtAllWithoutMemory) {
+    const std::string good = vrlkrt::manifestText(vrlkrt::parseManifest(CraftedComponent().defaultManifest()));
+    const std::string deep = "{\"x\": [[{\"y\": {\"a longer name than fits a string\": [1]}}], 2]," + good.substr(1);
+    const std::string wrong = "{\"name\": {}," + good.substr(1);
+    const auto refusal = loomkit::test::Refusal::once;
+    for (const auto& [text, result] : {std::pair(good, good), std::pair(deep, good), std::pair(wrong, std::string())}) {
+        std::string written;
+        const auto rewrite = [&written, text = text] {
+            try {
+                written = vrlkrt::manifestText(vrlkrt::parseManifest(text));
+            } catch (const Norvane::vrl::vrlBaseException&) {
+                written = "";
+            } catch (const std::bad_alloc&) {
+                written = "no memory";
+            }
+        };
+        const auto check = [&, result = result](std::size_t refused) {
+            EXPECT_TRUE(written == result || (refused != 0 && written == "no memory"))
+                << written << "\nblock " << refused << " of " << text;
+        };
+        EXPECT_GT(loomkit::test::refuseEachBlock(refusal, rewrite, check), 10U);
     }
 }
 

@@ -14,4 +14,8 @@ void failEntry(const std::string& path, const std::string& problem) {
     failArchive("Archive entry '" + printable(path, longestQuote) + "': " + problem + ".");
 }
 
+void failManifest(const std::string& problem) {
+    throw Norvane::vrl::vrlBaseException("component.json: " + printable(problem, longestQuote) + ".");
+}
+
 }  // namespace vrlkrt

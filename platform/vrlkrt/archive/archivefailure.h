@@ -10,4 +10,7 @@ namespace vrlkrt {
 /// The same for one entry: "Archive entry 'path': problem."
 [[noreturn]] void failEntry(const std::string& path, const std::string& problem);
 
+/// The same for the description of the component: "component.json: problem."
+[[noreturn]] void failManifest(const std::string& problem);
+
 }  // namespace vrlkrt
