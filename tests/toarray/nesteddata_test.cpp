@@ -101,8 +101,9 @@ TEST_F(NestedData, HasTheClassOfItsFirstElementOrOfItsArray) {
         {"java/math/BigInteger", qxUNKNOWN_CLASS}};
     jobject cell = javaCell(env, {0, 0}, {});
     jobject number = boxed<jdouble>(env, 1);
+    JConvert::JavaKindReader kindOf(env);
     const auto classOf = [&](const char* elementClass, const std::vector<jobject>& elements) {
-        return JConvert::classifyJavaObject(env, objectArray(env, elementClass, elements), true);
+        return JConvert::classifyJavaObject(kindOf, objectArray(env, elementClass, elements), true);
     };
     for (const auto& [elementClass, classId] : emptyArraysOf) {
         EXPECT_EQ(classOf(elementClass, {}), classId) << elementClass;
@@ -110,8 +111,8 @@ TEST_F(NestedData, HasTheClassOfItsFirstElementOrOfItsArray) {
     EXPECT_EQ(classOf("java/lang/Object", {nullptr, number}), qxCHAR_CLASS);
     EXPECT_EQ(classOf("java/lang/Object", {number, javaString(env, u"abc")}), qxDOUBLE_CLASS);
     EXPECT_EQ(classOf("java/lang/Object", {cell}), qxUNKNOWN_CLASS);
-    EXPECT_EQ(JConvert::classifyJavaObject(env, cell, true), qxCELL_CLASS);
-    EXPECT_EQ(JConvert::classifyJavaObject(env, cell, false), qxUNKNOWN_CLASS);
+    EXPECT_EQ(JConvert::classifyJavaObject(kindOf, cell, true), qxCELL_CLASS);
+    EXPECT_EQ(JConvert::classifyJavaObject(kindOf, cell, false), qxUNKNOWN_CLASS);
 }
 
 TEST_F(NestedData, ThatShrinksAfterItWasMeasuredLeavesZeros) {

@@ -14,10 +14,10 @@ namespace {
 
 /// What a level may take before it asks again. A call into Java needs more, and the virtual machine itself refuses it
 /// with the same error when that isn't there.
-constexpr std::size_t kRoomForALevel = std::size_t{48} * 1024;
+constexpr std::size_t roomForALevel = std::size_t{48} * 1024;
 
 /// The virtual machine's own guard zone at the end of a stack.
-constexpr std::size_t kGuardPages = 4;
+constexpr std::size_t guardPages = 4;
 
 /// Where the part of this thread's stack begins that is kept free; 0 when the system doesn't tell. The virtual machine
 /// must know the thread: before that, the stack of the main thread has no end yet.
@@ -32,8 +32,8 @@ std::uintptr_t readStackLimit() {
     const bool isKnown =
         pthread_attr_getstack(&attributes, &lowest, &size) == 0 && pthread_attr_getguardsize(&attributes, &guard) == 0;
     pthread_attr_destroy(&attributes);
-    const std::size_t guardZone = guard + kGuardPages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return isKnown ? reinterpret_cast<std::uintptr_t>(lowest) + guardZone + kRoomForALevel : 0;
+    const std::size_t guardZone = guard + guardPages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return isKnown ? reinterpret_cast<std::uintptr_t>(lowest) + guardZone + roomForALevel : 0;
 }
 
 }  // namespace

@@ -16,21 +16,19 @@ namespace nativevrl::JConvert {
 
 namespace {
 
-/// Native extents of what the specifier lists by nesting level.
-std::vector<unsigned> nativeExtents(JNVArrayPropertySpecifier& specifier) {
-    std::vector<unsigned> extents;
-    if (specifier.hasDimensions()) {
-        const std::vector<unsigned>& dimensions = specifier.getDimensions();
-        const IMapFunction<unsigned, unsigned>& order = specifier.getNestingOrder();
-        for (unsigned i = 0; i < dimensions.size(); ++i) {
-            extents.push_back(dimensions[order.map(i)]);
-        }
-    }
-    if (extents.empty()) {
+/// Native extents of what the specifier lists by nesting level: 0-by-0 without any, a row for one.
+PlainExtents nativeExtents(JNVArrayPropertySpecifier& specifier) {
+    if (!specifier.hasDimensions() || specifier.getDimensions().empty()) {
         return {0, 0};
     }
-    if (extents.size() == 1) {
-        return {1, extents.front()};
+    const std::vector<unsigned>& dimensions = specifier.getDimensions();
+    if (dimensions.size() == 1) {
+        return {1, dimensions.front()};
+    }
+    const IMapFunction<unsigned, unsigned>& order = specifier.getNestingOrder();
+    PlainExtents extents(dimensions.size());
+    for (unsigned i = 0; i < dimensions.size(); ++i) {
+        extents.data()[i] = dimensions[order.map(i)];
     }
     return extents;
 }
@@ -66,8 +64,8 @@ void fillPart(JNVArrayInitializer& initializer, qxArray* array, bool real, qxCon
         return;
     }
     const LevelTable levels = buildLevelTable(initializer.getDimensions(), initializer.getNestingOrder());
-    NestedStore<Target>(initializer.env(), Target::classId == qxCHAR_CLASS)
-        .store(block, levels, source, !qxIsEmpty(array), contents == qxContents::zeros);
+    NestedStore<Target>(initializer.kindOf(), Target::classId == qxCHAR_CLASS)
+        .store(block, contents, levels, source, !qxIsEmpty(array));
 }
 
 void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* array, qxContents contents) {
@@ -76,9 +74,9 @@ void fillFromJava(JNVArrayInitializer& initializer, qxClassID classId, qxArray* 
         fillPart<decltype(target)>(initializer, array, false, contents);
     };
     if (classId == qxCELL_CLASS) {
-        fillCellFromJava(initializer.env(), initializer.real(), array);
+        fillCellFromJava(initializer.kindOf(), initializer.real(), array);
     } else if (classId == qxSTRUCT_CLASS) {
-        fillStructFromJava(initializer.env(), initializer.real(), array);
+        fillStructFromJava(initializer.kindOf(), initializer.real(), array);
     } else if (classId == qxFUNCTION_CLASS) {
         fillParts(FunctionElement{});
     } else if (!visitNativeElement(classId, fillParts)) {
@@ -126,8 +124,7 @@ qxArray* passOn(JNVArrayInitializer& initializer) {
 qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier, qxContents contents) {
     const qxComplexity complexity = specifier.hasComplexity() ? specifier.getComplexity() : qxREAL;
     const qxClassID classId = specifier.hasClassID() ? specifier.getClassID() : qxDOUBLE_CLASS;
-    const std::vector<unsigned> native = nativeExtents(specifier);
-    const PlainExtents extents(native.begin(), native.end());
+    const PlainExtents extents = nativeExtents(specifier);
     qxArray* array = nullptr;
     if (classId == qxCELL_CLASS) {
         array = qxCreateCellArray(extents.count(), extents.data());

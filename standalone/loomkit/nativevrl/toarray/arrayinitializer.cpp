@@ -13,23 +13,25 @@ namespace nativevrl::JConvert {
 
 const std::vector<unsigned>& JNVArrayInitializer::getDimensions() {
     if (!dimensionsDecided_) {
-        const bool isChar = getClassID() == qxCHAR_CLASS;
-        std::vector<unsigned> dimensions;
-        std::size_t fewest = collectDimensions(env_, dimensions, real_, isChar);
-        if (getComplexity() == qxCOMPLEX) {
-            std::vector<unsigned> ofImaginary;
-            fewest = std::min(fewest, collectDimensions(env_, ofImaginary, imaginary_, isChar));
-            mergeDimensions(dimensions, 0, ofImaginary);
-        }
-        if (dimensions.empty() && (real_ != nullptr || imaginary_ != nullptr)) {
-            dimensions.push_back(1);
-        }
-        isBox_ = fewest == std::accumulate(dimensions.begin(), dimensions.end(), std::size_t{1}, std::multiplies<>());
-        decidedDimensions_ = std::move(dimensions);
-        javaOrder_ = JavaDimensionNestingOrder(static_cast<unsigned>(decidedDimensions_.size()));
+        deriveDimensions();
         dimensionsDecided_ = true;
     }
     return decidedDimensions_;
+}
+
+void JNVArrayInitializer::deriveDimensions() {
+    const bool isChar = getClassID() == qxCHAR_CLASS;
+    std::vector<unsigned>& dimensions = decidedDimensions_;
+    dimensions.clear();
+    std::size_t fewest = collectDimensions(kindOf(), dimensions, real_, isChar);
+    if (getComplexity() == qxCOMPLEX) {
+        fewest = std::min(fewest, collectDimensions(kindOf(), dimensions, imaginary_, isChar));
+    }
+    if (dimensions.empty() && (real_ != nullptr || imaginary_ != nullptr)) {
+        dimensions.push_back(1);
+    }
+    isBox_ = fewest == std::accumulate(dimensions.begin(), dimensions.end(), std::size_t{1}, std::multiplies<>());
+    javaOrder_ = JavaDimensionNestingOrder(static_cast<unsigned>(dimensions.size()));
 }
 
 bool JNVArrayInitializer::isBox() {
@@ -58,13 +60,13 @@ qxClassID JNVArrayInitializer::deriveClass() {
     }
     qxClassID classId = qxUNKNOWN_CLASS;
     if (real_ != nullptr) {
-        classId = classifyJavaObject(env_, real_, true);
+        classId = classifyJavaObject(kindOf(), real_, true);
         if (classId == qxSTRUCT_CLASS) {
             gatherFieldNamesOfStruct(*this, real_);
         }
     }
     if (classId == qxUNKNOWN_CLASS && imaginary_ != nullptr) {
-        classId = classifyJavaObject(env_, imaginary_, true);
+        classId = classifyJavaObject(kindOf(), imaginary_, true);
     }
     return classId;
 }

@@ -1,14 +1,17 @@
 #pragma once
 
+#include "toarray/javakind.h"
 #include "toarray/propertyspecifier.h"
 
 namespace nativevrl::JConvert {
 
 /// The Java data of an array to be made, as a specifier whose properties are derived from the data when they are first
-/// asked for. Used once, on the stack; both objects are borrowed and must outlive it. Either may be null.
+/// asked for. Used once, on the stack; the reader and both objects are borrowed and must outlive it. Either object may
+/// be null.
 class JNVArrayInitializer : public JNVArrayPropertySpecifier {
 public:
-    JNVArrayInitializer(JNIEnv* env, jobject real, jobject imaginary) : env_(env), real_(real), imaginary_(imaginary) {}
+    JNVArrayInitializer(JavaKindReader& kindOf, jobject real, jobject imaginary)
+        : kindOf_(&kindOf), real_(real), imaginary_(imaginary) {}
 
     /// Extents by nesting level, outermost first: the largest that either part has at each level.
     const std::vector<unsigned>& getDimensions() override;
@@ -27,14 +30,16 @@ public:
     virtual bool isDimensionDerived() { return true; }
     virtual bool isClassDerived() { return true; }
 
-    JNIEnv* env() const noexcept { return env_; }
+    JNIEnv* env() const noexcept { return kindOf_->env(); }
+    JavaKindReader& kindOf() const noexcept { return *kindOf_; }
     jobject real() const noexcept { return real_; }
     jobject imaginary() const noexcept { return imaginary_; }
 
 private:
+    void deriveDimensions();
     qxClassID deriveClass();
 
-    JNIEnv* env_;
+    JavaKindReader* kindOf_;
     jobject real_;
     jobject imaginary_;
     bool dimensionsDecided_ = false;

@@ -4,7 +4,6 @@
 #include "proxies/jboxedproxies.h"
 #include "proxies/jnonkrtproxies.h"
 #include "proxies/jobjectarrayproxy.h"
-#include "toarray/javakind.h"
 
 #include <boost/xpressive/regex_algorithms.hpp>
 #include <boost/xpressive/regex_compiler.hpp>
@@ -32,7 +31,7 @@ struct TestedClass {
 template <typename ElementProxy>
 constexpr Test isArrayOf = isA<JObjectArrayClassProxy<ElementProxy>>;
 
-constexpr TestedClass kArrayClasses[] = {
+constexpr TestedClass arrayClasses[] = {
     {isArrayOf<JStringProxy>, qxCHAR_CLASS},   {isArrayOf<JBooleanProxy>, qxLOGICAL_CLASS},
     {isArrayOf<JByteProxy>, qxINT8_CLASS},     {isArrayOf<JCharacterProxy>, qxCHAR_CLASS},
     {isArrayOf<JDoubleProxy>, qxDOUBLE_CLASS}, {isArrayOf<JFloatProxy>, qxSINGLE_CLASS},
@@ -43,7 +42,7 @@ constexpr TestedClass kArrayClasses[] = {
 template <typename T>
 constexpr Test isBoxOf = isA<typename BoxedProxy<T>::Type::ClassProxy>;
 
-constexpr TestedClass kNumberClasses[] = {
+constexpr TestedClass numberClasses[] = {
     {isBoxOf<jbyte>, qxINT8_CLASS}, {isBoxOf<jdouble>, qxDOUBLE_CLASS}, {isBoxOf<jfloat>, qxSINGLE_CLASS},
     {isBoxOf<jint>, qxINT32_CLASS}, {isBoxOf<jlong>, qxINT64_CLASS},    {isBoxOf<jshort>, qxINT16_CLASS},
 };
@@ -61,27 +60,27 @@ qxClassID firstFit(const TestedClass (&classes)[N], JNIEnv* env, jobject object)
 /// Class of a row, a text or a wrapper object; none for any other object.
 qxClassID classifyScalar(JNIEnv* env, jobject object, JavaKind kind) {
     switch (kind) {
-        case JavaKind::kCharArray:
-        case JavaKind::kString:
-        case JavaKind::kCharacter:
+        case JavaKind::charArray:
+        case JavaKind::string:
+        case JavaKind::character:
             return qxCHAR_CLASS;
-        case JavaKind::kBooleanArray:
-        case JavaKind::kBoolean:
+        case JavaKind::booleanArray:
+        case JavaKind::boolean:
             return qxLOGICAL_CLASS;
-        case JavaKind::kByteArray:
+        case JavaKind::byteArray:
             return qxINT8_CLASS;
-        case JavaKind::kDoubleArray:
+        case JavaKind::doubleArray:
             return qxDOUBLE_CLASS;
-        case JavaKind::kFloatArray:
+        case JavaKind::floatArray:
             return qxSINGLE_CLASS;
-        case JavaKind::kIntArray:
+        case JavaKind::intArray:
             return qxINT32_CLASS;
-        case JavaKind::kLongArray:
+        case JavaKind::longArray:
             return qxINT64_CLASS;
-        case JavaKind::kShortArray:
+        case JavaKind::shortArray:
             return qxINT16_CLASS;
-        case JavaKind::kNumber:
-            return firstFit(kNumberClasses, env, object);
+        case JavaKind::number:
+            return firstFit(numberClasses, env, object);
         default:
             return qxUNKNOWN_CLASS;
     }
@@ -115,7 +114,7 @@ qxClassID classOfArrayName(const std::string& name) {
 
 /// Class of an empty or null object array.
 qxClassID classifyByArrayClass(JNIEnv* env, jobject array) {
-    const qxClassID declared = firstFit(kArrayClasses, env, array);
+    const qxClassID declared = firstFit(arrayClasses, env, array);
     if (declared != qxUNKNOWN_CLASS) {
         return declared;
     }
@@ -125,14 +124,15 @@ qxClassID classifyByArrayClass(JNIEnv* env, jobject array) {
 
 }  // namespace
 
-qxClassID classifyJavaObject(JNIEnv* env, jobject object, bool allowCompound) {
-    const JavaKind kind = JavaKindReader(env)(object);
-    if (kind == JavaKind::kObjectArray || kind == JavaKind::kNull) {
+qxClassID classifyJavaObject(JavaKindReader& kindOf, jobject object, bool allowCompound) {
+    JNIEnv* env = kindOf.env();
+    const JavaKind kind = kindOf(object);
+    if (kind == JavaKind::objectArray || kind == JavaKind::null) {
         auto* elements = static_cast<jobjectArray>(object);
         if (object != nullptr && env->GetArrayLength(elements) > 0) {
             requireStack(env);
             const auto first = adopt(env, tether::getObjectArrayElement(env, elements, 0));
-            return classifyJavaObject(env, first.ref(), false);
+            return classifyJavaObject(kindOf, first.ref(), false);
         }
         const qxClassID declared = classifyByArrayClass(env, object);
         if (declared != qxUNKNOWN_CLASS) {

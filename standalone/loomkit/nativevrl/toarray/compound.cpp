@@ -15,28 +15,44 @@ namespace nativevrl::JConvert {
 
 namespace {
 
+/// Raises the java.lang.ClassCastException of a cast to the class that Proxy stands for, or the NullPointerException of
+/// a call on null. Without it the virtual machine would call the method of another class blindly.
+template <typename Proxy>
+void checkCast(JNIEnv* env, const JObjectProxy& object) {
+    if (object.isNull()) {
+        tether::throwNullPointer(env);
+    }
+    if (object.isInstanceOf<typename Proxy::ClassProxy>()) {
+        return;
+    }
+    std::string wanted = Proxy::ClassProxy::className();
+    std::replace(wanted.begin(), wanted.end(), '/', '.');
+    JStringProxy given = object.getClassName();
+    raise(env, "java/lang/ClassCastException",
+          (std::string(given.getStringUTFChars()) + " cannot be cast to " + wanted).c_str());
+}
+
+template <typename Proxy>
+void fillFrom(JavaKindReader& kindOf, jobject object, qxArray* array) {
+    JNIEnv* env = kindOf.env();
+    requireStack(env);
+    checkCast<Proxy>(env, JObjectProxy(env, object));
+    fillCompoundArray(kindOf, Proxy(env, object).getFlatArray(), array);
+}
+
+/// A cell has a slot for each element, a struct one for each field of each element.
 std::size_t slotCount(const qxArray* array) {
     const std::size_t elements = qxGetNumberOfElements(array);
     return qxGetClassID(array) == qxSTRUCT_CLASS ? elements * array->get_number_of_struct_fields() : elements;
 }
 
-/// The object as a proxy of the pure-Java class that it must be of. The virtual machine itself would call the method
-/// of another class blindly.
-template <typename Proxy>
-void fillFrom(JNIEnv* env, jobject object, qxArray* array) {
-    requireStack(env);
-    if (object == nullptr) {
-        tether::throwNullPointer(env);
+/// An array of its own for a value of a cell or struct.
+qxArrayOwner convertValue(JavaKindReader& kindOf, const JObjectProxy& value) {
+    if (!value.isNull() && value.isInstanceOf<JNVBuiltinArrayClassProxy>()) {
+        raise(kindOf.env(), "java/lang/RuntimeException",
+              "NVArray subtypes not allowed as values of non KRT based data types");
     }
-    if (!Proxy::ClassProxy::instance(env)->isInstance(env, object)) {
-        JStringProxy name = JObjectProxy(env, object).getClassName();
-        std::string wanted = Proxy::ClassProxy::className();
-        std::replace(wanted.begin(), wanted.end(), '/', '.');
-        const std::string message = std::string(name.getStringUTFChars()) + " cannot be cast to " + wanted;
-        raise(env, "java/lang/ClassCastException", message.c_str());
-    }
-    auto values = Proxy(env, object).getFlatArray();
-    fillCompoundArray(env, values, array);
+    return qxArrayOwner(convertObject(kindOf, value));
 }
 
 }  // namespace
@@ -53,28 +69,26 @@ void gatherFieldNamesOfStruct(JNVArrayInitializer& initializer, jobject object) 
     }
 }
 
-void fillCompoundArray(JNIEnv* env, JObjectArrayProxy<JObjectProxy>& flatArray, qxArray* array) {
+void fillCompoundArray(JavaKindReader& kindOf, const JObjectArrayProxy<JObjectProxy>& flatArray, qxArray* array) {
+    JNIEnv* env = kindOf.env();
     const std::size_t slots = slotCount(array);
     const jsize length = flatArray.length();
-    JObjectProxy element(env, nullptr);
     for (jsize i = 0; i < length; ++i) {
-        element.reset();
-        element.attach(tether::nextObjectArrayElement(env, flatArray.array(), i));
-        if (!element.isNull() && element.isInstanceOf<JNVBuiltinArrayClassProxy>()) {
-            raise(env, "java/lang/RuntimeException",
-                  "NVArray subtypes not allowed as values of non KRT based data types");
-        }
-        qxArrayOwner value(convertObject(env, element));
-        if (static_cast<std::size_t>(i) < slots) {
-            qxSetCell(array, static_cast<std::size_t>(i), value.release());
+        const auto value = adopt<JObjectProxy>(env, tether::nextObjectArrayElement(env, flatArray.array(), i));
+        qxArrayOwner element = convertValue(kindOf, value);
+        const auto slot = static_cast<std::size_t>(i);
+        if (slot < slots) {
+            qxSetCell(array, slot, element.release());
         }
     }
 }
 
-void fillCellFromJava(JNIEnv* env, jobject object, qxArray* array) { fillFrom<JNonKRTCellProxy>(env, object, array); }
+void fillCellFromJava(JavaKindReader& kindOf, jobject object, qxArray* array) {
+    fillFrom<JNonKRTCellProxy>(kindOf, object, array);
+}
 
-void fillStructFromJava(JNIEnv* env, jobject object, qxArray* array) {
-    fillFrom<JNonKRTStructProxy>(env, object, array);
+void fillStructFromJava(JavaKindReader& kindOf, jobject object, qxArray* array) {
+    fillFrom<JNonKRTStructProxy>(kindOf, object, array);
 }
 
 }  // namespace nativevrl::JConvert

@@ -2,6 +2,7 @@
 
 #include "proxies/jobjectarrayproxy.h"
 #include "qx/qx.h"
+#include "toarray/javakind.h"
 
 #include <jni.h>
 
@@ -16,11 +17,11 @@ void gatherFieldNamesOfStruct(JNVArrayInitializer& initializer, jobject object);
 /// Converts each value on its own and stores it in the slot of its position, which the array then owns. Values for
 /// which there is no slot are converted and dropped. An NVBuiltinArray among the values raises
 /// java.lang.RuntimeException.
-void fillCompoundArray(JNIEnv* env, JObjectArrayProxy<JObjectProxy>& flatArray, qxArray* array);
+void fillCompoundArray(JavaKindReader& kindOf, const JObjectArrayProxy<JObjectProxy>& flatArray, qxArray* array);
 
 /// Fills a cell or struct array from the pure-Java value that `object` must be: java.lang.NullPointerException for
 /// null, java.lang.ClassCastException for any other object.
-void fillCellFromJava(JNIEnv* env, jobject object, qxArray* array);
-void fillStructFromJava(JNIEnv* env, jobject object, qxArray* array);
+void fillCellFromJava(JavaKindReader& kindOf, jobject object, qxArray* array);
+void fillStructFromJava(JavaKindReader& kindOf, jobject object, qxArray* array);
 
 }  // namespace nativevrl::JConvert

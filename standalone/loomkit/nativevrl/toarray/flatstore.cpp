@@ -55,7 +55,7 @@ private:
 /// Whether the source is a primitive array, which is then copied.
 template <typename Target>
 bool storePrimitives(JNIEnv* env, jobject source, JavaKind kind, TargetPart<Target> part) {
-    return visitPrimitive(kind, [&](auto zero) {
+    return visitRowType(kind, [&](auto zero) {
         const PinnedElements<decltype(zero)> elements(env, source);
         part.storeRun(elements.begin(), elements.length());
     });
@@ -68,10 +68,8 @@ void storeObjects(JNIEnv* env, jobject source, TargetPart<Target> part, Read&& r
     auto* array = static_cast<jobjectArray>(source);
     auto* cls = ClassProxy::instance(env);
     const std::size_t stored = common(part.room(), env->GetArrayLength(array));
-    JObjectRef element(env, nullptr);
     for (std::size_t i = 0; i < stored; ++i) {
-        element.reset();
-        element.attach(tether::nextObjectArrayElement(env, array, static_cast<jsize>(i)));
+        const auto element = adopt(env, tether::nextObjectArrayElement(env, array, static_cast<jsize>(i)));
         if (element.isNull()) {
             tether::throwNullPointer(env);
         }
@@ -92,8 +90,7 @@ void checkNumbers(JNIEnv* env, jobject source) {
     if (env->GetArrayLength(array) == 0) {
         return;
     }
-    JObjectRef first(env, nullptr);
-    first.attach(tether::getObjectArrayElement(env, array, 0));
+    const auto first = adopt(env, tether::getObjectArrayElement(env, array, 0));
     if (!JNumberClassProxy::instance(env)->isInstance(env, first.ref())) {
         raise(env, "java/lang/IllegalArgumentException", "Object array must contain java.lang.Number");
     }
@@ -102,17 +99,17 @@ void checkNumbers(JNIEnv* env, jobject source) {
 template <typename Target>
 void setFlatData(JNIEnv* env, jobject source, TargetPart<Target> part) {
     const JavaKind kind = JavaKindReader(env)(source);
-    if (kind == JavaKind::kNull) {
+    if (kind == JavaKind::null) {
         tether::throwNullPointer(env);
     }
-    if (kind == JavaKind::kObjectArray) {
+    if (kind == JavaKind::objectArray) {
         checkNumbers(env, source);
         storeObjects<JNumberClassProxy, Target>(env, source, part, [&](jobject number, const auto& cls) {
             return cls.template read<typename Target::Java>(env, number);
         });
         return;
     }
-    const bool isNumeric = kind != JavaKind::kBooleanArray && kind != JavaKind::kCharArray;
+    const bool isNumeric = kind != JavaKind::booleanArray && kind != JavaKind::charArray;
     if (!isNumeric || !storePrimitives<Target>(env, source, kind, part)) {
         raise(env, "java/lang/IllegalArgumentException", "Can not convert data from Java type");
     }
@@ -121,10 +118,10 @@ void setFlatData(JNIEnv* env, jobject source, TargetPart<Target> part) {
 template <>
 void setFlatData<LogicalElement>(JNIEnv* env, jobject source, TargetPart<LogicalElement> part) {
     const JavaKind kind = JavaKindReader(env)(source);
-    if (kind == JavaKind::kNull || kind == JavaKind::kBooleanArray) {
+    if (kind == JavaKind::null || kind == JavaKind::booleanArray) {
         const PinnedElements<jboolean> elements(env, source);
         part.storeRun(elements.begin(), elements.length());
-    } else if (kind == JavaKind::kObjectArray) {
+    } else if (kind == JavaKind::objectArray) {
         storeObjects<JBooleanClassProxy, LogicalElement>(env, source, part, [&](jobject boolean, const auto& cls) {
             return env->CallBooleanMethod(boolean, cls.booleanValue);
         });
@@ -134,14 +131,14 @@ void setFlatData<LogicalElement>(JNIEnv* env, jobject source, TargetPart<Logical
 template <>
 void setFlatData<CharElement>(JNIEnv* env, jobject source, TargetPart<CharElement> part) {
     const JavaKind kind = JavaKindReader(env)(source);
-    if (kind == JavaKind::kNull || kind == JavaKind::kCharArray) {
+    if (kind == JavaKind::null || kind == JavaKind::charArray) {
         const PinnedElements<jchar> elements(env, source);
         part.storeRun(elements.begin(), elements.length());
-    } else if (kind == JavaKind::kObjectArray) {
+    } else if (kind == JavaKind::objectArray) {
         storeObjects<JCharacterClassProxy, CharElement>(env, source, part, [&](jobject character, const auto& cls) {
             return env->CallCharMethod(character, cls.charValue);
         });
-    } else if (kind == JavaKind::kString) {
+    } else if (kind == JavaKind::string) {
         const PinnedText text(env, source);
         part.storeRun(text.begin(), text.length());
     }

@@ -8,6 +8,13 @@
 
 namespace nativevrl::JConvert {
 
+/// A kind whose objects have no elements of their own to walk, and the class of arrays of them.
+struct LeafKind {
+    JavaKind kind;
+    bool (*isLeaf)(JNIEnv*, jobject);
+    bool (*isArrayOfLeaves)(JNIEnv*, jobject);
+};
+
 namespace {
 
 /// Class of T[][].
@@ -26,13 +33,6 @@ bool isA(JNIEnv* env, jobject object) {
     return ClassProxy::instance(env)->isInstance(env, object);
 }
 
-/// A kind whose objects have no elements of their own to walk, and the class of arrays of them.
-struct LeafKind {
-    JavaKind kind;
-    bool (*isLeaf)(JNIEnv*, jobject);
-    bool (*isArrayOfLeaves)(JNIEnv*, jobject);
-};
-
 template <typename T>
 constexpr LeafKind rowOf(JavaKind kind) {
     return {kind, isA<JPrimitiveArrayClassProxy<T>>, isA<RowsClassProxy<T>>};
@@ -43,18 +43,19 @@ constexpr LeafKind objectOf(JavaKind kind) {
     return {kind, isA<typename Proxy::ClassProxy>, isA<JObjectArrayClassProxy<Proxy>>};
 }
 
-constexpr LeafKind kLeafKinds[] = {
-    rowOf<jchar>(JavaKind::kCharArray),          rowOf<jboolean>(JavaKind::kBooleanArray),
-    rowOf<jbyte>(JavaKind::kByteArray),          rowOf<jdouble>(JavaKind::kDoubleArray),
-    rowOf<jfloat>(JavaKind::kFloatArray),        rowOf<jint>(JavaKind::kIntArray),
-    rowOf<jlong>(JavaKind::kLongArray),          rowOf<jshort>(JavaKind::kShortArray),
-    objectOf<JStringProxy>(JavaKind::kString),   objectOf<JNumberProxy>(JavaKind::kNumber),
-    objectOf<JBooleanProxy>(JavaKind::kBoolean), objectOf<JCharacterProxy>(JavaKind::kCharacter),
+/// What conversions meet most stands first.
+constexpr LeafKind leafKinds[] = {
+    rowOf<jdouble>(JavaKind::doubleArray),      objectOf<JNumberProxy>(JavaKind::number),
+    objectOf<JStringProxy>(JavaKind::string),   rowOf<jint>(JavaKind::intArray),
+    rowOf<jfloat>(JavaKind::floatArray),        rowOf<jlong>(JavaKind::longArray),
+    rowOf<jbyte>(JavaKind::byteArray),          rowOf<jchar>(JavaKind::charArray),
+    rowOf<jshort>(JavaKind::shortArray),        rowOf<jboolean>(JavaKind::booleanArray),
+    objectOf<JBooleanProxy>(JavaKind::boolean), objectOf<JCharacterProxy>(JavaKind::character),
 };
 
 /// Null for a kind that is no leaf's.
 const LeafKind* leafKind(JavaKind kind) {
-    for (const LeafKind& leaf : kLeafKinds) {
+    for (const LeafKind& leaf : leafKinds) {
         if (leaf.kind == kind) {
             return &leaf;
         }
@@ -64,24 +65,23 @@ const LeafKind* leafKind(JavaKind kind) {
 
 }  // namespace
 
-JavaKind JavaKindReader::operator()(jobject object) const {
-    thread_local const LeafKind* last = nullptr;
+JavaKind JavaKindReader::operator()(jobject object) {
     if (object == nullptr) {
-        return JavaKind::kNull;
+        return JavaKind::null;
     }
-    if (last != nullptr && last->isLeaf(env_, object)) {
-        return last->kind;
+    if (last_ != nullptr && last_->isLeaf(env_, object)) {
+        return last_->kind;
     }
     if (isA<JObjectArrayClassProxy<JObjectProxy>>(env_, object)) {
-        return JavaKind::kObjectArray;
+        return JavaKind::objectArray;
     }
-    for (const LeafKind& leaf : kLeafKinds) {
+    for (const LeafKind& leaf : leafKinds) {
         if (leaf.isLeaf(env_, object)) {
-            last = &leaf;
+            last_ = &leaf;
             return leaf.kind;
         }
     }
-    return JavaKind::kOther;
+    return JavaKind::other;
 }
 
 bool JavaKindReader::holdsOnly(jobjectArray array, JavaKind kind) const {

@@ -4,53 +4,53 @@
 
 namespace nativevrl::JConvert {
 
-/// What a Java object is to a conversion, in the order in which the tests are made.
+/// What a Java object is to a conversion. No object is of two kinds.
 enum class JavaKind {
-    kNull,
-    kObjectArray,  ///< any array of references, arrays of arrays among them
-    kCharArray,
-    kBooleanArray,
-    kByteArray,
-    kDoubleArray,
-    kFloatArray,
-    kIntArray,
-    kLongArray,
-    kShortArray,
-    kString,
-    kNumber,
-    kBoolean,
-    kCharacter,
-    kOther
+    null,
+    objectArray,  ///< any array of references, arrays of arrays among them
+    charArray,
+    booleanArray,
+    byteArray,
+    doubleArray,
+    floatArray,
+    intArray,
+    longArray,
+    shortArray,
+    string,
+    number,
+    boolean,
+    character,
+    other
 };
 
-constexpr bool isPrimitiveArray(JavaKind kind) { return kind >= JavaKind::kCharArray && kind <= JavaKind::kShortArray; }
+constexpr bool isPrimitiveArray(JavaKind kind) { return kind >= JavaKind::charArray && kind <= JavaKind::shortArray; }
 
-/// Calls `visitor` with a value of the element type of a primitive array's kind; whether the kind is one.
+/// Calls `visitor` with a value of the element type of a primitive array's kind. Whether the kind is one.
 template <typename Visitor>
-bool visitPrimitive(JavaKind kind, Visitor&& visitor) {
+bool visitRowType(JavaKind kind, Visitor&& visitor) {
     switch (kind) {
-        case JavaKind::kCharArray:
+        case JavaKind::charArray:
             visitor(jchar{});
             return true;
-        case JavaKind::kBooleanArray:
+        case JavaKind::booleanArray:
             visitor(jboolean{});
             return true;
-        case JavaKind::kByteArray:
+        case JavaKind::byteArray:
             visitor(jbyte{});
             return true;
-        case JavaKind::kDoubleArray:
+        case JavaKind::doubleArray:
             visitor(jdouble{});
             return true;
-        case JavaKind::kFloatArray:
+        case JavaKind::floatArray:
             visitor(jfloat{});
             return true;
-        case JavaKind::kIntArray:
+        case JavaKind::intArray:
             visitor(jint{});
             return true;
-        case JavaKind::kLongArray:
+        case JavaKind::longArray:
             visitor(jlong{});
             return true;
-        case JavaKind::kShortArray:
+        case JavaKind::shortArray:
             visitor(jshort{});
             return true;
         default:
@@ -58,19 +58,26 @@ bool visitPrimitive(JavaKind kind, Visitor&& visitor) {
     }
 }
 
-/// Tells kinds by their class. An object is first compared with the kind of the last one on this thread that was no
-/// object array: the rows of a nested array, and the elements of a row or a cell, are mostly of one type, and no object
-/// is of two.
+struct LeafKind;
+
+/// Tells kinds by their class. An object is first compared with the kind of the last one that was no object array: the
+/// rows of a nested array, and the elements of a row or a cell, are mostly of one type. So one reader goes through a
+/// conversion with all that is within, on the stack of the native that converts.
 class JavaKindReader {
 public:
     explicit JavaKindReader(JNIEnv* env) : env_(env) {}
+    JavaKindReader(const JavaKindReader&) = delete;
+    JavaKindReader& operator=(const JavaKindReader&) = delete;
 
-    JavaKind operator()(jobject object) const;
+    JNIEnv* env() const noexcept { return env_; }
+
+    JavaKind operator()(jobject object);
     /// Whether an object array can hold nothing but nulls and objects of a kind.
     bool holdsOnly(jobjectArray array, JavaKind kind) const;
 
 private:
     JNIEnv* env_;
+    const LeafKind* last_ = nullptr;
 };
 
 /// Tells the kinds of the elements of one object array, which is borrowed as the reader is. An array of rows, or of
@@ -81,7 +88,7 @@ public:
 
     JavaKind operator()(jobject element) {
         if (element == nullptr) {
-            return JavaKind::kNull;
+            return JavaKind::null;
         }
         if (state_ == State::common) {
             return common_;
@@ -100,7 +107,7 @@ private:
     JavaKindReader& kindOf_;
     jobjectArray array_;
     State state_ = State::unknown;
-    JavaKind common_ = JavaKind::kOther;
+    JavaKind common_ = JavaKind::other;
 };
 
 }  // namespace nativevrl::JConvert

@@ -7,7 +7,8 @@ namespace nativevrl::JConvert {
 namespace {
 
 qxArray* convertStated(const JObjectProxy& real, const JObjectProxy& imaginary, JNVArrayPropertySpecifier stated) {
-    const JNVArrayInitializer data(real.env(), real.ref(), imaginary.ref());
+    JavaKindReader kindOf(real.env());
+    const JNVArrayInitializer data(kindOf, real.ref(), imaginary.ref());
     JNVSpecifiedArrayInitializer initializer(data, stated);
     return createArrayFromInitializer(real.env(), initializer);
 }
@@ -15,8 +16,13 @@ qxArray* convertStated(const JObjectProxy& real, const JObjectProxy& imaginary, 
 }  // namespace
 
 qxArray* convertObject(JNIEnv* env, const JObjectProxy& real) {
-    JNVArrayInitializer data(env, real.ref(), nullptr);
-    return createArrayFromInitializer(env, data);
+    JavaKindReader kindOf(env);
+    return convertObject(kindOf, real);
+}
+
+qxArray* convertObject(JavaKindReader& kindOf, const JObjectProxy& real) {
+    JNVArrayInitializer data(kindOf, real.ref(), nullptr);
+    return createArrayFromInitializer(kindOf.env(), data);
 }
 
 qxArray* convertObjectPair(JNIEnv*, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,

@@ -2,6 +2,7 @@
 
 #include "proxies/jobjectproxy.h"
 #include "qx/qx.h"
+#include "toarray/javakind.h"
 
 #include <jni.h>
 
@@ -17,6 +18,8 @@ namespace nativevrl::JConvert {
 
 /// An array as the object alone decides it.
 qxArray* convertObject(JNIEnv* env, const JObjectProxy& real);
+/// The same within a conversion that reads kinds already.
+qxArray* convertObject(JavaKindReader& kindOf, const JObjectProxy& real);
 
 /// An array of a stated class (0 leaves it to the data) and complexity. Without qxCOMPLEX the imaginary object is
 /// disregarded, its shape too. An NVBuiltinArray as `real` gives a shared copy, or a converted one for another class.

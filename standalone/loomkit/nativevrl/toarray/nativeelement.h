@@ -37,7 +37,6 @@ struct NativeElement {
 
 using LogicalElement = NativeElement<LogicalClass>;
 using CharElement = NativeElement<CharClass>;
-using DoubleElement = NativeElement<DoubleClass>;
 
 /// A word of a function array, which no Java value gives a content: each is stored as 0.
 struct FunctionElement {

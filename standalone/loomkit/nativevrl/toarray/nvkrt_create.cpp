@@ -25,8 +25,9 @@ qxArrayOwner createStated(JNIEnv* env, jintArray dims, qxClassID classId, jint c
 
 qxArrayOwner createNumeric(JNIEnv* env, jintArray dims, jobject realData, jobject imagData, jint classId,
                            jint complexity) {
+    JavaKindReader kindOf(env);
     const qxClassID decided =
-        classId == qxUNKNOWN_CLASS ? classifyJavaObject(env, realData, true) : static_cast<qxClassID>(classId);
+        classId == qxUNKNOWN_CLASS ? classifyJavaObject(kindOf, realData, true) : static_cast<qxClassID>(classId);
     qxArrayOwner array = createStated(env, dims, decided, complexity);
     setPartData(env, array.get(), JObjectProxy(env, realData), true);
     if (imagData != nullptr) {

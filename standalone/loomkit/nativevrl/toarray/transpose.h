@@ -1,5 +1,6 @@
 #pragma once
 
+#include "layout/rowbuffer.h"
 #include "layout/squareblock.h"
 
 #include <cstddef>
@@ -13,10 +14,8 @@
 /// Rows that lie one behind another, written as columns, in square blocks that fit into a few registers.
 namespace nativevrl::JConvert {
 
-constexpr std::size_t kCacheLine = 64;
-
 /// A block of this size has left the caches before it is whole.
-constexpr std::size_t kFarBytes = std::size_t{16} << 20U;
+constexpr std::size_t farBytes = std::size_t{16} << 20U;
 
 /// `rows` lines of `columns` elements, `pitch` elements apart, to column-major storage whose columns are `stride`
 /// elements apart. The lines of a `far` block are written past the caches where they can be written whole, and fetched
@@ -32,10 +31,10 @@ struct Transposition {
     bool far;
 
     void run() const {
-        const std::size_t blockRows = rows / kSide * kSide;
-        const std::size_t blockColumns = columns / kSide * kSide;
-        if (kStreams && far && isLineAligned()) {
-            moveBlocks<kStreams>(blockRows, blockColumns);
+        const std::size_t blockRows = rows / side * side;
+        const std::size_t blockColumns = columns / side * side;
+        if (canStream && far && isLineAligned()) {
+            moveBlocks<canStream>(blockRows, blockColumns);
             finishStreams();
         } else {
             moveBlocks<false>(blockRows, blockColumns);
@@ -54,20 +53,21 @@ private:
     }
 
     using Block = SquareBlock<Element>;
-    static constexpr std::size_t kSide = Block::size;
-    static constexpr std::size_t kColumnsAhead = 8;
+    static constexpr std::size_t side = Block::size;
+    static_assert(cacheLine % sizeof(Block::lines[0]) == 0);
+    static constexpr std::size_t columnsAhead = 8;
 
     bool isLineAligned() const {
-        return reinterpret_cast<std::uintptr_t>(target) % kCacheLine == 0 && stride * sizeof(Element) % kCacheLine == 0;
+        return reinterpret_cast<std::uintptr_t>(target) % cacheLine == 0 && stride * sizeof(Element) % cacheLine == 0;
     }
 
     template <bool streams>
     void moveBlocks(std::size_t rowsEnd, std::size_t columnsEnd) const {
-        for (std::size_t column = 0; column < columnsEnd; column += kSide) {
+        for (std::size_t column = 0; column < columnsEnd; column += side) {
             if (!streams && far) {
                 fetchAhead(column);
             }
-            for (std::size_t row = 0; row < rowsEnd; row += kSide) {
+            for (std::size_t row = 0; row < rowsEnd; row += side) {
                 Block block;
                 block.load(source + row * pitch + column, pitch);
                 block.transpose();
@@ -82,10 +82,10 @@ private:
     }
 
 #ifdef __SSE2__
-    static constexpr bool kStreams = true;
+    static constexpr bool canStream = true;
 
     void streamBlock(const Block& block, Element* to) const {
-        for (std::size_t i = 0; i < kSide; ++i) {
+        for (std::size_t i = 0; i < side; ++i) {
             __m128i line;
             std::memcpy(&line, &block.lines[i], sizeof line);
             _mm_stream_si128(reinterpret_cast<__m128i*>(to + i * stride), line);
@@ -94,14 +94,14 @@ private:
 
     static void finishStreams() { _mm_sfence(); }
 #else
-    static constexpr bool kStreams = false;
+    static constexpr bool canStream = false;
 
     static void finishStreams() {}
 #endif
 
     void fetchAhead(std::size_t column) const {
-        for (std::size_t ahead = column + kColumnsAhead; ahead < column + kColumnsAhead + kSide; ++ahead) {
-            for (std::size_t row = 0; ahead < columns && row < rows; row += kCacheLine / sizeof(Element)) {
+        for (std::size_t ahead = column + columnsAhead; ahead < column + columnsAhead + side; ++ahead) {
+            for (std::size_t row = 0; ahead < columns && row < rows; row += cacheLine / sizeof(Element)) {
                 __builtin_prefetch(target + ahead * stride + row, 1);
             }
         }

@@ -30,11 +30,11 @@ struct GatherShape {
 };
 
 template <typename T>
-constexpr std::size_t kBlock = SquareBlock<T>::size;
+constexpr std::size_t blockSide = SquareBlock<T>::size;
 
 /// How many columns are read side by side: each row of the buffer then gets a run of stores.
 template <typename T>
-constexpr std::size_t kPanel = std::max<std::size_t>(8, kBlock<T>);
+constexpr std::size_t panelColumns = std::max<std::size_t>(8, blockSide<T>);
 
 /// `width` columns, element by element: known to the compiler for all but the last of them, so that its inner loop is
 /// unrolled.
@@ -51,23 +51,24 @@ void gatherSingly(const S* from, GatherShape shape, T* to, Width width) {
 /// their way out, if at all.
 template <typename T, typename S>
 void turnPanel(const S* from, GatherShape shape, T* to) {
-    for (std::size_t row = 0; row < shape.rows; row += kBlock<S>) {
-        for (std::size_t column = 0; column < kPanel<S>; column += kBlock<S>) {
+    static_assert(panelColumns<S> == panelColumns<T> && panelColumns<S> % blockSide<S> == 0);
+    for (std::size_t row = 0; row < shape.rows; row += blockSide<S>) {
+        for (std::size_t column = 0; column < panelColumns<S>; column += blockSide<S>) {
             SquareBlock<S> block;
             block.load(from + column * shape.columnStride, shape.columnStride);
             block.transpose();
             if constexpr (std::is_same_v<T, S>) {
                 block.store(to + column, shape.pitch);
             } else {
-                S lines[kBlock<S> * kBlock<S>];
-                block.store(lines, kBlock<S>);
-                for (std::size_t i = 0; i < kBlock<S>; ++i) {
-                    castRun(lines + i * kBlock<S>, kBlock<S>, to + i * shape.pitch + column);
+                S lines[blockSide<S> * blockSide<S>];
+                block.store(lines, blockSide<S>);
+                for (std::size_t i = 0; i < blockSide<S>; ++i) {
+                    castRun(lines + i * blockSide<S>, blockSide<S>, to + i * shape.pitch + column);
                 }
             }
         }
-        from += kBlock<S>;
-        to += kBlock<S> * shape.pitch;
+        from += blockSide<S>;
+        to += blockSide<S> * shape.pitch;
     }
 }
 
@@ -75,26 +76,27 @@ void turnPanel(const S* from, GatherShape shape, T* to) {
 template <typename T, typename S>
 void castAndTurnPanel(const S* from, GatherShape shape, T* to) {
     constexpr std::size_t piece = 64;
-    T cast[kPanel<T> * piece];
+    static_assert(piece % blockSide<T> == 0);
+    T cast[panelColumns<T> * piece];
     for (std::size_t row = 0; row < shape.rows; row += piece) {
         const std::size_t rows = std::min(piece, shape.rows - row);
-        for (std::size_t column = 0; column < kPanel<T>; ++column) {
+        for (std::size_t column = 0; column < panelColumns<T>; ++column) {
             castRun(from + column * shape.columnStride + row, rows, cast + column * piece);
         }
-        turnPanel<T>(cast, GatherShape::neighbours(rows, kPanel<T>, piece, shape.pitch), to + row * shape.pitch);
+        turnPanel<T>(cast, GatherShape::neighbours(rows, panelColumns<T>, piece, shape.pitch), to + row * shape.pitch);
     }
 }
 
 /// Integers that become wider are cast one by one: several of them fit into what is read at a time.
 template <typename T, typename S>
-constexpr bool kTurns = sizeof(T) <= sizeof(S) || (std::is_floating_point_v<T> && std::is_floating_point_v<S>);
+constexpr bool turnsBlocks = sizeof(T) <= sizeof(S) || (std::is_floating_point_v<T> && std::is_floating_point_v<S>);
 
-/// kPanel columns.
+/// As many columns as a panel has.
 template <typename T, typename S>
 void gatherPanel(const S* from, GatherShape shape, T* to) {
-    if constexpr (kTurns<T, S>) {
+    if constexpr (turnsBlocks<T, S>) {
         if (shape.rowStride == 1) {
-            const std::size_t left = shape.rows % std::max(kBlock<T>, kBlock<S>);
+            const std::size_t left = shape.rows % std::max(blockSide<T>, blockSide<S>);
             shape.rows -= left;
             if constexpr (std::is_same_v<T, S> || sizeof(T) > sizeof(S)) {
                 turnPanel(from, shape, to);
@@ -106,7 +108,7 @@ void gatherPanel(const S* from, GatherShape shape, T* to) {
             shape.rows = left;
         }
     }
-    gatherSingly(from, shape, to, std::integral_constant<std::size_t, kPanel<T>>{});
+    gatherSingly(from, shape, to, std::integral_constant<std::size_t, panelColumns<T>>{});
 }
 
 /// Copies the elements that `shape` tells of, each cast to T, into rows at `to`.
@@ -119,7 +121,7 @@ void gather(const S* from, const GatherShape& shape, T* to) {
         return;
     }
     std::size_t column = 0;
-    for (; column + kPanel<T> <= shape.columns; column += kPanel<T>) {
+    for (; column + panelColumns<T> <= shape.columns; column += panelColumns<T>) {
         gatherPanel(from + column * shape.columnStride, shape, to + column);
     }
     gatherSingly(from + column * shape.columnStride, shape, to + column, shape.columns - column);

@@ -3,9 +3,9 @@
 #include "layout/leveltable.h"
 #include "proxies/javalength.h"
 #include "proxies/jobjectarrayproxy.h"
+#include "tojava/gathertile.h"
 #include "tojava/leaves.h"
 #include "tojava/partview.h"
-#include "tojava/tile.h"
 
 #include <algorithm>
 #include <array>
@@ -27,6 +27,7 @@ namespace nativevrl {
 template <typename Leaf>
 class NestedWalk {
     using T = typename Leaf::Element;
+    using Tile = GatherTile<T>;
 
 public:
     NestedWalk(JNIEnv* env, const PartView<T>& part) : env_(env), part_(part) {}
@@ -57,17 +58,19 @@ private:
     using Outer = NewJObjectArrayProxy<JObjectProxy>;
 
     /// How many rows are gathered together at most, which is how many arrays are filled at the same time. The more
-    /// there are, the longer are the runs of source that are read; rows beyond kUsualRows must be short for that.
-    static constexpr std::size_t kMostRows = 128;
-    static constexpr std::size_t kUsualRows = 64;
-    static constexpr std::size_t kShortRow = Tile<T>::kLargest / kMostRows / 2;
+    /// there are, the longer are the runs of source that are read; rows beyond usualRows must be short for that.
+    static constexpr std::size_t mostRows = 128;
+    static constexpr std::size_t usualRows = 64;
+    static constexpr std::size_t shortRow = Tile::largest / mostRows / 2;
+    static_assert(mostRows * shortRow <= Tile::largest);
     /// Rows that are too long for the tile are held open while they are written piece by piece: few, since each holds a
     /// local reference.
-    static constexpr std::size_t kOpenRows = 16;
+    static constexpr std::size_t openRows = 16;
+    static_assert(openRows * Tile::line <= Tile::smallest, "a piece of a row takes a cache line at least");
     /// As many rows share a cache line of the widest elements. Fewer don't pay: lines would be read again and again.
-    static constexpr std::size_t kFewestRows = 8;
+    static constexpr std::size_t fewestRows = 8;
     /// From this many bytes on the source does not stay in the cache by itself, and is asked for ahead of time.
-    static constexpr std::size_t kPrefetchFrom = std::size_t{256} << 10U;
+    static constexpr std::size_t prefetchFrom = std::size_t{256} << 10U;
 
     /// Arrays of one level whose elements are neighbours in the source: all their first elements, then all their
     /// second ones and so on.
@@ -96,15 +99,18 @@ private:
 
     /// Settles how many rows of `line` are gathered together; `line.stride` is how many neighbours there can be.
     void planTile(const LevelExtent& line) {
-        pitch_ = Tile<T>::pitchFor(line.size);
-        const std::size_t most = pitch_ <= kShortRow ? kMostRows : kUsualRows;
+        const std::size_t pitch = paddedPitch(line.size, Tile::line);
+        const std::size_t most = pitch <= shortRow ? mostRows : usualRows;
         const std::size_t rows = std::min<std::size_t>(most, line.stride);
-        const std::size_t room = tile_.makeRoom(rows * pitch_);
-        const std::size_t fitting = std::min(most, room / pitch_);
-        areLong_ = fitting < std::min(rows, kFewestRows);
-        band_ = static_cast<unsigned>(areLong_                ? kOpenRows
-                                      : fitting > kFewestRows ? fitting - fitting % kFewestRows
-                                                              : std::max<std::size_t>(fitting, 1));
+        const std::size_t room = tile_.makeRoom(rows * pitch);
+        const std::size_t fitting = std::min(most, room / pitch);
+        areLong_ = fitting < std::min(rows, fewestRows);
+        if (!areLong_) {
+            tile_.setPitch(pitch);
+        }
+        band_ = static_cast<unsigned>(areLong_               ? openRows
+                                      : fitting > fewestRows ? fitting - fitting % fewestRows
+                                                             : std::max<std::size_t>(fitting, 1));
     }
 
     /// Fills the outermost array; `open` has a place for each level of arrays.
@@ -180,31 +186,35 @@ private:
             leaf.write(0, part_.runFrom(index), length);
             return;
         }
-        for (std::size_t at = 0; at < length; at += Tile<T>::kSmallest) {
-            const std::size_t count = std::min(Tile<T>::kSmallest, length - at);
-            part_.gatherFrom(index + at * stride, GatherShape::row(count, stride), tile_.data());
-            leaf.write(at, tile_.data(), count);
+        for (std::size_t at = 0; at < length; at += Tile::smallest) {
+            const std::size_t count = std::min(Tile::smallest, length - at);
+            part_.gatherFrom(index + at * stride, GatherShape::row(count, stride), tile_.row(0));
+            leaf.write(at, tile_.row(0), count);
         }
     }
 
     void fillWholeRows(const Rows& rows, const LevelExtent& line) {
-        assert(rows.count * pitch_ <= tile_.capacity());
-        part_.gatherFrom(rows.index, GatherShape::neighbours(rows.count, line.size, line.stride, pitch_), tile_.data());
-        const bool prefetches = rows.next && std::size_t{line.span} * part_.width() >= kPrefetchFrom;
+        gatherRows(rows.count, rows.index, line.size, line.stride);
+        const bool prefetches = rows.next && std::size_t{line.span} * part_.width() >= prefetchFrom;
         for (unsigned i = 0; i < rows.count; ++i) {
             if (prefetches) {
                 prefetchShare(*rows.next, line, i, rows.count);
             }
             Leaf leaf(env_, line.size);
-            leaf.write(0, tile_.data() + i * pitch_, line.size);
+            leaf.write(0, tile_.row(i), line.size);
             rows.parents.set(i, leaf.row());
         }
+    }
+
+    /// Gathers `length` elements, `stride` apart, of neighbouring rows into the tile.
+    void gatherRows(std::size_t count, std::size_t index, std::size_t length, std::size_t stride) {
+        assert(count * tile_.pitch() <= tile_.capacity() && length <= tile_.pitch());
+        part_.gatherFrom(index, GatherShape::neighbours(count, length, stride, tile_.pitch()), tile_.row(0));
     }
 
     /// Asks for some columns of the `rows` rows that come next, as the share of one of as many rows that are written in
     /// the meantime: the memory is then waited for while Java copies.
     void prefetchShare(std::size_t next, const LevelExtent& line, std::size_t share, std::size_t rows) const {
-        constexpr std::size_t cacheLine = 64;
         const std::size_t end = (share + 1) * line.size / rows;
         for (std::size_t column = share * line.size / rows; column < end; ++column) {
             const std::byte* from = part_.addressOf(next + column * line.stride);
@@ -216,19 +226,18 @@ private:
 
     /// The rows are made first, and then written together, a piece of each at a time.
     void fillLongRows(const Rows& rows, const LevelExtent& line) {
-        assert(rows.count <= kOpenRows);
-        std::array<std::optional<Leaf>, kOpenRows> open;
+        assert(rows.count <= openRows);
+        std::array<std::optional<Leaf>, openRows> open;
         for (unsigned i = 0; i < rows.count; ++i) {
             open[i].emplace(env_, line.size);
         }
-        const std::size_t piece = Tile<T>::pitchWithin(tile_.capacity() / rows.count);
-        assert(rows.count * piece <= tile_.capacity());
+        const std::size_t piece = paddedPitchWithin(tile_.capacity() / rows.count, Tile::line);
+        tile_.setPitch(piece);
         for (std::size_t at = 0; at < line.size; at += piece) {
             const std::size_t length = std::min<std::size_t>(piece, line.size - at);
-            part_.gatherFrom(rows.index + at * line.stride,
-                             GatherShape::neighbours(rows.count, length, line.stride, piece), tile_.data());
+            gatherRows(rows.count, rows.index + at * line.stride, length, line.stride);
             for (unsigned i = 0; i < rows.count; ++i) {
-                open[i]->write(at, tile_.data() + i * piece, length);
+                open[i]->write(at, tile_.row(i), length);
             }
         }
         for (unsigned i = 0; i < rows.count; ++i) {
@@ -238,10 +247,9 @@ private:
 
     JNIEnv* env_;
     PartView<T> part_;
-    std::size_t pitch_ = 0;  ///< of the rows in the tile
-    unsigned band_ = 1;      ///< rows that are gathered together
-    bool areLong_ = false;   ///< the rows don't fit into the tile as wholes
-    Tile<T> tile_;
+    unsigned band_ = 1;     ///< rows that are gathered together
+    bool areLong_ = false;  ///< the rows don't fit into the tile as wholes
+    Tile tile_;
 };
 
 }  // namespace nativevrl

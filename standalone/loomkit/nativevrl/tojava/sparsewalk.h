@@ -3,9 +3,9 @@
 #include "layout/sparsecolumns.h"
 #include "proxies/javalength.h"
 #include "proxies/jobjectarrayproxy.h"
+#include "tojava/gathertile.h"
 #include "tojava/leaves.h"
 #include "tojava/partview.h"
-#include "tojava/tile.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -75,7 +75,7 @@ public:
         NewJObjectArrayProxy<JObjectProxy> rows(env_, Leaf::className(), javaLength(env_, columns_.rows));
         const StoredRows stored(env_, columns_);
         const std::size_t room = tile_.makeRoom(columns_.columns);
-        std::fill_n(tile_.data(), std::min<std::size_t>(room, columns_.columns), T{});
+        std::fill_n(tile_.row(0), std::min<std::size_t>(room, columns_.columns), T{});
         for (std::uint32_t row = 0; row < columns_.rows; ++row) {
             Leaf leaf(env_, columns_.columns);
             writeRow(leaf, stored.begin(row), stored.end(row), room);
@@ -86,7 +86,7 @@ public:
 
 private:
     void writeRow(Leaf& leaf, const Stored* next, const Stored* end, std::size_t room) {
-        T* const cells = tile_.data();
+        T* const cells = tile_.row(0);
         for (std::size_t at = 0; at < columns_.columns; at += room) {
             const std::size_t count = std::min<std::size_t>(room, columns_.columns - at);
             const Stored* const first = next;
@@ -101,7 +101,7 @@ private:
     JNIEnv* env_;
     SparseColumns columns_;
     PartView<T> values_;
-    Tile<T> tile_;
+    GatherTile<T> tile_;
 };
 
 }  // namespace nativevrl

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "layout/leveltable.h"
+#include "layout/rowbuffer.h"
 #include "toarray/transpose.h"
 
+#include <cassert>
 #include <cstddef>
-#include <memory>
-#include <new>
 
 namespace nativevrl::JConvert {
 
@@ -21,19 +21,23 @@ struct TileShape {
 TileShape tileFor(const LevelExtent* level, const LevelExtent* levelsEnd, std::size_t elementBytes, std::size_t count);
 
 /// Some neighbours of a level whose stride is 1, each gathered in a row of its own in which the levels below lie as
-/// they do in the array, and stored together column by column: neighbours are adjacent there. Rows are padded, so
-/// that their elements of one column don't all fall on the same few sets of the cache.
+/// they do in the array, and stored together column by column: neighbours are adjacent there.
 template <typename Element>
-class Tile {
+class ScatterTile {
 public:
     /// Makes room; none for a shape without rows, nor when there is no memory.
-    explicit Tile(TileShape shape)
-        : shape_(shape), rows_(shape.rows == 0 ? nullptr : new (std::nothrow) Element[shape.rows * shape.pitch]) {}
+    explicit ScatterTile(TileShape shape) : mostRows_(shape.rows) {
+        rows_.setPitch(shape.pitch);
+        if (shape.rows != 0) {
+            rows_.grow(shape.rows * shape.pitch);
+        }
+    }
 
-    bool isThere() const noexcept { return rows_ != nullptr; }
+    bool isThere() const noexcept { return rows_.capacity() != 0; }
 
     /// Takes the place of a level and those below it; `block` is where the level's first neighbour lies.
     void standFor(const LevelExtent* level, const LevelExtent* levelsEnd, Element* block) {
+        assert(level->stride == 1);
         target_ = block;
         columnStride_ = level->span;
         rowLevels_.assign(level + 1, levelsEnd);
@@ -42,7 +46,8 @@ public:
             below.span /= level->span;
         }
         width_ = rowLevels_.back().span;
-        isFar_ = std::size_t{levelsEnd[-1].span} * sizeof(Element) >= kFarBytes;
+        assert(width_ <= rows_.pitch());
+        isFar_ = std::size_t{levelsEnd[-1].span} * sizeof(Element) >= farBytes;
     }
 
     /// The levels of a row, whose block starts at nextRow().
@@ -50,22 +55,22 @@ public:
 
     /// The row that the next neighbour goes to. Its content is what an earlier neighbour left.
     Element* nextRow() {
-        if (filled_ == shape_.rows) {
+        if (filled_ == mostRows_) {
             flush();
         }
-        return rows_.get() + filled_++ * shape_.pitch;
+        return rows_.row(filled_++);
     }
 
     /// Stores the rows that were handed out since the last time.
     void flush() {
-        Transposition<Element>{rows_.get(), shape_.pitch, filled_, width_, target_, columnStride_, isFar_}.run();
+        Transposition<Element>{rows_.row(0), rows_.pitch(), filled_, width_, target_, columnStride_, isFar_}.run();
         target_ += filled_;
         filled_ = 0;
     }
 
 private:
-    TileShape shape_;
-    std::unique_ptr<Element[]> rows_;
+    std::size_t mostRows_;
+    RowBuffer<Element> rows_;
     LevelTable rowLevels_;
     std::size_t width_ = 0;
     std::size_t columnStride_ = 0;
