@@ -1,9 +1,12 @@
 #pragma once
 
+#include "craftedzip.h"
+
 #include "support/testfolder.h"
+#include "vrlbase/exceptions.h"
 #include "vrlkrt/archive/archive.h"
 
-#include "vrlbase/exceptions.h"
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <map>
@@ -40,4 +43,14 @@ std::string failureOf(Body body) {
         return error.what();
     }
     return "";
+}
+
+/// Expects `body` to fail with a message in which `text` stands.
+template <typename Body>
+void expectFailure(const std::string& text, Body body, const char* file = __builtin_FILE(),
+                   int line = __builtin_LINE()) {
+    const std::string failure = failureOf(body);
+    if (failure.find(text) == std::string::npos || failure.empty()) {
+        ADD_FAILURE_AT(file, line) << "'" << failure << "', not '" << text << "'";
+    }
 }

@@ -1,5 +1,4 @@
 #include "archivetesting.h"
-#include "craftedzip.h"
 
 #include "componentrun.h"
 #include "elfsymbols.h"
@@ -12,7 +11,6 @@
 #include "vrlkrt/archive/extraction.h"
 #include "vrlkrt/archive/manifest.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <fcntl.h>
@@ -23,8 +21,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <random>
+#include <tuple>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -98,11 +95,7 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
     const std::string text = folder / "text.kpa";
     const std::string library = "--library=linux-x86_64=" + (folder / "x.so");
     const std::string absent = "--library=linux-x86_64=" + (folder / "y.so");
-    const struct {
-        int exitCode;
-        const char* err;
-        std::vector<std::string> words;
-    } table[] = {
+    const std::tuple<int, const char*, std::vector<std::string>> table[] = {
         {2, "Usage: kpa [OPTIONS] SUBCOMMAND", {}},
         {2, "kpa: there is no command 'unpack'\nTry 'kpa --help'.\n", {"unpack"}},
         {2, "kpa pack: FOLDER is required\nTry 'kpa pack --help'.\n", {"pack"}},
@@ -134,10 +127,10 @@ TEST(KpaTool, TellsWhatIsWrongAndEndsWithTheRightCode) {
         {1, "Archive entry 'lib/x.so': its content does not match its SHA-256", {"verify", folder / "damaged.kpa"}},
         {1, "has no function \"shuot\"; did you mean shout\n", {"call", showcase, "shuot"}},
     };
-    for (const auto& wrong : table) {
-        const Outcome outcome = kpaIn(folder, wrong.words);
-        EXPECT_EQ(outcome.exitCode, wrong.exitCode) << outcome.err;
-        EXPECT_NE(outcome.err.find(wrong.err), std::string::npos) << wrong.err << "\nnot in " << outcome.err;
+    for (const auto& [exitCode, err, words] : table) {
+        const Outcome outcome = kpaIn(folder, words);
+        EXPECT_EQ(outcome.exitCode, exitCode) << outcome.err;
+        EXPECT_NE(outcome.err.find(err), std::string::npos) << err << "\nnot in " << outcome.err;
         EXPECT_EQ(outcome.out, "");
     }
     EXPECT_FALSE(fs::exists(o));
@@ -171,12 +164,8 @@ TEST(KpaTool, PacksListsVerifiesAndHelps) {
 
 TEST(KpaTool, VerifiesThatLibrariesDefineTheFunctions) {
     const TestFolder folder;
-    const struct {
-        const char* library;
-        std::vector<const char*> symbols;
-        const char* other;  ///< a platform that the library is for besides
-        std::vector<std::string> problems;
-    } table[] = {
+    // other: a platform that the library is for besides
+    const std::tuple<const char*, std::vector<const char*>, const char*, std::vector<std::string>> table[] = {
         {VERSION_1, {"version"}, "linux-s390x", {}},
         {VERSION_1,
          {"gone", "lost"},
@@ -188,22 +177,22 @@ TEST(KpaTool, VerifiesThatLibrariesDefineTheFunctions) {
         {BROKEN_CRASHING, {"version"}, "", {"lib/x.so ends the process that loads it: signal 6 (Aborted)\n"}},
         {BROKEN_LEAVING, {"version"}, "", {"lib/x.so ends the process that loads it: exit code 0\n"}},
     };
-    for (const auto& row : table) {
+    for (const auto& [library, symbols, other, problems] : table) {
         CraftedComponent component;
-        component.files = {{"lib/x.so", readText(row.library)}};
+        component.files = {{"lib/x.so", readText(library)}};
         nlohmann::json manifest = nlohmann::json::parse(component.defaultManifest());
         manifest["functions"].clear();
-        for (const char* symbol : row.symbols) {
+        for (const char* symbol : symbols) {
             manifest["functions"].push_back({{"name", symbol}, {"symbol", symbol}, {"help", ""}});
         }
-        if (*row.other != '\0') {
-            manifest["libraries"][row.other] = "lib/x.so";
+        if (*other != '\0') {
+            manifest["libraries"][other] = "lib/x.so";
         }
         component.manifest = manifest.dump();
         writeText(folder / "x.kpa", component.zip());
         const Outcome outcome = kpaIn(folder, {"verify", folder / "x.kpa"});
-        EXPECT_EQ(outcome.exitCode, row.problems.empty() ? 0 : 1) << outcome.err;
-        for (const std::string& problem : row.problems) {
+        EXPECT_EQ(outcome.exitCode, problems.empty() ? 0 : 1) << outcome.err;
+        for (const std::string& problem : problems) {
             EXPECT_NE(outcome.err.find(problem), std::string::npos) << problem << "\nnot in " << outcome.err;
         }
     }
@@ -267,48 +256,24 @@ TEST(KpaTool, PacksTheSameInputToTheSameBytes) {
     EXPECT_EQ(archives[0], archives[2]);
 }
 
-TEST(Packing, GivesBackEveryFileThroughAnExtraction) {
-    const unsigned seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    for (int round = 0; round < 10; ++round) {
-        const TestFolder folder;
-        writeText(folder / "c/component.json", authorManifest);
-        writeText(folder / "x.so", tinyLibrary());
-        for (unsigned file = random() % 20; file > 0; --file) {
-            std::string content(random() % 3 == 0 ? random() % 200000 : random() % 10, '\0');
-            for (char& c : content) {
-                c = static_cast<char>(random() % 3 == 0 ? random() : 'z');
-            }
-            const std::string parents = random() % 2 == 0 ? "" : "d" + std::to_string(random() % 3) + "/e f/";
-            writeText(folder / "c/" + parents + "~f" + std::to_string(file) + ".bin", content);
-        }
-        auto expected = filesBelow(folder / "c");
-        const std::string bytes = kpa::packFolder(folder / "c", {{vrlkrt::hostPlatform(), folder / "x.so"}}, "");
-        const vrlkrt::ComponentArchive archive = archiveOf(bytes);
-        expected["component.json"] = archive.manifestBytes();
-        expected["lib/" + vrlkrt::hostPlatform() + "/x.so"] = tinyLibrary();
-        EXPECT_EQ(filesBelow(vrlkrt::placeInFolder(archive, folder / "out").folder), expected);
-    }
-}
-
 TEST(Packing, RefusesWhatAnArchiveCannotHold) {
     const TestFolder folder;
-    const auto failure = [&]() -> std::string {
+    const auto expectRefused = [&](const char* text) {
         try {
-            return kpa::packFolder(folder / "c", {{"linux-x86_64", folder / "x.so"}}, "").substr(0, 2);
+            kpa::packFolder(folder / "c", {{"linux-x86_64", folder / "x.so"}}, "");
+            ADD_FAILURE() << "packed in spite of: " << text;
         } catch (const std::exception& error) {
-            return error.what();
+            EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
         }
     };
     writeComponent(folder);
     writeText(folder / "c/lib/linux-x86_64/x.so", "x");
-    EXPECT_NE(failure().find("the folder has a file lib/linux-x86_64/x.so"), std::string::npos);
+    expectRefused("the folder has a file lib/linux-x86_64/x.so");
     writeText(folder / "c/a\\b", "x");
-    EXPECT_NE(failure().find("its path has a backslash"), std::string::npos);
+    expectRefused("its path has a backslash");
     fs::rename(folder / "c/a\\b", folder / "c/b");
     fs::create_symlink("/etc/passwd", folder / "c/link");
-    EXPECT_NE(failure().find("c/link is a link"), std::string::npos);
+    expectRefused("c/link is a link");
 }
 
 TEST(CommandLineValues, AreArraysOfTheRightKind) {
@@ -331,7 +296,9 @@ TEST(CommandLineValues, AreArraysOfTheRightKind) {
         const qxArrayOwner array = kpa::parseValue(word);
         EXPECT_EQ(std::to_string(qxGetClassID(array.get())) + ": " + shownText(array), shown) << word;
     }
-    EXPECT_THROW(kpa::parseValue("[1;2+i]"), kpa::UsageError);
+    for (const char* wrong : {"[1;2+i]", "[1 2;3]", "[1;2 3]"}) {
+        EXPECT_THROW(kpa::parseValue(wrong), kpa::UsageError) << wrong;
+    }
 }
 
 TEST(KpaTool, CallsFunctionsAndTellsTheirFailures) {

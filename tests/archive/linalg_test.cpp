@@ -2,8 +2,6 @@
 
 #include "values.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/numeric/ublas/matrix.hpp>
 
 #include <cmath>
@@ -12,6 +10,7 @@
 #include <limits>
 #include <random>
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -193,22 +192,18 @@ TEST_F(Linalg, FitsByLeastSquares) {
 TEST_F(Linalg, MeasuresNorms) {
     // The larger root of the characteristic polynomial of A'*A: x^2 - 30 x + 100.
     const double largest = std::sqrt(15 + std::sqrt(125.0));
-    const struct {
-        const char* a;
-        const char* p;
-        double norm;
-    } cases[] = {{"[1 -2; 3 4]", "2", largest},
-                 {"[1 -2; 3 4]", "1", 6},
-                 {"[1 -2; 3 4]", "Inf", 7},
-                 {"[1 -2; 3 4]", "'Inf'", 7},
-                 {"[1 -2; 3 4]", "fro", std::sqrt(30.0)},
-                 {"[3 -4]", "1", 7},
-                 {"[3 -4]", "Inf", 4},
-                 {"[]", "2", 0},
-                 {"[3e200 4e200]", "2", 5e200},
-                 {"[1 1; 1 Inf]", "2", INFINITY}};
-    for (const auto& c : cases) {
-        EXPECT_DOUBLE_EQ(call1("norm", c.a, c.p)(0, 0).real(), c.norm) << c.a << " " << c.p;
+    const std::tuple<const char*, const char*, double> cases[] = {{"[1 -2; 3 4]", "2", largest},
+                                                                  {"[1 -2; 3 4]", "1", 6},
+                                                                  {"[1 -2; 3 4]", "Inf", 7},
+                                                                  {"[1 -2; 3 4]", "'Inf'", 7},
+                                                                  {"[1 -2; 3 4]", "fro", std::sqrt(30.0)},
+                                                                  {"[3 -4]", "1", 7},
+                                                                  {"[3 -4]", "Inf", 4},
+                                                                  {"[]", "2", 0},
+                                                                  {"[3e200 4e200]", "2", 5e200},
+                                                                  {"[1 1; 1 Inf]", "2", INFINITY}};
+    for (const auto& [a, p, norm] : cases) {
+        EXPECT_DOUBLE_EQ(call1("norm", a, p)(0, 0).real(), norm) << a << " " << p;
     }
     EXPECT_DOUBLE_EQ(call1("norm", "[1 -2; 3 4]")(0, 0).real(), largest);
     EXPECT_TRUE(std::isnan(call1("norm", "[NaN 1; 1 1]", "1")(0, 0).real()));

@@ -1,15 +1,14 @@
 #include "archivetesting.h"
-#include "craftedzip.h"
 
 #include "support/heapblocks.h"
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/manifest.h"
 #include "vrlkrt/archive/printable.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <new>
+#include <tuple>
 
 using nlohmann::json;
 
@@ -49,13 +48,9 @@ TEST(Manifest, OfAnAuthorIsCompletedAndHasOnlyKnownMembers) {
     }
 }
 
-struct BadMember {
-    const char* pointer;  ///< of the member that is changed in a good manifest
-    const char* value;    ///< in JSON; "" removes the member
-    const char* message;
-};
-
-const BadMember badMembers[] = {
+// pointer: of the member that is changed in a good manifest
+// value: in JSON; "" removes the member
+const std::tuple<const char*, const char*, const char*> badMembers[] = {
     {"/name", "", "the member 'name' is missing"},
     {"/name", "5", "the member 'name' must be a string, not number"},
     {"/name", R"("../x")", "the member 'name' must be a letter followed by"},
@@ -97,16 +92,16 @@ std::string parseFailure(const std::string& text) {
 }
 
 TEST(Manifest, IsRefusedByTheNameOfItsBadMember) {
-    for (const BadMember& bad : badMembers) {
+    for (const auto& [givenPointer, value, message] : badMembers) {
         json manifest = json::parse(CraftedComponent().defaultManifest());
-        const json::json_pointer pointer(bad.pointer);
-        if (*bad.value == '\0') {
+        const json::json_pointer pointer(givenPointer);
+        if (*value == '\0') {
             manifest.at(pointer.parent_pointer()).erase(pointer.back());
         } else {
-            manifest[pointer] = json::parse(bad.value);
+            manifest[pointer] = json::parse(value);
         }
         const std::string failure = parseFailure(manifest.dump());
-        EXPECT_NE(failure.find(bad.message), std::string::npos) << failure << "\nnot " << bad.message;
+        EXPECT_NE(failure.find(message), std::string::npos) << failure << "\nnot " << message;
     }
 }
 

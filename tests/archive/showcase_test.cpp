@@ -2,9 +2,8 @@
 
 #include "values.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -52,11 +51,7 @@ TEST_F(Showcase, IncrementsEveryNumericClassWithSaturation) {
 }
 
 TEST_F(Showcase, GivesWhatItsInputsSay) {
-    const struct {
-        const char* function;
-        std::vector<std::string> inputs;
-        const char* shown;
-    } table[] = {
+    const std::tuple<const char*, std::vector<std::string>, const char*> table[] = {
         {"invert", {"true"}, "0"},
         {"conjugate", {"3+4i"}, "3 - 4i"},
         {"shout", {"gr\xC3\xBC\xC3\x9F, 1 a"}, "GR\xC3\xBC\xC3\x9F, 1 A"},
@@ -66,8 +61,8 @@ TEST_F(Showcase, GivesWhatItsInputsSay) {
         {"apply", {"@parabola", "5"}, "10"},
         {"apply", {"@count", "1", "text", "[1 2]"}, "3"},
     };
-    for (const auto& row : table) {
-        EXPECT_EQ(shownText(run_.callWith(row.function, 1, row.inputs).at(0)), row.shown) << row.function;
+    for (const auto& [function, inputs, shown] : table) {
+        EXPECT_EQ(shownText(run_.callWith(function, 1, inputs).at(0)), shown) << function;
     }
 }
 

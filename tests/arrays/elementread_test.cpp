@@ -1,10 +1,9 @@
 #include "arrays/natives.h"
 #include "arrays/objectread.h"
+#include "support/heapblocks.h"
 #include "tether/exceptions.h"
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::elementread {
 
 using ElementRead = JvmTest;
 
@@ -19,52 +18,30 @@ T modelOfRead(typename Case::Stored stored) {
     }
 }
 
-TEST_F(ElementRead, GivesEveryClassAsEveryJavaType) {
+TEST_F(ElementRead, GivesEveryClassAsEveryJavaTypeAndBoxesItInItsOwn) {
     forEachClass([&](auto one) {
         using Case = decltype(one);
+        using Natural = NaturalType<Case>;
         const auto values = Case::values();
         const Held held(env, Case::row(values, qxCOMPLEX));
-        forEachJavaType([&](auto type) {
-            for (std::size_t i = 0; i < values.size(); ++i) {
-                const auto index = static_cast<jint>(i);
-                const auto subscripts = intArray(env, {1, index + 1});
-                const auto expected = decltype(getAt(type, env, held.handle, index, true)){};
-                const auto model = modelOfRead<std::decay_t<decltype(expected)>, Case>(values[i]);
-                const bool real = held->imagData() == nullptr || i % 2 == 0;
-                EXPECT_TRUE(isSame(getAt(type, env, held.handle, index, real), model))
-                    << "class " << Case::id << ", value " << +values[i] << ", as " << typeid(model).name();
-                EXPECT_TRUE(isSame(getAt(type, env, held.handle, subscripts, real), model))
-                    << "class " << Case::id << ", value " << +values[i] << ", as " << typeid(model).name();
-                env->DeleteLocalRef(subscripts);
-            }
-        });
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            SCOPED_TRACE(testing::Message() << "class " << Case::id << ", value " << +values[i]);
+            const auto index = static_cast<jint>(i);
+            const auto subscripts = intArray(env, {1, index + 1});
+            const bool real = held->imagData() == nullptr || i % 2 == 0;
+            forEachJavaType([&](auto type) {
+                using T = decltype(typeOf(type));
+                const T model = modelOfRead<T, Case>(values[i]);
+                EXPECT_TRUE(isSame(getAt(type, env, held.handle, index, real), model)) << typeid(T).name();
+                EXPECT_TRUE(isSame(getAt(type, env, held.handle, subscripts, real), model)) << typeid(T).name();
+            });
+            const jobject object = getAt(JavaType<jobject>{}, env, held.handle, index, real);
+            EXPECT_TRUE(isSame(unboxed<Natural>(env, object), modelOfRead<Natural, Case>(values[i])));
+            env->DeleteLocalRef(object);
+            env->DeleteLocalRef(subscripts);
+        }
         expectNoThrow(env);
     });
-}
-
-TEST_F(ElementRead, FindsStoredElementsOfSparseArraysAndZeroInGaps) {
-    const Held held(env, qxCreateSparse(4, 5, 2, qxCOMPLEX));
-    setAt(env, held.handle, jint{2 + 4 * 3}, jdouble{2}, true);
-    setAt(env, held.handle, jint{2 + 4 * 3}, jdouble{3}, false);
-    setAt(env, held.handle, jint{0 + 4 * 4}, jdouble{7}, true);
-    for (jint row = 0; row < 4; ++row) {
-        for (jint column = 0; column < 5; ++column) {
-            SCOPED_TRACE(testing::Message() << row << ", " << column);
-            const bool first = row == 2 && column == 3;
-            const bool second = row == 0 && column == 4;
-            const double real = first ? 2 : second ? 7 : 0;
-            const double imag = first ? 3 : 0;
-            const jintArray subscripts = intArray(env, {row + 1, column + 1});
-            for (const bool part : {true, false}) {
-                EXPECT_EQ(getAt(JavaType<jdouble>{}, env, held.handle, row + 4 * column, part), part ? real : imag);
-                EXPECT_EQ(getAt(JavaType<jshort>{}, env, held.handle, subscripts, part), part ? real : imag);
-                EXPECT_EQ(unboxed<jdouble>(env, getAt(JavaType<jobject>{}, env, held.handle, row + 4 * column, part)),
-                          part ? real : imag);
-                EXPECT_EQ(unboxed<jdouble>(env, getAt(JavaType<jobject>{}, env, held.handle, subscripts, part)),
-                          part ? real : imag);
-            }
-        }
-    }
 }
 
 TEST_F(ElementRead, ReachesFarIntoAHugeSparseArray) {
@@ -77,137 +54,87 @@ TEST_F(ElementRead, ReachesFarIntoAHugeSparseArray) {
     expectNoThrow(env);
 }
 
-struct Refusal {
-    const char* exception;
-    const char* message;
-};
-
 /// What refuses reads refuses writes in the same words; reads of objects are left out where they have their own.
 template <typename Address>
-void expectRefused(JNIEnv* env, jobject handle, Address address, bool real, Refusal refusal, bool alsoObject = true) {
+void expectBothRefused(JNIEnv* env, jobject handle, Address address, bool real, const char* exception,
+                       const char* message, bool alsoObject = true) {
     forEachJavaType([&](auto type) {
-        using T = std::decay_t<decltype(getAt(type, env, handle, address, real))>;
+        using T = decltype(typeOf(type));
         if (real || namesPart<T>) {
-            EXPECT_EQ(getAt(type, env, handle, address, real), T{});
-            expectThrown(env, refusal.exception, refusal.message);
+            expectRefused(env, getAt(type, env, handle, address, real), exception, message);
             setAt(env, handle, address, T{1}, real);
-            expectThrown(env, refusal.exception, refusal.message);
+            expectThrown(env, exception, message);
         }
     });
     if (alsoObject) {
-        EXPECT_EQ(getAt(JavaType<jobject>{}, env, handle, address, real), nullptr);
-        expectThrown(env, refusal.exception, refusal.message);
+        expectRefused(env, getAt(JavaType<jobject>{}, env, handle, address, real), exception, message);
     }
     setAt(env, handle, address, boxed<jint>(env, 1), real);
-    expectThrown(env, refusal.exception, refusal.message);
+    expectThrown(env, exception, message);
 }
 
 TEST_F(ElementRead, RefusesBadAddressesInTheStatedOrder) {
-    constexpr const char* outOfBounds = "java/lang/ArrayIndexOutOfBoundsException";
-    const Refusal index{outOfBounds, "Index out of bounds"};
-    const Refusal range{outOfBounds, "Dimensions out of range"};
-    const Refusal count{outOfBounds, "Incompatible number of dimensions"};
-    const Refusal part{"java/lang/IllegalArgumentException", "Can not get imaginary part of real array"};
+    constexpr jint least = std::numeric_limits<jint>::min();
     const Held matrix(env, qxCreateNumericMatrix(3, 4, qxDOUBLE_CLASS, qxREAL));
     const Held sparse(env, qxCreateSparse(3, 4, 0, qxREAL));
-    for (jobject handle : {matrix.handle, sparse.handle}) {
-        for (jint bad : {-1, 12, std::numeric_limits<jint>::min(), std::numeric_limits<jint>::max()}) {
-            expectRefused(env, handle, bad, true, index);
-            expectRefused(env, handle, bad, false, part);
-        }
-        for (const auto& bad :
-             std::vector<std::vector<jint>>{{0, 1}, {4, 1}, {1, 5}, {-1, 1}, {1, std::numeric_limits<jint>::min()}}) {
-            expectRefused(env, handle, intArray(env, bad), true, range);
-            expectRefused(env, handle, intArray(env, bad), false, part);
-        }
-        for (const auto& bad : std::vector<std::vector<jint>>{{}, {1}, {1, 1, 1}}) {
-            expectRefused(env, handle, intArray(env, bad), true, count);
-        }
-        expectRefused(env, handle, jintArray{nullptr}, true, count);
-    }
     const Held empty(env, qxCreateNumericMatrix(0, 0, qxDOUBLE_CLASS, qxREAL));
     const Held noClass(env, qxCreateNumericMatrix(0, 0, qxUNKNOWN_CLASS, qxREAL));
-    expectRefused(env, noClass.handle, jint{0}, true, index);
-    expectRefused(env, empty.handle, jint{0}, true, index);
-    expectRefused(env, empty.handle, intArray(env, {1, 1}), true, range);
+    const auto refused = [&](const Held& held, auto address, const char* message) {
+        expectBothRefused(env, held.handle, address, true, outOfBounds, message);
+        if (qxGetNumberOfElements(held.array.get()) != 0) {
+            expectBothRefused(env, held.handle, address, false, "java/lang/IllegalArgumentException",
+                              "Can not get imaginary part of real array");
+        }
+    };
+    for (const Held* held : {&matrix, &sparse}) {
+        for (const jint bad : {-1, 12, least, std::numeric_limits<jint>::max()}) {
+            refused(*held, bad, "Index out of bounds");
+        }
+        for (const auto& bad : std::vector<std::vector<jint>>{{0, 1}, {4, 1}, {1, 5}, {-1, 1}, {1, least}}) {
+            refused(*held, intArray(env, bad), "Dimensions out of range");
+        }
+        for (const auto& bad : std::vector<std::vector<jint>>{{}, {1}, {1, 1, 1}}) {
+            refused(*held, intArray(env, bad), "Incompatible number of dimensions");
+        }
+        refused(*held, jintArray{nullptr}, "Incompatible number of dimensions");
+    }
+    refused(noClass, jint{0}, "Index out of bounds");
+    refused(empty, jint{0}, "Index out of bounds");
+    refused(empty, intArray(env, {1, 1}), "Dimensions out of range");
 }
 
 TEST_F(ElementRead, RefusesNullArraysAndClassesWithoutPrimitives) {
     const jobject null = newHandle(env, nullptr);
     const jintArray ones = intArray(env, {1, 1});
     constexpr const char* runtime = "java/lang/RuntimeException";
-    forEachJavaType([&](auto type) {
-        using T = std::decay_t<decltype(getAt(type, env, null, ones, true))>;
-        EXPECT_EQ(getAt(type, env, null, jint{0}, true), T{});
-        expectThrown(env, runtime, "qxGet<TYPE>At failed: NULL array pointer");
-        EXPECT_EQ(getAt(type, env, null, ones, true), T{});
-        expectThrown(env, runtime, "qxGet<TYPE>At failed: NULL array pointer");
-        setAt(env, null, jint{0}, T{1}, true);
-        expectThrown(env, runtime, "qxSetAt failed: NULL array pointer");
-        setAt(env, null, ones, T{1}, true);
-        expectThrown(env, runtime, "qxSetAt failed: NULL array pointer");
-    });
-    getAt(JavaType<jobject>{}, env, null, jint{0}, true);
-    expectThrown(env, runtime, "qxGetObjectAt - NULL pointer error");
-    getAt(JavaType<jobject>{}, env, null, ones, true);
-    expectThrown(env, runtime, "qxGetObjectAt - NULL pointer error");
+    const auto refused = [&](auto address) {
+        forEachJavaType([&](auto type) {
+            expectRefused(env, getAt(type, env, null, address, true), runtime,
+                          "qxGet<TYPE>At failed: NULL array pointer");
+            setAt(env, null, address, decltype(typeOf(type)){1}, true);
+            expectThrown(env, runtime, "qxSetAt failed: NULL array pointer");
+        });
+        expectRefused(env, getAt(JavaType<jobject>{}, env, null, address, true), runtime,
+                      "qxGetObjectAt - NULL pointer error");
+    };
+    refused(jint{0});
+    refused(ones);
     EXPECT_THROW(elementToObject(env, nullptr, 0, true), tether::NullPointerException);
     expectThrown(env, "java/lang/NullPointerException", "Null qxArray pointer reference");
 
     int payload = 0;
-    const std::pair<qxArray*, const char*> classes[] = {
-        {qxCreateCellMatrix(1, 1), "attempt to apply primitive data visitor to non-primitive type qxCELL_CLASS"},
-        {qxCreateStructMatrix(1, 1, 0, nullptr),
-         "attempt to apply primitive data visitor to non-primitive type qxSTRUCT_CLASS"},
-        {qxCreateOpaque("kind", &payload, [](void*) {}),
-         "attempt to apply primitive data visitor to non-primitive type qxOPAQUE_CLASS"},
+    const std::string visited = "attempt to apply primitive data visitor to non-primitive type ";
+    const std::pair<qxArray*, std::string> classes[] = {
+        {qxCreateCellMatrix(1, 1), visited + "qxCELL_CLASS"},
+        {qxCreateStructMatrix(1, 1, 0, nullptr), visited + "qxSTRUCT_CLASS"},
+        {qxCreateOpaque("kind", &payload, [](void*) {}), visited + "qxOPAQUE_CLASS"},
         {qxCreateFunctionHandle("f"), "unrecognized qxArray class id: 16"}};
     for (const auto& [array, message] : classes) {
         const Held held(env, array);
-        expectRefused(env, held.handle, jint{0}, true, {runtime, message}, false);
-        expectRefused(env, held.handle, ones, true, {runtime, message}, false);
-        expectRefused(env, held.handle, jint{1}, true,
-                      {"java/lang/ArrayIndexOutOfBoundsException", "Index out of bounds"});
+        expectBothRefused(env, held.handle, jint{0}, true, runtime, message.c_str(), false);
+        expectBothRefused(env, held.handle, ones, true, runtime, message.c_str(), false);
+        expectBothRefused(env, held.handle, jint{1}, true, outOfBounds, "Index out of bounds");
     }
-}
-
-TEST_F(ElementRead, BoxesEveryClassInItsJavaType) {
-    forEachClass([&](auto one) {
-        using Case = decltype(one);
-        const auto values = Case::values();
-        const Held held(env, Case::row(values));
-        using Natural = NaturalType<Case>;
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const jobject object = getAt(JavaType<jobject>{}, env, held.handle, static_cast<jint>(i), true);
-            ASSERT_EQ(classNameOf(env, object), JPrimitive<Natural>::boxedClass);
-            const Natural expected = getAt(JavaType<Natural>{}, env, held.handle, static_cast<jint>(i), true);
-            EXPECT_TRUE(isSame(unboxed<Natural>(env, object), expected)) << Case::id << " " << i;
-        }
-    });
-}
-
-TEST_F(ElementRead, GivesSharedCopiesOfInnerArrays) {
-    const char* fields[] = {"a"};
-    for (qxArray* parent : {qxCreateCellMatrix(1, 2), qxCreateStructMatrix(1, 2, 1, fields)}) {
-        const Held held(env, parent);
-        qxSetCell(parent, 1, qxCreateString("inner"));
-        const jobject inner = getAt(JavaType<jobject>{}, env, held.handle, jint{1}, true);
-        const jobject gap = getAt(JavaType<jobject>{}, env, held.handle, intArray(env, {1, 1}), true);
-        ASSERT_EQ(classNameOf(env, inner), "com/norvane/toolbox/loomkit/NVCharArray");
-        ASSERT_EQ(classNameOf(env, gap), "com/norvane/toolbox/loomkit/NVNumericArray");
-        constexpr const char* getValue = "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;";
-        const qxArray* copy = arrayIn(env, callObject(env, inner, "getValue", getValue));
-        EXPECT_NE(copy, qxGetCell(parent, 1));
-        EXPECT_TRUE(qxSharesStorage(copy, qxGetCell(parent, 1)));
-        EXPECT_EQ(qxGetNumberOfElements(arrayIn(env, callObject(env, gap, "getValue", getValue))), 0u);
-        EXPECT_EQ(qxGetCell(parent, 0), nullptr) << "the slot stays null";
-        callVoid(env, inner, "close", "()V");
-        callVoid(env, gap, "close", "()V");
-    }
-    const Held function(env, qxCreateFunctionHandle("f"));
-    const jobject name = getAt(JavaType<jobject>{}, env, function.handle, jint{0}, true);
-    EXPECT_EQ(classNameOf(env, name), "com/norvane/toolbox/loomkit/NVCharArray");
-    callVoid(env, name, "close", "()V");
 }
 
 TEST_F(ElementRead, RefusesObjectsThatHaveNoJavaForm) {
@@ -222,6 +149,26 @@ TEST_F(ElementRead, RefusesObjectsThatHaveNoJavaForm) {
     EXPECT_EQ(getAt(JavaType<jboolean>{}, env, logical.handle, jint{3}, true), JNI_FALSE);
 }
 
-}  // namespace
+TEST_F(ElementRead, AndAWriteIsOneJavaCallAndNoBlockOnTheHeap) {
+    using loomkit::test::heapBlocksGiven;
+    const Held held(env, qxCreateNumericMatrix(3, 4, qxDOUBLE_CLASS, qxREAL));
+    const auto expectCost = [&](int pins, auto address) {
+        const std::function<void()> accesses[] = {[&] { getAt(JavaType<jdouble>{}, env, held.handle, address, true); },
+                                                  [&] { setAt(env, held.handle, address, jdouble{1}, true); }};
+        for (const auto& access : accesses) {
+            access();  // the class proxies are there from here on
+            const JniCounter counter(env);
+            const std::size_t before = heapBlocksGiven;
+            access();
+            EXPECT_EQ(heapBlocksGiven, before) << "blocks on the heap";
+            EXPECT_EQ(counter.calls(&JNINativeInterface_::NewLocalRef), 1);
+            EXPECT_EQ(counter.calls(&JNINativeInterface_::CallLongMethodA), 1);
+            EXPECT_EQ(counter.calls(&JNINativeInterface_::GetIntArrayElements), pins);
+            EXPECT_EQ(counter.localReferences() + counter.pinnedBlocks(), 0);
+        }
+    };
+    expectCost(0, jint{5});
+    expectCost(1, intArray(env, {2, 3}));
+}
 
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::elementread

@@ -1,9 +1,7 @@
 #include "arrays/natives.h"
 #include "layout/refuseclass.h"
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::elementwrite {
 
 using ElementWrite = JvmTest;
 
@@ -93,29 +91,23 @@ TEST_F(ElementWrite, KeepsTheElementWhenAnObjectCannotBeRead) {
 }
 
 TEST_F(ElementWrite, RefusesSparseClassesByTheirType) {
-    struct Case {
-        qxClassID id;
-        const char* message;
-    };
-    const Case cases[] = {
-        {qxCELL_CLASS, "attempt to apply primitive type visitor to non-primitive type qxCELL_CLASS"},
-        {qxSTRUCT_CLASS, "attempt to apply primitive type visitor to non-primitive type qxSTRUCT_CLASS"},
-        {qxOPAQUE_CLASS, "attempt to apply primitive type visitor to non-primitive type qxOPAQUE_CLASS"},
-        {qxOBJECT_CLASS, "attempt to apply primitive type visitor to non-primitive type qxOBJECT_CLASS"},
-        {qxFUNCTION_CLASS, "unrecognized qxArray class id: 16"},
-        {qxUNKNOWN_CLASS, "unrecognized qxArray class id: 0"}};
-    for (const Case& one : cases) {
+    const std::string visited = "attempt to apply primitive type visitor to non-primitive type ";
+    const std::pair<qxClassID, std::string> cases[] = {{qxCELL_CLASS, visited + "qxCELL_CLASS"},
+                                                       {qxSTRUCT_CLASS, visited + "qxSTRUCT_CLASS"},
+                                                       {qxOPAQUE_CLASS, visited + "qxOPAQUE_CLASS"},
+                                                       {qxOBJECT_CLASS, visited + "qxOBJECT_CLASS"},
+                                                       {qxFUNCTION_CLASS, "unrecognized qxArray class id: 16"},
+                                                       {qxUNKNOWN_CLASS, "unrecognized qxArray class id: 0"}};
+    for (const auto& [id, message] : cases) {
         try {
-            refuseClass(one.id, PrimitiveVisitor::type);
-            ADD_FAILURE() << "class " << one.id << " is taken";
+            refuseClass(id, PrimitiveVisitor::type);
+            ADD_FAILURE() << message;
         } catch (const std::exception& refusal) {
-            EXPECT_STREQ(refusal.what(), one.message);
+            EXPECT_EQ(refusal.what(), message);
         }
     }
     EXPECT_THROW(refuseClass(qxOBJECT_CLASS, PrimitiveVisitor::data), std::logic_error);
     EXPECT_THROW(refuseClass(static_cast<qxClassID>(5), PrimitiveVisitor::data), std::runtime_error);
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::elementwrite

@@ -2,13 +2,13 @@
 
 #include "qx/arrayowner.h"
 #include "support/jvmtest.h"
-
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+#include "support/natives.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -18,69 +18,68 @@ namespace nativevrl::test {
 template <typename T>
 struct JavaType {};
 
-#define LOOMKIT_ELEMENT(Name, Code, T)                                                                                                 \
-    inline T getAt(JavaType<T>, JNIEnv* env, jobject handle, jint index, bool real) {                                                  \
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGet##Name##At__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2IZ(   \
-            env, nullptr, handle, index, real);                                                                                        \
-    }                                                                                                                                  \
-    inline T getAt(JavaType<T>, JNIEnv* env, jobject handle, jintArray subscripts, bool real) {                                        \
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGet##Name##At__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2_3IZ( \
-            env, nullptr, handle, subscripts, real);                                                                                   \
-    }                                                                                                                                  \
-    inline void setAt(JNIEnv* env, jobject handle, jint index, T value, bool real) {                                                   \
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetAt__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2I##Code##Z(          \
-            env, nullptr, handle, index, value, real);                                                                                 \
-    }                                                                                                                                  \
-    inline void setAt(JNIEnv* env, jobject handle, jintArray subscripts, T value, bool real) {                                         \
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetAt__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2_3I##Code##Z(        \
-            env, nullptr, handle, subscripts, value, real);                                                                            \
-    }
-LOOMKIT_ELEMENT(Double, D, jdouble)
-LOOMKIT_ELEMENT(Float, F, jfloat)
-LOOMKIT_ELEMENT(Long, J, jlong)
-LOOMKIT_ELEMENT(Int, I, jint)
-LOOMKIT_ELEMENT(Short, S, jshort)
-LOOMKIT_ELEMENT(Byte, B, jbyte)
-LOOMKIT_ELEMENT(Object, Ljava_lang_Object_2, jobject)
-#undef LOOMKIT_ELEMENT
+/// The type that a JavaType stands for: `decltype(typeOf(javaType))`.
+template <typename T>
+T typeOf(JavaType<T>);
 
-// char and boolean go without a part: these forms leave it out.
-#define LOOMKIT_ELEMENT_REAL(Name, Code, T)                                                                                           \
-    inline T getAt(JavaType<T>, JNIEnv* env, jobject handle, jint index, bool) {                                                      \
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGet##Name##At__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2I(   \
-            env, nullptr, handle, index);                                                                                             \
-    }                                                                                                                                 \
-    inline T getAt(JavaType<T>, JNIEnv* env, jobject handle, jintArray subscripts, bool) {                                            \
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGet##Name##At__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2_3I( \
-            env, nullptr, handle, subscripts);                                                                                        \
-    }                                                                                                                                 \
-    inline void setAt(JNIEnv* env, jobject handle, jint index, T value, bool) {                                                       \
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetAt__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2I##Code(            \
-            env, nullptr, handle, index, value);                                                                                      \
-    }                                                                                                                                 \
-    inline void setAt(JNIEnv* env, jobject handle, jintArray subscripts, T value, bool) {                                             \
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetAt__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2_3I##Code(          \
-            env, nullptr, handle, subscripts, value);                                                                                 \
-    }
-LOOMKIT_ELEMENT_REAL(Char, C, jchar)
-LOOMKIT_ELEMENT_REAL(Boolean, Z, jboolean)
-#undef LOOMKIT_ELEMENT_REAL
-
-/// Whether the natives of T name a part.
+/// Whether the natives of T name a part; char and boolean go without.
 template <typename T>
 constexpr bool namesPart = !std::is_same_v<T, jchar> && !std::is_same_v<T, jboolean>;
+
+/// The natives that read and write elements as T, by a linear index and by subscripts.
+template <typename T>
+struct ElementNatives;
+
+#define LOOMKIT_ELEMENT(Name, T, Code, Part)                                           \
+    template <>                                                                        \
+    struct ElementNatives<T> {                                                         \
+        static constexpr std::tuple get{&NVKRT_OF_HANDLE(qxGet##Name##At, I##Part),    \
+                                        &NVKRT_OF_HANDLE(qxGet##Name##At, _3I##Part)}; \
+        static constexpr std::tuple set{&NVKRT_OF_HANDLE(qxSetAt, I##Code##Part),      \
+                                        &NVKRT_OF_HANDLE(qxSetAt, _3I##Code##Part)};   \
+    };
+LOOMKIT_ELEMENT(Double, jdouble, D, Z)
+LOOMKIT_ELEMENT(Float, jfloat, F, Z)
+LOOMKIT_ELEMENT(Long, jlong, J, Z)
+LOOMKIT_ELEMENT(Int, jint, I, Z)
+LOOMKIT_ELEMENT(Short, jshort, S, Z)
+LOOMKIT_ELEMENT(Byte, jbyte, B, Z)
+LOOMKIT_ELEMENT(Object, jobject, Ljava_lang_Object_2, Z)
+LOOMKIT_ELEMENT(Char, jchar, C, )
+LOOMKIT_ELEMENT(Boolean, jboolean, Z, )
+#undef LOOMKIT_ELEMENT
+
+template <typename T, typename Address>
+T getAt(JavaType<T>, JNIEnv* env, jobject handle, Address address, bool real) {
+    const auto get = std::get<std::is_same_v<Address, jintArray>>(ElementNatives<T>::get);
+    if constexpr (namesPart<T>) {
+        return get(env, nullptr, handle, address, real);
+    } else {
+        return get(env, nullptr, handle, address);
+    }
+}
+
+template <typename Address, typename T>
+void setAt(JNIEnv* env, jobject handle, Address address, T value, bool real) {
+    const auto set = std::get<std::is_same_v<Address, jintArray>>(ElementNatives<T>::set);
+    if constexpr (namesPart<T>) {
+        set(env, nullptr, handle, address, value, real);
+    } else {
+        set(env, nullptr, handle, address, value);
+    }
+}
+
+/// Calls `body` with an object of each type.
+template <typename... Types, typename Body>
+void forEachType(Body&& body) {
+    (body(Types{}), ...);
+}
 
 /// Calls `body` with a JavaType for each Java primitive type.
 template <typename Body>
 void forEachJavaType(Body&& body) {
-    body(JavaType<jdouble>{});
-    body(JavaType<jfloat>{});
-    body(JavaType<jlong>{});
-    body(JavaType<jint>{});
-    body(JavaType<jshort>{});
-    body(JavaType<jbyte>{});
-    body(JavaType<jchar>{});
-    body(JavaType<jboolean>{});
+    forEachType<JavaType<jdouble>, JavaType<jfloat>, JavaType<jlong>, JavaType<jint>, JavaType<jshort>, JavaType<jbyte>,
+                JavaType<jchar>, JavaType<jboolean>>(body);
 }
 
 /// An array with a handle that Java could hold; it ends with this object.
@@ -92,6 +91,8 @@ struct Held {
     qxArrayOwner array;
     jobject handle;
 };
+
+constexpr const char* outOfBounds = "java/lang/ArrayIndexOutOfBoundsException";
 
 /// An array class and the type that its elements are stored as.
 template <typename StoredElement, qxClassID classId>
@@ -140,33 +141,28 @@ struct ClassCase {
     }
 };
 
+/// The signed integer of a width in Java.
+template <std::size_t bytes>
+using JavaInteger =
+    std::conditional_t<bytes == 8, jlong,
+                       std::conditional_t<bytes == 4, jint, std::conditional_t<bytes == 2, jshort, jbyte>>>;
+
 /// The Java type that a class takes by itself.
-template <typename Case>
+template <typename Case, typename Stored = typename Case::Stored>
 using NaturalType = std::conditional_t<
     Case::id == qxLOGICAL_CLASS, jboolean,
-    std::conditional_t<
-        Case::id == qxCHAR_CLASS, jchar,
-        std::conditional_t<std::is_floating_point_v<typename Case::Stored>, typename Case::Stored,
-                           std::conditional_t<sizeof(typename Case::Stored) == 1, jbyte,
-                                              std::conditional_t<sizeof(typename Case::Stored) == 2, jshort,
-                                                                 std::conditional_t<sizeof(typename Case::Stored) == 4,
-                                                                                    jint, jlong>>>>>>;
+    std::conditional_t<Case::id == qxCHAR_CLASS, jchar,
+                       std::conditional_t<std::is_floating_point_v<Stored>, Stored, JavaInteger<sizeof(Stored)>>>>;
 
 /// Calls `body` with a ClassCase for each class that has numbers, truth values or text.
 template <typename Body>
 void forEachClass(Body&& body) {
-    body(ClassCase<std::uint8_t, qxLOGICAL_CLASS>{});
-    body(ClassCase<std::uint16_t, qxCHAR_CLASS>{});
-    body(ClassCase<double, qxDOUBLE_CLASS>{});
-    body(ClassCase<float, qxSINGLE_CLASS>{});
-    body(ClassCase<std::int8_t, qxINT8_CLASS>{});
-    body(ClassCase<std::uint8_t, qxUINT8_CLASS>{});
-    body(ClassCase<std::int16_t, qxINT16_CLASS>{});
-    body(ClassCase<std::uint16_t, qxUINT16_CLASS>{});
-    body(ClassCase<std::int32_t, qxINT32_CLASS>{});
-    body(ClassCase<std::uint32_t, qxUINT32_CLASS>{});
-    body(ClassCase<std::int64_t, qxINT64_CLASS>{});
-    body(ClassCase<std::uint64_t, qxUINT64_CLASS>{});
+    forEachType<ClassCase<std::uint8_t, qxLOGICAL_CLASS>, ClassCase<std::uint16_t, qxCHAR_CLASS>,
+                ClassCase<double, qxDOUBLE_CLASS>, ClassCase<float, qxSINGLE_CLASS>,
+                ClassCase<std::int8_t, qxINT8_CLASS>, ClassCase<std::uint8_t, qxUINT8_CLASS>,
+                ClassCase<std::int16_t, qxINT16_CLASS>, ClassCase<std::uint16_t, qxUINT16_CLASS>,
+                ClassCase<std::int32_t, qxINT32_CLASS>, ClassCase<std::uint32_t, qxUINT32_CLASS>,
+                ClassCase<std::int64_t, qxINT64_CLASS>, ClassCase<std::uint64_t, qxUINT64_CLASS>>(body);
 }
 
 /// Equal, or both NaN; zeros of either sign are told apart.

@@ -3,32 +3,24 @@
 
 #include <random>
 
-namespace nativevrl::test {
-
-namespace {
-
-constexpr const char* outOfBounds = "java/lang/ArrayIndexOutOfBoundsException";
+namespace nativevrl::test::subscripts {
 
 class Subscripts : public JvmTest {
 protected:
     jint position(jobject handle, jintArray subscripts) {
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcSingleSubscript(env, nullptr, handle, subscripts);
+        return NVKRT(qxCalcSingleSubscript)(env, nullptr, handle, subscripts);
     }
     jint slot(jobject handle, jintArray fieldAndSubscripts) {
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2_3I(
-            env, nullptr, handle, fieldAndSubscripts);
+        return NVKRT_OF_HANDLE(qxCalcStructSingleSubscript, _3I)(env, nullptr, handle, fieldAndSubscripts);
     }
     jint slot(jobject handle, jstring field, jintArray subscripts) {
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2Ljava_lang_String_2_3I(
-            env, nullptr, handle, field, subscripts);
+        return NVKRT_OF_HANDLE(qxCalcStructSingleSubscript, Ljava_lang_String_2_3I)(env, nullptr, handle, field,
+                                                                                    subscripts);
     }
     jint slot(jobject handle, jstring field, jint index) {
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCalcStructSingleSubscript__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2Ljava_lang_String_2I(
-            env, nullptr, handle, field, index);
+        return NVKRT_OF_HANDLE(qxCalcStructSingleSubscript, Ljava_lang_String_2I)(env, nullptr, handle, field, index);
     }
-    jintArray run(jobject handle, jint dimension) {
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxGetIndexArray(env, nullptr, handle, dimension);
-    }
+    jintArray run(jobject handle, jint dimension) { return NVKRT(qxGetIndexArray)(env, nullptr, handle, dimension); }
 };
 
 TEST_F(Subscripts, AgreeWithTheOrderOfStorage) {
@@ -90,35 +82,32 @@ TEST_F(Subscripts, RunsOfSparseArraysCoverWhatIsStored) {
     expectNoThrow(env);
 }
 
+constexpr const char* indexOutOfBounds = "java/lang/IndexOutOfBoundsException";
+constexpr const char* nullPointer = "java/lang/NullPointerException";
+constexpr const char* noElements = "Attempt to index into an empty array";
+constexpr const char* otherCount = "Incompatible number of dimensions";
+constexpr const char* outOfRange = "Dimensions out of range";
+
 TEST_F(Subscripts, RefuseInTheStatedOrder) {
     const Held matrix(env, qxCreateNumericMatrix(3, 4, qxDOUBLE_CLASS, qxREAL));
     const Held empty(env, qxCreateNumericMatrix(0, 4, qxDOUBLE_CLASS, qxREAL));
     const Held huge(env, qxCreateSparse(65536, 65537, 0, qxREAL));
     const Held wide(env, qxCreateSparse(2147483647, 2, 0, qxREAL));
     const jobject null = newHandle(env, nullptr);
-    struct Case {
-        jobject handle;
-        jintArray subscripts;
-        const char* exception;
-        const char* message;
-        jint result;
+    expectRefused(env, position(null, nullptr), nullPointer, "null index array");
+    const std::tuple<jobject, std::vector<jint>, const char*, const char*> cases[] = {
+        {null, {1}, outOfBounds, noElements},
+        {matrix.handle, {0, 1}, outOfBounds, outOfRange},
+        {matrix.handle, {4, 1}, outOfBounds, outOfRange},
+        {matrix.handle, {1, 1, 1}, outOfBounds, otherCount},
+        {matrix.handle, {}, outOfBounds, otherCount},
+        {empty.handle, {1, 1}, outOfBounds, outOfRange},
+        {huge.handle, {1, 1}, indexOutOfBounds, "multiplication overflow (type 'unsigned int'): 65537 * 65536"},
+        {wide.handle, {2, 2}, indexOutOfBounds, "TAVRIX index too big to convert to Java int"},
     };
-    const Case cases[] = {
-        {null, nullptr, "java/lang/NullPointerException", "null index array", 0},
-        {null, intArray(env, {1}), outOfBounds, "Attempt to index into an empty array", -1},
-        {matrix.handle, intArray(env, {0, 1}), outOfBounds, "Dimensions out of range", -1},
-        {matrix.handle, intArray(env, {4, 1}), outOfBounds, "Dimensions out of range", -1},
-        {matrix.handle, intArray(env, {1, 1, 1}), outOfBounds, "Incompatible number of dimensions", -1},
-        {matrix.handle, intArray(env, {}), outOfBounds, "Incompatible number of dimensions", -1},
-        {empty.handle, intArray(env, {1, 1}), outOfBounds, "Dimensions out of range", -1},
-        {huge.handle, intArray(env, {1, 1}), "java/lang/IndexOutOfBoundsException",
-         "multiplication overflow (type 'unsigned int'): 65537 * 65536", -1},
-        {wide.handle, intArray(env, {2, 2}), "java/lang/IndexOutOfBoundsException",
-         "TAVRIX index too big to convert to Java int", -1},
-    };
-    for (const Case& one : cases) {
-        EXPECT_EQ(position(one.handle, one.subscripts), one.result);
-        expectThrown(env, one.exception, one.message);
+    for (const auto& [handle, subscripts, exception, message] : cases) {
+        EXPECT_EQ(position(handle, intArray(env, subscripts)), -1);
+        expectThrown(env, exception, message);
     }
     EXPECT_EQ(position(wide.handle, intArray(env, {1, 2})), 2147483647);
     expectNoThrow(env);
@@ -132,36 +121,34 @@ TEST_F(Subscripts, OfStructsRefuseInTheStatedOrder) {
     const jstring known = javaString(env, u"b");
     const jstring unknown = javaString(env, u"x");
     const jintArray ones = intArray(env, {1, 1});
-    constexpr const char* nullPointer = "java/lang/NullPointerException";
     constexpr const char* illegal = "java/lang/IllegalArgumentException";
-    const auto expectRefused = [&](jint result, const char* exception, const char* message) {
-        EXPECT_EQ(result, 0);
-        expectThrown(env, exception, message);
+    constexpr const char* noSuchField = "Illegal or non-existent field name";
+    const auto refused = [&](const char* exception, const char* message, jobject handle, auto... address) {
+        expectRefused(env, slot(handle, address...), exception, message);
     };
-    expectRefused(slot(null, jintArray{nullptr}), nullPointer, "null index array");
-    expectRefused(slot(null, ones), outOfBounds, "Attempt to index into an empty array");
+    refused(nullPointer, "null index array", null, jintArray{nullptr});
+    refused(outOfBounds, noElements, null, ones);
     for (const auto& bad : std::vector<std::vector<jint>>{{}, {0, 1, 1}, {4, 1, 1}, {-1, 9, 9}}) {
-        expectRefused(slot(records.handle, intArray(env, bad)), outOfBounds, "Struct array index out of bounds");
+        refused(outOfBounds, "Struct array index out of bounds", records.handle, intArray(env, bad));
     }
-    expectRefused(slot(matrix.handle, intArray(env, {1, 1, 1})), outOfBounds, "Struct array index out of bounds");
-    expectRefused(slot(records.handle, intArray(env, {1, 1})), outOfBounds, "Incompatible number of dimensions");
-    expectRefused(slot(records.handle, intArray(env, {1, 1, 3})), outOfBounds, "Dimensions out of range");
-    expectRefused(slot(records.handle, intArray(env, {1, 1, -1})), outOfBounds, "Dimensions out of range");
+    refused(outOfBounds, "Struct array index out of bounds", matrix.handle, intArray(env, {1, 1, 1}));
+    refused(outOfBounds, otherCount, records.handle, ones);
+    refused(outOfBounds, outOfRange, records.handle, intArray(env, {1, 1, 3}));
+    refused(outOfBounds, outOfRange, records.handle, intArray(env, {1, 1, -1}));
 
-    expectRefused(slot(null, nullptr, jintArray{nullptr}), nullPointer, "null index array");
-    expectRefused(slot(null, nullptr, ones), nullPointer, "null field name");
-    expectRefused(slot(null, known, ones), outOfBounds, "Attempt to index into an empty array");
-    expectRefused(slot(records.handle, unknown, intArray(env, {9})), illegal, "Illegal or non-existent field name");
-    expectRefused(slot(records.handle, known, intArray(env, {1})), outOfBounds, "Incompatible number of dimensions");
-    expectRefused(slot(records.handle, known, intArray(env, {3, 1})), outOfBounds, "Dimensions out of range");
+    refused(nullPointer, "null index array", null, jstring{nullptr}, jintArray{nullptr});
+    refused(nullPointer, "null field name", null, jstring{nullptr}, ones);
+    refused(outOfBounds, noElements, null, known, ones);
+    refused(illegal, noSuchField, records.handle, unknown, intArray(env, {9}));
+    refused(outOfBounds, otherCount, records.handle, known, intArray(env, {1}));
+    refused(outOfBounds, outOfRange, records.handle, known, intArray(env, {3, 1}));
 
-    expectRefused(slot(null, nullptr, jint{1}), nullPointer, "null field name");
-    expectRefused(slot(null, known, jint{1}), "java/lang/IndexOutOfBoundsException",
-                  "Attempt to index into an empty array");
+    refused(nullPointer, "null field name", null, jstring{nullptr}, jint{1});
+    refused(indexOutOfBounds, noElements, null, known, jint{1});
     for (const jint bad : {0, 5, -7, std::numeric_limits<jint>::min()}) {
-        expectRefused(slot(records.handle, unknown, bad), outOfBounds, "Index out of bounds");
+        refused(outOfBounds, "Index out of bounds", records.handle, unknown, bad);
     }
-    expectRefused(slot(records.handle, unknown, jint{4}), illegal, "Illegal or non-existent field name");
+    refused(illegal, noSuchField, records.handle, unknown, jint{4});
     EXPECT_EQ(slot(records.handle, known, jint{2}), 4);
     expectNoThrow(env);
 }
@@ -171,13 +158,11 @@ TEST_F(Subscripts, NativeChecksKnowAnArrayWithoutDimensions) {
     const unsigned subscripts[] = {2, 4};
     PinnedElements<jint> none(env, nullptr);
     EXPECT_THROW(checkSubscripts(env, extents, 0, none, 0), tether::ArrayIndexOutOfBoundsException);
-    expectThrown(env, outOfBounds, "Attempt to index into an empty array");
+    expectThrown(env, outOfBounds, noElements);
     EXPECT_THROW(checkSubscripts(env, extents, 2, subscripts, 2), tether::ArrayIndexOutOfBoundsException);
-    expectThrown(env, outOfBounds, "Dimensions out of range");
+    expectThrown(env, outOfBounds, outOfRange);
     checkSubscripts(env, extents, 1, subscripts, 1);
     expectNoThrow(env);
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::subscripts

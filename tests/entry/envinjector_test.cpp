@@ -9,9 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::envinjector {
 
 bool threadIsKnown() { return currentEnv() != nullptr; }
 
@@ -149,6 +147,4 @@ TEST_F(EnvInjector, AGlobalReferenceThatCannotEndLetsNothingOut) {
     env->DeleteGlobalRef(held);
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::envinjector

@@ -3,11 +3,10 @@
 #include "entry/showcase.h"
 #include "entry/startup.h"
 #include "support/heapblocks.h"
+#include "support/natives.h"
 #include "support/race.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/jvmattach.h"
-
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
 #include <stdexcept>
 #include <utility>
@@ -15,10 +14,9 @@
 extern "C" jclass Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(JNIEnv*, jclass, jstring, jstring,
                                                                               jobject);
 
-namespace nativevrl::test {
+namespace nativevrl::test::javavmconfig {
 
-namespace {
-
+constexpr auto loadOJI = &Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI;
 constexpr const char* standIn = "com/norvane/toolbox/loomkit/testing/LoaderStandIn";
 
 class VmConfig : public JvmTest {
@@ -122,11 +120,8 @@ TEST_F(VmConfig, TheRuntimeIsConfiguredOnceByWhoeverComesFirst) {
 TEST_F(VmConfig, AFailedStartLeavesTheWayFree) {
     forgetStartup();
     const boost::shared_ptr<jzi::JavaVMConfig> before = vrlGetJavaVMConfig();
-    {
-        const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
-        EXPECT_THROW(configureRuntimeOnce(env), tether::Exception);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    expectOutOfMemory(env, &JNINativeInterface_::FindClass,
+                      [&] { EXPECT_THROW(configureRuntimeOnce(env), tether::Exception); });
     EXPECT_EQ(vrlGetJavaVMConfig(), before);
     configureRuntimeOnce(env);
     EXPECT_NE(vrlGetJavaVMConfig(), before);
@@ -136,28 +131,18 @@ TEST_F(VmConfig, TheNativeLoaderReleasesItsTextAndPassesExceptionsOn) {
     jobject loader = callObject(env, findClass(env, standIn), "getClassLoader", "()Ljava/lang/ClassLoader;");
     jstring text = javaString(env, u"path");
     const JniCounter counter(env);
-    jclass loaded = Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader);
+    jclass loaded = loadOJI(env, nullptr, text, text, loader);
     expectNoThrow(env);
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(env->GetObjectRefType(loaded), JNIGlobalRefType);
     EXPECT_EQ(counter.pinnedBlocks(), 0);
     env->DeleteGlobalRef(loaded);
-    {
-        const JniFaults faults(env, &JNINativeInterface_::GetStringUTFChars, 2);
-        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader),
-                  nullptr);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    {
-        const JniCounter failing(env);
-        const JniFaults faults(env, &JNINativeInterface_::CallObjectMethodA, 1);
-        EXPECT_EQ(Java_com_norvane_toolbox_loomkit_internal_JBOSSHack_loadOJI(env, nullptr, text, text, loader),
-                  nullptr);
-        EXPECT_EQ(failing.localReferences(), 0);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    EXPECT_EQ(counter.pinnedBlocks(), 0);
-    EXPECT_EQ(counter.globalReferences(), 0);
+    const auto fail = [&] { EXPECT_EQ(loadOJI(env, nullptr, text, text, loader), nullptr); };
+    expectOutOfMemory(env, &JNINativeInterface_::GetStringUTFChars, fail, 2);
+    const JniCounter references(env);
+    expectOutOfMemory(env, &JNINativeInterface_::CallObjectMethodA, fail);
+    EXPECT_EQ(references.localReferences(), 0);
+    EXPECT_EQ(counter.pinnedBlocks() + counter.globalReferences(), 0);
 }
 
 TEST_F(VmConfig, TheTextOfAnExceptionAndThePlaceOfTheMachineBearALackOfMemory) {
@@ -173,17 +158,4 @@ TEST_F(VmConfig, TheTextOfAnExceptionAndThePlaceOfTheMachineBearALackOfMemory) {
     loomkit::test::heapBlocksLeft = -1;
 }
 
-TEST_F(VmConfig, AStartWithoutMemoryIsAnErrorOfJava) {
-    forgetStartup();
-    loomkit::test::heapBlocksLeft = 0;
-    const jboolean started =
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlInitializeApplication(env, nullptr, nullptr);
-    loomkit::test::heapBlocksLeft = -1;
-    EXPECT_EQ(started, JNI_FALSE);
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    configureRuntimeOnce(env);
-}
-
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::javavmconfig

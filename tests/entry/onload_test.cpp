@@ -3,9 +3,7 @@
 #include "proxies/jobjectproxy.h"
 #include "support/jvmtest.h"
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::onload {
 
 /// Leaves the library loaded, as the other tests expect it.
 class OnLoad : public JvmTest {
@@ -54,6 +52,4 @@ TEST_F(OnLoad, UnloadOnAnUnknownThreadReleasesNoClass) {
     EXPECT_EQ(counter.calls(&JNINativeInterface_::FindClass), 0) << "the slot stayed filled";
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::onload

@@ -3,23 +3,18 @@
 #include "krt/component.h"
 #include "support/javaobjects.h"
 #include "support/jvmtest.h"
+#include "support/natives.h"
 
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
-
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::printhandlers {
 
 class PrintHandlers : public JvmTest {
 protected:
     void TearDown() override {
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlResetDefaultPrintHandlers(env, nullptr);
+        NVKRT(vrlResetDefaultPrintHandlers)(env, nullptr);
         JvmTest::TearDown();
     }
 
-    void setDefaults(jobject first, jobject second) {
-        Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlSetDefaultPrintHandlers(env, nullptr, first, second);
-    }
+    void setDefaults(jobject first, jobject second) { NVKRT(vrlSetDefaultPrintHandlers)(env, nullptr, first, second); }
 };
 
 TEST_F(PrintHandlers, PrintTheTextAsItIs) {
@@ -36,9 +31,8 @@ TEST_F(PrintHandlers, PrintTheTextAsItIs) {
 
 TEST_F(PrintHandlers, WorkOnThreadsThatTheMachineDoesNotKnow) {
     jobject target = recorder(env);
-    const JavaPrintHandler handler(*sharedEnvInjector, target);
-    onUnknownThread([&] {
-        EXPECT_EQ(handler("from afar"), 0);
+    onUnknownThread([copy = JavaPrintHandler(*sharedEnvInjector, target)] {
+        EXPECT_EQ(copy("from afar"), 0);
         EXPECT_EQ(currentEnv(), nullptr);
     });
     EXPECT_EQ(recordedText(env, target), "from afar");
@@ -46,16 +40,10 @@ TEST_F(PrintHandlers, WorkOnThreadsThatTheMachineDoesNotKnow) {
 }
 
 TEST_F(PrintHandlers, AFailureIsTheResultAndItsExceptionStays) {
-    const struct {
-        bool hasStream;
-        const char* message;
-    } cases[] = {{false, "there is no stream"}, {true, "the stream refuses"}};
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.message);
-        const JavaPrintHandler handler(*sharedEnvInjector, failingOutput(env, one.hasStream));
-        const JniCounter counter(env);
+    for (const auto& [hasStream, message] : {std::pair(false, "there is no stream"), {true, "the stream refuses"}}) {
+        const JavaPrintHandler handler(*sharedEnvInjector, failingOutput(env, hasStream));
         EXPECT_EQ(handler("text"), -1);
-        expectThrown(env, "java/lang/IllegalStateException", one.message);
+        expectThrown(env, "java/lang/IllegalStateException", message);
         onUnknownThread([&] {
             EXPECT_EQ(handler("text"), -1);
             EXPECT_EQ(currentEnv(), nullptr) << "detached again";
@@ -79,12 +67,6 @@ TEST_F(PrintHandlers, EveryCopyOwnsAReference) {
     EXPECT_EQ(counter.localReferences(), 0);
 }
 
-TEST_F(PrintHandlers, ACopyMayEndOnAnyThread) {
-    jobject target = recorder(env);
-    onUnknownThread([copy = JavaPrintHandler(*sharedEnvInjector, target)] { EXPECT_EQ(copy("last words"), 0); });
-    EXPECT_EQ(recordedText(env, target), "last words");
-}
-
 TEST_F(PrintHandlers, TheFirstDefaultGetsWarningsAndTheSecondOrdinaryOutput) {
     jobject first = recorder(env);
     jobject second = recorder(env);
@@ -105,7 +87,7 @@ TEST_F(PrintHandlers, AfterAResetOutputIsDropped) {
     jobject target = recorder(env);
     const JniCounter counter(env);
     setDefaults(target, target);
-    Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlResetDefaultPrintHandlers(env, nullptr);
+    NVKRT(vrlResetDefaultPrintHandlers)(env, nullptr);
     EXPECT_EQ(counter.globalReferences(), 0);
     krtPrint(nullptr, "lost");
     EXPECT_EQ(recordedText(env, target), "");
@@ -115,15 +97,9 @@ TEST_F(PrintHandlers, FailedDefaultsLeaveTheOldOnes) {
     jobject target = recorder(env);
     jobject other = recorder(env);
     setDefaults(target, target);
-    {
-        const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
-        setDefaults(other, other);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    expectOutOfMemory(env, &JNINativeInterface_::FindClass, [&] { setDefaults(other, other); });
     krtPrint(nullptr, "still here");
     EXPECT_EQ(recordedText(env, target), "still here");
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::printhandlers

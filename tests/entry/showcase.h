@@ -2,8 +2,8 @@
 
 #include "support/javaobjects.h"
 #include "support/jvmtest.h"
+#include "support/testfolder.h"
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -12,19 +12,8 @@ namespace nativevrl::test {
 /// Bytes of the archive of the component "showcase".
 std::vector<jbyte> showcaseArchive();
 
-/// A fresh folder that goes with its contents.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
+/// A path as a Java string.
+inline jstring javaPath(JNIEnv* env, const std::string& path) { return env->NewStringUTF(path.c_str()); }
 
 /// Lets the next start configure the runtime, as in a fresh process.
 void forgetStartup();
@@ -53,7 +42,7 @@ protected:
     jobject instance = nullptr;        ///< its handle
     jobject warnings = nullptr;        ///< recorder of errors and warnings
     jobject ordinaryOutput = nullptr;  ///< recorder of ordinary output
-    TemporaryFolder folder;
+    loomkit::test::TestFolder folder;
 };
 
 }  // namespace nativevrl::test

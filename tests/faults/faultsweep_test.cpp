@@ -16,7 +16,7 @@ TEST_F(FaultSweep, Lifecycle) {
     jobjectArray refused = objectArray(env, "java/lang/String", {javaString(env, u"-fast")});
     const std::vector<jbyte> archive = showcaseArchive();
     Request request;
-    request.extractTo = javaString(env, (folder.path() / "swept").u16string());
+    request.extractTo = javaPath(env, folder / "swept");
     request.first = warnings;
     request.second = ordinaryOutput;
     const auto create = [&] { return initializeInstance(env, request); };

@@ -6,9 +6,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::arrayproxies {
 
 template <typename T>
 class PrimitiveArrays : public JvmTest {
@@ -37,18 +35,18 @@ TYPED_TEST(PrimitiveArrays, PinOnceAndWriteBack) {
 }
 
 TYPED_TEST(PrimitiveArrays, ReleaseBeforeTheReferenceChanges) {
-    JPrimitiveArrayProxy<TypeParam> proxy(this->env, primitiveArray<TypeParam>(this->env, this->values()));
+    jobject first = primitiveArray<TypeParam>(this->env, this->values());
+    JPrimitiveArrayProxy<TypeParam> proxy(this->env, first);
     const JniCounter counter(this->env);
     proxy.getElements()[0] = 0;
     const JPrimitiveArrayProxy<TypeParam> copy(proxy);
     EXPECT_EQ(counter.pinnedBlocks(), 1) << "a copy pins nothing until it is asked";
     proxy.attach(primitiveArray<TypeParam>(this->env, {1}));
     EXPECT_EQ(counter.pinnedBlocks(), 0);
-    EXPECT_EQ(proxy.getElements()[0], TypeParam{1});
-    jobject detached = proxy.detach();
-    EXPECT_EQ(counter.pinnedBlocks(), 0) << "detach writes back";
-    EXPECT_EQ(toVector<TypeParam>(this->env, detached), std::vector<TypeParam>{1});
-    EXPECT_EQ(toVector<TypeParam>(this->env, copy.ref())[0], TypeParam{0});
+    EXPECT_EQ(toVector<TypeParam>(this->env, first)[0], TypeParam{0});
+    proxy.getElements()[0] = 0;
+    EXPECT_EQ(toVector<TypeParam>(this->env, proxy.detach()), std::vector<TypeParam>{0}) << "detach writes back";
+    EXPECT_EQ(counter.pinnedBlocks(), 0);
 }
 
 TYPED_TEST(PrimitiveArrays, MoveWithTheBlockThatTheyPinned) {
@@ -72,12 +70,6 @@ TYPED_TEST(PrimitiveArrays, MoveWithTheBlockThatTheyPinned) {
 }
 
 TYPED_TEST(PrimitiveArrays, AnArrayThatCannotBeMadeRaisesOutOfMemory) {
-    const TypeParam value{};
-    {
-        const JniFaults faults(this->env, 1);
-        EXPECT_THROW(NewJPrimitiveArrayProxy<TypeParam>(this->env, &value, &value + 1), tether::OutOfMemoryException);
-    }
-    expectThrownClass(this->env, "java/lang/OutOfMemoryError");
     EXPECT_THROW(NewJPrimitiveArrayProxy<TypeParam>(this->env, std::size_t{1} << 31), tether::OutOfMemoryException);
     expectThrownClass(this->env, "java/lang/OutOfMemoryError");
 }
@@ -110,6 +102,4 @@ TEST_F(ObjectArrays, WhatIsAttachedToAnElementLandsInTheArrayAtOnce) {
                   "standing for another element would overwrite this one");
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::arrayproxies

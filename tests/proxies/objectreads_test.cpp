@@ -7,29 +7,18 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::objectreads {
 
 constexpr std::int32_t indefinite32 = std::numeric_limits<std::int32_t>::min();
 constexpr std::int64_t indefinite64 = std::numeric_limits<std::int64_t>::min();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 /// A text and what it reads as in each type but boolean.
-struct Case {
-    std::u16string text;
-    int asChar;
-    int asByte;
-    int asShort;
-    std::int64_t asInt;
-    std::int64_t asLong;
-    double asFloat;
-    double asDouble;
-};
 
-const Case readableTexts[] = {
+const std::tuple<std::u16string, int, int, int, std::int64_t, std::int64_t, double, double> readableTexts[] = {
     {u"12", '1', 12, 12, 12, 12, 12, 12},
     {u"300", '3', 44, 300, 300, 300, 300, 300},
     {u"1e3", '1', std::int8_t(0xe8), 1000, 1000, 1000, 1000, 1000},
@@ -47,18 +36,18 @@ void expectSame(double read, double expected) {
 using ObjectReads = JvmTest;
 
 TEST_F(ObjectReads, GiveWhatTheTextSays) {
-    for (const Case& one : readableTexts) {
-        jobject text = javaString(env, one.text);
+    for (const auto& [givenText, asChar, asByte, asShort, asInt, asLong, asFloat, asDouble] : readableTexts) {
+        jobject text = javaString(env, givenText);
         SCOPED_TRACE(toText(env, text));
         const JObjectProxy object(env, text);
         const JniCounter counter(env);
-        EXPECT_EQ(object.asChar(), one.asChar);
-        EXPECT_EQ(object.asByte(), one.asByte);
-        EXPECT_EQ(object.asShort(), one.asShort);
-        EXPECT_EQ(object.asInt(), one.asInt);
-        EXPECT_EQ(object.asLong(), one.asLong);
-        expectSame(object.asFloat(), one.asFloat);
-        expectSame(object.asDouble(), one.asDouble);
+        EXPECT_EQ(object.asChar(), asChar);
+        EXPECT_EQ(object.asByte(), asByte);
+        EXPECT_EQ(object.asShort(), asShort);
+        EXPECT_EQ(object.asInt(), asInt);
+        EXPECT_EQ(object.asLong(), asLong);
+        expectSame(object.asFloat(), asFloat);
+        expectSame(object.asDouble(), asDouble);
         EXPECT_EQ(counter.localReferences(), 0);
         EXPECT_EQ(counter.pinnedBlocks(), 0);
         expectNoThrow(env);
@@ -111,14 +100,9 @@ TEST_F(ObjectReads, LookNoClassUpForATextThatAParserRefuses) {
 TEST_F(ObjectReads, StopAtAFailureThatIsNoRefusalOfTheText) {
     const JObjectProxy object(env, javaString(env, u"12"));
     const JniCounter counter(env);
-    {
-        const JniFaults faults(env, &JNINativeInterface_::CallStaticIntMethodA, 1);
-        EXPECT_THROW(object.asInt(), tether::Exception);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    expectOutOfMemory(env, &JNINativeInterface_::CallStaticIntMethodA,
+                      [&] { EXPECT_THROW(object.asInt(), tether::Exception); });
     EXPECT_EQ(counter.calls(&JNINativeInterface_::CallStaticDoubleMethodA), 0);
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::objectreads

@@ -5,9 +5,7 @@
 #include <functional>
 #include <iterator>
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::references {
 
 using References = JvmTest;
 
@@ -50,16 +48,8 @@ TEST_F(References, AssignmentMakesAReferenceAndEndsTheOldOne) {
 TEST_F(References, AFailedReferenceIsToldApartFromNull) {
     jobject object = javaString(env, u"object");
     JObjectRef proxy(env, object);
-    {
-        const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
-        EXPECT_THROW(JObjectRef(env, object), tether::NewLocalRefError);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    {
-        const JniFaults faults(env, &JNINativeInterface_::NewLocalRef, 1);
-        EXPECT_THROW(proxy = object, tether::NewLocalRefError);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
+    expectOutOfMemory(env, &JNINativeInterface_::NewLocalRef,
+                      [&] { EXPECT_THROW(proxy = javaString(env, u"other"), tether::NewLocalRefError); });
     EXPECT_TRUE(same(env, proxy.ref(), object)) << "a failed assignment changes nothing";
 }
 
@@ -93,26 +83,7 @@ TEST_F(References, NothingIsMadeWhileAnExceptionIsPending) {
     }
 }
 
-TEST_F(References, AdoptionKeepsNothingWhenTheProxyCannotBeMade) {
-    disposeClassProxies(env);
-    jobject object = env->NewLocalRef(javaString(env, u"object"));
-    const JniCounter counter(env);
-    {
-        const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
-        EXPECT_THROW(adopt<JObjectProxy>(env, object), tether::FindClassException);
-    }
-    expectThrownClass(env, "java/lang/OutOfMemoryError");
-    EXPECT_EQ(counter.localReferences(), -1);
-}
-
 TEST_F(References, ThePendingExceptionIsKnownAlsoWhereItsClassCannotBeLookedUp) {
-    const struct {
-        const char* className;
-        bool matches;
-    } cases[] = {{"java/lang/NumberFormatException", true},
-                 {"java/lang/IllegalArgumentException", true},
-                 {"java/lang/Error", false},
-                 {"java/lang/NumberFormat", false}};
     jclass cls = findClass(env, "java/lang/NumberFormatException");
     const auto expectTold = [&](const char* className, bool matches) {
         env->ThrowNew(cls, "held");
@@ -121,12 +92,15 @@ TEST_F(References, ThePendingExceptionIsKnownAlsoWhereItsClassCannotBeLookedUp) 
         EXPECT_EQ(counter.localReferences(), 0);
         EXPECT_EQ(counter.pinnedBlocks(), 0);
     };
-    for (const auto& one : cases) {
-        expectTold(one.className, one.matches);
+    for (const auto& [name, matches] : {std::pair("java/lang/NumberFormatException", true),
+                                        {"java/lang/IllegalArgumentException", true},
+                                        {"java/lang/Error", false},
+                                        {"java/lang/NumberFormat", false}}) {
+        expectTold(name, matches);
         expectThrown(env, "java/lang/NumberFormatException", "held");
         {
             const JniFaults faults(env, &JNINativeInterface_::FindClass, 1);
-            expectTold(one.className, one.matches);
+            expectTold(name, matches);
             EXPECT_TRUE(faults.struck());
         }
         expectThrown(env, "java/lang/NumberFormatException", "held");
@@ -140,6 +114,4 @@ TEST_F(References, NullUnitsAreOnlyAnEmptyText) {
     expectThrownClass(env, "java/lang/NullPointerException");
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::references

@@ -1,9 +1,7 @@
 #include "proxies/jstringproxy.h"
 #include "support/jvmtest.h"
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::strings {
 
 using Strings = JvmTest;
 
@@ -61,6 +59,4 @@ TEST_F(Strings, CharactersNeverOutliveTheReferenceThatTheyWereFetchedThrough) {
     EXPECT_EQ(counter.localReferences(), 0);
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::strings

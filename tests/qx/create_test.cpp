@@ -1,6 +1,7 @@
 #include "support.h"
 
 #include <limits>
+#include <tuple>
 
 namespace {
 
@@ -119,15 +120,8 @@ TEST_F(Creation, RefusesWhatNoMemoryHolds) {
     EXPECT_EQ(qxGetN(hollow.get()), std::numeric_limits<std::size_t>::max());
 }
 
-struct TextCase {
-    const char* what;
-    std::string utf8;
-    std::u16string units;
-    std::string back;
-};
-
 TEST_F(Creation, OfStringsReadsUtf8AndItsModifiedForm) {
-    const TextCase cases[] = {
+    const std::tuple<const char*, std::string, std::u16string, std::string> cases[] = {
         {"ascii", "abc", u"abc", "abc"},
         {"two and three bytes", "\xC3\xA9\xE2\x82\xAC", u"\u00E9\u20AC", "\xC3\xA9\xE2\x82\xAC"},
         {"four bytes", "\xF0\x9D\x92\x9C", u"\U0001D49C", "\xF0\x9D\x92\x9C"},
@@ -136,11 +130,11 @@ TEST_F(Creation, OfStringsReadsUtf8AndItsModifiedForm) {
         {"a modified NUL", "\xC0\x80", {u'\0'}, std::string(1, '\0')},
         {"broken", "a\xFF\xC3", u"a\uFFFD\uFFFD", "a\xEF\xBF\xBD\xEF\xBF\xBD"},
         {"overlong", "\xC1\x81", u"\uFFFD\uFFFD", "\xEF\xBF\xBD\xEF\xBF\xBD"}};
-    for (const TextCase& each : cases) {
-        const qxArrayOwner text(qxCreateString(each.utf8.c_str()));
-        ASSERT_EQ(extentsOf(text.get()), (Extents{1, static_cast<std::uint32_t>(each.units.size())})) << each.what;
-        EXPECT_EQ(std::u16string(realOf<char16_t>(text), each.units.size()), each.units) << each.what;
-        EXPECT_EQ(qxGetString(text.get()), each.back) << each.what;
+    for (const auto& [what, utf8, units, back] : cases) {
+        const qxArrayOwner text(qxCreateString(utf8.c_str()));
+        ASSERT_EQ(extentsOf(text.get()), (Extents{1, static_cast<std::uint32_t>(units.size())})) << what;
+        EXPECT_EQ(std::u16string(realOf<char16_t>(text), units.size()), units) << what;
+        EXPECT_EQ(qxGetString(text.get()), back) << what;
     }
     EXPECT_EQ(extentsOf(qxArrayOwner(qxCreateString("")).get()), (Extents{0, 0}));
     EXPECT_FALSE(qxCreateString(nullptr));

@@ -50,14 +50,10 @@ TEST_F(DamagedForm, IsRefusedOrExactAfterCuts) {
     EXPECT_FALSE(qxDeserialize(nullptr, 5));
 }
 
-struct BadForm {
-    const char* what;
-    const char* array;  ///< in hexadecimal digits
-};
-
+// array: in hexadecimal digits
 // What stands for an array in [version, array]. D840 is the tag of bytes. Other versions, tags, lengths and bytes in
 // place of good ones are among the changes of a byte above.
-const BadForm badForms[] = {
+const std::pair<const char*, const char*> badForms[] = {
     {"null in place of the array", "F6"},
     {"class 5", "8205820000"},
     {"class 17", "8211820101"},
@@ -104,8 +100,8 @@ TEST_F(DamagedForm, IsRefusedWhereItBreaksARule) {
     const Bytes head = {0x99, 0x01, 0x00, 0x01};  // 256 extents in place of 255, the first of them
     extents.insert(extents.erase(extents.begin() + 4, extents.begin() + 6), head.begin(), head.end());
     EXPECT_FALSE(arrayOf(extents));
-    for (const BadForm& bad : badForms) {
-        EXPECT_FALSE(arrayOf(formAround(bad.array))) << bad.what;
+    for (const auto& [what, array] : badForms) {
+        EXPECT_FALSE(arrayOf(formAround(array))) << what;
     }
 }
 

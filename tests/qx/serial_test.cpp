@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace {
 
@@ -76,20 +77,16 @@ TEST_F(SerialForm, RefusesWhatCannotTravel) {
 }
 
 TEST_F(SerialForm, RefusesSparseTablesThatDoNotFitTogether) {
-    struct Case {
-        const char* what;
-        std::vector<std::uint32_t> starts;
-        std::vector<std::uint32_t> rows;
-    };
-    const Case cases[] = {{"first start", {1, 1, 2}, {0, 1}},     {"falling starts", {0, 2, 1}, {0, 1}},
-                          {"beyond capacity", {0, 1, 3}, {0, 1}}, {"row outside", {0, 1, 2}, {0, 4}},
-                          {"rows equal", {0, 2, 2}, {1, 1}},      {"rows falling", {0, 2, 2}, {1, 0}}};
-    for (const Case& each : cases) {
+    const std::tuple<const char*, std::vector<std::uint32_t>, std::vector<std::uint32_t>> cases[] = {
+        {"first start", {1, 1, 2}, {0, 1}},     {"falling starts", {0, 2, 1}, {0, 1}},
+        {"beyond capacity", {0, 1, 3}, {0, 1}}, {"row outside", {0, 1, 2}, {0, 4}},
+        {"rows equal", {0, 2, 2}, {1, 1}},      {"rows falling", {0, 2, 2}, {1, 0}}};
+    for (const auto& [what, starts, rows] : cases) {
         const qxArrayOwner array(qxCreateSparse(4, 2, 2, qxREAL));
-        std::copy(each.starts.begin(), each.starts.end(), array->columnStartTable());
-        std::copy(each.rows.begin(), each.rows.end(), array->rowIndexTable());
-        EXPECT_FALSE(qxSerialize(array.get())) << each.what;
-        EXPECT_FALSE(qxCreateConvertedCopy(array.get(), qxSINGLE_CLASS)) << each.what;
+        std::copy(starts.begin(), starts.end(), array->columnStartTable());
+        std::copy(rows.begin(), rows.end(), array->rowIndexTable());
+        EXPECT_FALSE(qxSerialize(array.get())) << what;
+        EXPECT_FALSE(qxCreateConvertedCopy(array.get(), qxSINGLE_CLASS)) << what;
     }
 }
 

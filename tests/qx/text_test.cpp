@@ -6,28 +6,23 @@ namespace {
 
 using Display = QxTest;
 
-struct RowCase {
-    std::vector<double> elements;
-    const char* text;
-};
-
 TEST_F(Display, ChoosesOneFormForTheNumbersOfAnArray) {
-    const RowCase cases[] = {{{1, 20, -3}, "1  20  -3\n"},
-                             {{0.5, 20, -3.25}, "0.5000  20.0000  -3.2500\n"},
-                             {{M_PI}, "3.1416\n"},
-                             {{1, NAN, INFINITY, -INFINITY}, "1  NaN  Inf  -Inf\n"},
-                             {{-0.0}, "0\n"},
-                             {{123456.5}, "1.2346e+05\n"},
-                             {{1e-5, 1}, "1.0000e-05  1.0000e+00\n"},
-                             {{9999999999}, "9999999999\n"},
-                             {{1e15, 0}, "1.0000e+15  0.0000e+00\n"}};
-    for (const RowCase& each : cases) {
-        const qxArrayOwner row(qxCreateDoubleMatrix(1, static_cast<std::uint32_t>(each.elements.size()), qxREAL));
-        std::copy(each.elements.begin(), each.elements.end(), realOf<double>(row));
-        EXPECT_EQ(qxToText(row.get()), each.text);
+    const std::pair<std::vector<double>, const char*> cases[] = {{{1, 20, -3}, "1  20  -3\n"},
+                                                                 {{0.5, 20, -3.25}, "0.5000  20.0000  -3.2500\n"},
+                                                                 {{M_PI}, "3.1416\n"},
+                                                                 {{1, NAN, INFINITY, -INFINITY}, "1  NaN  Inf  -Inf\n"},
+                                                                 {{-0.0}, "0\n"},
+                                                                 {{123456.5}, "1.2346e+05\n"},
+                                                                 {{1e-5, 1}, "1.0000e-05  1.0000e+00\n"},
+                                                                 {{9999999999}, "9999999999\n"},
+                                                                 {{1e15, 0}, "1.0000e+15  0.0000e+00\n"}};
+    for (const auto& [elements, text] : cases) {
+        const qxArrayOwner row(qxCreateDoubleMatrix(1, static_cast<std::uint32_t>(elements.size()), qxREAL));
+        std::copy(elements.begin(), elements.end(), realOf<double>(row));
+        EXPECT_EQ(qxToText(row.get()), text);
         const qxArrayOwner single(qxCreateConvertedCopy(row.get(), qxSINGLE_CLASS));
-        if (each.elements[0] < 9999999999) {
-            EXPECT_EQ(qxToText(single.get()), each.text);
+        if (elements[0] < 9999999999) {
+            EXPECT_EQ(qxToText(single.get()), text);
         }
     }
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -20,15 +21,8 @@ protected:
     }
 };
 
-struct Conversion {
-    const char* codePage;
-    const char* text;
-    int length;
-    std::optional<std::u16string> units;
-};
-
 TEST_F(CodePage, ConvertsByTheChosenOne) {
-    const Conversion conversions[] = {
+    const std::tuple<const char*, const char*, int, std::optional<std::u16string>> conversions[] = {
         {"UTF-8", "", -1, u""},
         {"UTF-8", "a\xC3\xA9", -1, u"a\u00E9"},
         {"UTF-8", "\xF0\x9F\x98\x80", -1, u"\U0001F600"},
@@ -43,27 +37,21 @@ TEST_F(CodePage, ConvertsByTheChosenOne) {
         {"GBK", "\xC4\xE3", -1, u"\u4F60"},
         {"ISO-8859-1", "\xE9", -1, u"\u00E9"},
     };
-    for (const Conversion& conversion : conversions) {
-        ASSERT_TRUE(utSetCodePage(conversion.codePage));
-        EXPECT_EQ(decode(conversion.text, conversion.length), conversion.units)
-            << conversion.codePage << " " << (conversion.text == nullptr ? "null" : conversion.text);
+    for (const auto& [codePage, text, length, units] : conversions) {
+        ASSERT_TRUE(utSetCodePage(codePage));
+        EXPECT_EQ(decode(text, length), units) << codePage << " " << (text == nullptr ? "null" : text);
     }
 }
 
 TEST_F(CodePage, HasLeadBytesOnlyWhereCharactersTakeTwo) {
-    struct Lead {
-        const char* codePage;
-        unsigned char byte;
-        bool isLead;
-    };
-    const Lead leads[] = {{"UTF-8", 0xC3, false},      {"UTF-8", 0xF0, false},     {"ISO-8859-1", 0xE9, false},
-                          {"Shift_JIS", 0x83, true},   {"Shift_JIS", 0x5C, false}, {"Shift_JIS", 0xB1, false},
-                          {"Shift_JIS", 0xFC, true},   {"GBK", 0x81, true},        {"GBK", 0x7F, false},
-                          {"EUC-JP", 0x8E, true},      {"Big5", 0xA4, true},       {"UTF-16", 0x81, false},
-                          {"ISO-2022-JP", 0x81, false}};
-    for (const Lead& lead : leads) {
-        ASSERT_TRUE(utSetCodePage(lead.codePage));
-        EXPECT_EQ(dsIsMultiByteLead(lead.byte), lead.isLead) << lead.codePage << " " << int{lead.byte};
+    const std::tuple<const char*, unsigned char, bool> leads[] = {
+        {"UTF-8", 0xC3, false},      {"UTF-8", 0xF0, false},     {"ISO-8859-1", 0xE9, false}, {"Shift_JIS", 0x83, true},
+        {"Shift_JIS", 0x5C, false},  {"Shift_JIS", 0xB1, false}, {"Shift_JIS", 0xFC, true},   {"GBK", 0x81, true},
+        {"GBK", 0x7F, false},        {"EUC-JP", 0x8E, true},     {"Big5", 0xA4, true},        {"UTF-16", 0x81, false},
+        {"ISO-2022-JP", 0x81, false}};
+    for (const auto& [codePage, byte, isLead] : leads) {
+        ASSERT_TRUE(utSetCodePage(codePage));
+        EXPECT_EQ(dsIsMultiByteLead(byte), isLead) << codePage << " " << int{byte};
     }
 }
 
@@ -80,20 +68,17 @@ TEST_F(CodePage, IsTheSameForEveryThreadAndStaysWhereANameIsUnknown) {
 }
 
 TEST_F(CodePage, WritesLocalTextFromAnyUtf8) {
-    const struct {
-        const char* codePage;
-        const char* utf8;
-        const char* local;
-    } texts[] = {{"UTF-8", "a\xC3\xA9", "a\xC3\xA9"},
-                 {"UTF-8", "\xED\xA0\xBD\xED\xB8\x80", "\xF0\x9F\x98\x80"},
-                 {"UTF-8", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
-                 {"UTF-8", "x\xFFy\xC3", "x\xEF\xBF\xBDy\xEF\xBF\xBD"},
-                 {"UTF-8", "\xC0\x80z", ""},
-                 {"Shift_JIS", "\xE3\x82\xBD", "\x83\x5C"},
-                 {"ISO-8859-1", "\xC3\xA9\xE3\x82\xBD", "\xE9\x1A"}};
-    for (const auto& text : texts) {
-        ASSERT_TRUE(utSetCodePage(text.codePage));
-        EXPECT_STREQ(utLocalText(text.utf8).c_str(), text.local) << text.codePage << " " << text.utf8;
+    const std::tuple<const char*, const char*, const char*> texts[] = {
+        {"UTF-8", "a\xC3\xA9", "a\xC3\xA9"},
+        {"UTF-8", "\xED\xA0\xBD\xED\xB8\x80", "\xF0\x9F\x98\x80"},
+        {"UTF-8", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+        {"UTF-8", "x\xFFy\xC3", "x\xEF\xBF\xBDy\xEF\xBF\xBD"},
+        {"UTF-8", "\xC0\x80z", ""},
+        {"Shift_JIS", "\xE3\x82\xBD", "\x83\x5C"},
+        {"ISO-8859-1", "\xC3\xA9\xE3\x82\xBD", "\xE9\x1A"}};
+    for (const auto& [codePage, utf8, local] : texts) {
+        ASSERT_TRUE(utSetCodePage(codePage));
+        EXPECT_STREQ(utLocalText(utf8).c_str(), local) << codePage << " " << utf8;
     }
 }
 

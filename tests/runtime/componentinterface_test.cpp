@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -55,11 +56,7 @@ std::string outcomeOf(TestInstance& instance, const char* kind, qxArray* value) 
 }
 
 TEST(ComponentInterface, ReadsEveryKindAndNamesWhatIsWrong) {
-    const struct {
-        const char* kind;
-        qxArray* value;
-        const char* outcome;
-    } readings[] = {
+    const std::tuple<const char*, qxArray*, const char*> readings[] = {
         {"scalar", scalar(2.5), "2.5"},
         {"scalar", single<std::int64_t>(qxINT64_CLASS, -7), "-7"},
         {"scalar", single<float>(qxSINGLE_CLASS, 0.5F), "0.5"},
@@ -102,8 +99,8 @@ TEST(ComponentInterface, ReadsEveryKindAndNamesWhatIsWrong) {
         {"java", scalar(1), " is a 1-by-1 double array, expected a Java object"},
     };
     TestInstance instance;
-    for (const auto& reading : readings) {
-        EXPECT_EQ(outcomeOf(instance, reading.kind, reading.value), reading.outcome) << reading.kind;
+    for (const auto& [kind, value, outcome] : readings) {
+        EXPECT_EQ(outcomeOf(instance, kind, value), outcome) << kind;
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <set>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -59,12 +60,7 @@ TEST(Evaluation, RunsOnSeveralThreadsAtOnce) {
 TEST(Failure, SaysWhatIsWrongAndLeavesNoArray) {
     TestInstance instance;
     const std::size_t before = qxLiveArrayCount();
-    const struct {
-        const char* function;
-        std::vector<qxArray*> inputs;
-        int nlhs;
-        const char* message;
-    } table[] = {
+    const std::tuple<const char*, std::vector<qxArray*>, int, const char*> table[] = {
         {"add", {scalar(1)}, 1, "add: 1 argument given, expected 2"},
         {"add", {scalar(1), scalar(1), scalar(1)}, 1, "add: 3 arguments given, expected 2"},
         {"add", {scalar(1), scalar(1)}, 2, "add: 2 results asked for, it gives at most 1"},
@@ -86,8 +82,8 @@ TEST(Failure, SaysWhatIsWrongAndLeavesNoArray) {
         {"raw_throw", {row({1, 2})}, 3, "thrown past the edge"},
         {"fail_foreign", {row({1, 2})}, 3, "fail_foreign threw something that is no std::exception"},
     };
-    for (const auto& wrong : table) {
-        EXPECT_EQ(instance.failureOf(wrong.function, wrong.inputs, wrong.nlhs).message, wrong.message);
+    for (const auto& [function, inputs, nlhs, message] : table) {
+        EXPECT_EQ(instance.failureOf(function, inputs, nlhs).message, message);
     }
     qxArray* result = nullptr;
     EXPECT_THROW(vrlLoomkitFeval(instance.handle(), "count", 1, &result, -1, nullptr), vrlBaseException);
@@ -100,23 +96,19 @@ TEST(Failure, SaysWhatIsWrongAndLeavesNoArray) {
 }
 
 TEST(Failure, HasALineForEveryFunctionAndHelper) {
-    const struct {
-        const char* function;
-        const char* identifier;
-        std::vector<std::string> passed;
-    } table[] = {
+    const std::tuple<const char*, const char*, std::vector<std::string>> table[] = {
         {"failOuter", "identifier test:deep", {"at helper", "at failInner", "at failOuter"}},
         {"fail_library", "", {"at libraryHelper", "at fail_library"}},
     };
     TestInstance instance;
-    for (const auto& row : table) {
-        const TestInstance::Failure failure = instance.failureOf(row.function);
-        EXPECT_EQ(failure.identifier, row.identifier);
-        ASSERT_EQ(failure.stack.size(), row.passed.size());
+    for (const auto& [expectedFunction, identifier, passed] : table) {
+        const TestInstance::Failure failure = instance.failureOf(expectedFunction);
+        EXPECT_EQ(failure.identifier, identifier);
+        ASSERT_EQ(failure.stack.size(), passed.size());
         // In the component's source, the helper stands first, then the inner function, then the outer one.
         int lineBefore = 0;
-        for (std::size_t i = 0; i < row.passed.size(); ++i) {
-            const std::string place = row.passed[i] + " (functions.cpp:";
+        for (std::size_t i = 0; i < passed.size(); ++i) {
+            const std::string place = passed[i] + " (functions.cpp:";
             EXPECT_EQ(failure.stack[i].rfind(place, 0), 0U) << failure.stack[i];
             const int line = std::atoi(failure.stack[i].c_str() + place.size());
             EXPECT_GT(line, lineBefore);
@@ -181,29 +173,26 @@ std::string collect(const qxArray* array, std::set<const void*>& blocks) {
 }
 
 TEST(Results, HaveAStorageOfTheirOwn) {
-    const struct {
-        const char* function;
-        std::size_t results;
-        const char* shown;  ///< the last result as text
-    } aliasings[] = {{"identity", 1, "{5 {6}}"},
-                     {"shared_copy", 1, "{5 {6}}"},
-                     {"pair_of_input", 1, "{{5 {6}} {5 {6}}}"},
-                     {"pair_of_copies", 1, "{{5 {6}} {5 {6}}}"},
-                     {"element", 1, "5"},
-                     {"element_in_cell", 1, "{5 5}"},
-                     {"same_twice", 2, "7"},
-                     {"cell_and_element", 2, "7"},
-                     {"element_of_temporary", 1, "7"},
-                     {"destroy_inputs", 0, ""}};
+    // shown: the last result as text
+    const std::tuple<const char*, std::size_t, const char*> aliasings[] = {{"identity", 1, "{5 {6}}"},
+                                                                           {"shared_copy", 1, "{5 {6}}"},
+                                                                           {"pair_of_input", 1, "{{5 {6}} {5 {6}}}"},
+                                                                           {"pair_of_copies", 1, "{{5 {6}} {5 {6}}}"},
+                                                                           {"element", 1, "5"},
+                                                                           {"element_in_cell", 1, "{5 5}"},
+                                                                           {"same_twice", 2, "7"},
+                                                                           {"cell_and_element", 2, "7"},
+                                                                           {"element_of_temporary", 1, "7"},
+                                                                           {"destroy_inputs", 0, ""}};
     TestInstance instance;
     const std::size_t before = qxLiveArrayCount();
-    for (const auto& one : aliasings) {
-        SCOPED_TRACE(one.function);
+    for (const auto& [function, results, expectedShown] : aliasings) {
+        SCOPED_TRACE(function);
         {
             const qxArrayOwner input(cellOf({scalar(5), cellOf({scalar(6)})}));
             qxArray* inputs[] = {input.get()};
-            std::vector<qxArray*> roots(one.results);
-            vrlLoomkitFeval(instance.handle(), one.function, static_cast<int>(one.results), roots.data(), 1, inputs);
+            std::vector<qxArray*> roots(results);
+            vrlLoomkitFeval(instance.handle(), function, static_cast<int>(results), roots.data(), 1, inputs);
             const std::vector<qxArrayOwner> owned(roots.begin(), roots.end());
             std::set<const void*> blocks;
             EXPECT_EQ(collect(input.get(), blocks), "{5 {6}}");
@@ -215,7 +204,7 @@ TEST(Results, HaveAStorageOfTheirOwn) {
                 blocks.merge(own);
                 EXPECT_EQ(blocks.size(), apart) << "storage that is in two trees";
             }
-            EXPECT_EQ(shown, one.shown);
+            EXPECT_EQ(shown, expectedShown);
         }
         EXPECT_EQ(qxLiveArrayCount(), before);
     }

@@ -26,10 +26,7 @@ TEST(Instances, ThatCantBeMadeSayWhatIsMissing) {
         change(component);
         return factoryOf(component);
     };
-    const struct {
-        vrlExtractedComponentFactory factory;
-        std::vector<const char*> named;
-    } cases[] = {
+    const std::pair<vrlExtractedComponentFactory, std::vector<const char*>> cases[] = {
         {changed([](auto& c) { c.abi = 7; }), {"testing", "version 7"}},
         {changed([](auto& c) { c.libraryFile = "/no/such/libtesting.so"; }), {"testing", "/no/such/libtesting.so"}},
         {changed([](auto& c) { c.functions[0].symbol = "absent_symbol"; }), {"testing", "failInner", "absent_symbol"}},
@@ -43,9 +40,9 @@ TEST(Instances, ThatCantBeMadeSayWhatIsMissing) {
         {[]() -> boost::shared_ptr<vrlExtractedComponent> { throw vrlBaseException("bad entry"); }, {"bad entry"}},
         {[] { return boost::shared_ptr<vrlExtractedComponent>(); }, {"no component"}},
         {{}, {"no way to the component"}}};
-    for (const auto& broken : cases) {
-        const std::string message = initFailure(broken.factory);
-        for (const char* named : broken.named) {
+    for (const auto& [factory, expectedNamed] : cases) {
+        const std::string message = initFailure(factory);
+        for (const char* named : expectedNamed) {
             EXPECT_NE(message.find(named), std::string::npos) << named << " in: " << message;
         }
     }

@@ -8,6 +8,7 @@
 #include <future>
 #include <optional>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -63,19 +64,17 @@ TEST_F(Options, ThatAreWrongAreNamedAndChangeNothing) {
     const std::string log = folder_ / "log";
     start({"-logfile", log.c_str()});
     const std::string unwritable = folder_ / "no/such/folder";
-    const struct {
-        std::vector<const char*> options;
-        std::vector<const char*> named;
-    } cases[] = {{{"-nodisplay", "-fast"}, {"\"-fast\""}},
-                 {{"-nodisplay", "-logfile"}, {"-logfile", "FILE"}},
-                 {{"-logfile", nullptr}, {"-logfile", "FILE"}},
-                 {{"-cachedir", "-nojvm"}, {"-cachedir", "DIR"}},
-                 {{"-cachedir", ""}, {"-cachedir", "DIR"}},
-                 {{"-nodisplay", "-logfile", unwritable.c_str()}, {"-logfile", unwritable.c_str()}},
-                 {{"-nodisplay", "-cachedir", log.c_str()}, {"-cachedir", log.c_str()}}};
-    for (const auto& wrong : cases) {
-        const std::string message = failureOf(wrong.options);
-        for (const char* named : wrong.named) {
+    const std::pair<std::vector<const char*>, std::vector<const char*>> cases[] = {
+        {{"-nodisplay", "-fast"}, {"\"-fast\""}},
+        {{"-nodisplay", "-logfile"}, {"-logfile", "FILE"}},
+        {{"-logfile", nullptr}, {"-logfile", "FILE"}},
+        {{"-cachedir", "-nojvm"}, {"-cachedir", "DIR"}},
+        {{"-cachedir", ""}, {"-cachedir", "DIR"}},
+        {{"-nodisplay", "-logfile", unwritable.c_str()}, {"-logfile", unwritable.c_str()}},
+        {{"-nodisplay", "-cachedir", log.c_str()}, {"-cachedir", log.c_str()}}};
+    for (const auto& [options, expectedNamed] : cases) {
+        const std::string message = failureOf(options);
+        for (const char* named : expectedNamed) {
             EXPECT_NE(message.find(named), std::string::npos) << named << " in: " << message;
         }
         EXPECT_FALSE(vrlIsNoDisplaySet());
@@ -116,19 +115,16 @@ TEST_F(Options, CacheFolderIsTheUsersOwn) {
     }
     const std::string home = folder_.path();
     const std::string own = (std::filesystem::temp_directory_path() / ("loomkit-" + std::to_string(getuid()))).string();
-    const struct {
-        const char* xdg;
-        const char* home;
-        std::string folder;
-    } cases[] = {{"/x", home.c_str(), "/x/loomkit/components"},
-                 {"x", home.c_str(), home + "/.cache/loomkit/components"},
-                 {nullptr, home.c_str(), home + "/.cache/loomkit/components"},
-                 {nullptr, "/no/such/home", own + "/components"},
-                 {nullptr, nullptr, own + "/components"}};
-    for (const auto& c : cases) {
-        change("XDG_CACHE_HOME", c.xdg);
-        change("HOME", c.home);
-        EXPECT_EQ(vrlGetCacheDirectories().front(), c.folder);
+    const std::tuple<const char*, const char*, std::string> cases[] = {
+        {"/x", home.c_str(), "/x/loomkit/components"},
+        {"x", home.c_str(), home + "/.cache/loomkit/components"},
+        {nullptr, home.c_str(), home + "/.cache/loomkit/components"},
+        {nullptr, "/no/such/home", own + "/components"},
+        {nullptr, nullptr, own + "/components"}};
+    for (const auto& [xdg, home, folder] : cases) {
+        change("XDG_CACHE_HOME", xdg);
+        change("HOME", home);
+        EXPECT_EQ(vrlGetCacheDirectories().front(), folder);
         EXPECT_EQ(vrlGetCacheDirectories().back(), own + "/components");
     }
     change("XDG_CACHE_HOME", old[0] ? old[0]->c_str() : nullptr);

@@ -7,20 +7,14 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
 using Path = dsPathString_<dsMBCSSafeString>;
 
-struct PathCase {
-    const char* codePage;
-    const char* given;
-    const char* normal;
-    const char* platform;
-};
-
 // In Shift_JIS, 0x83 0x5C is one character whose second byte is that of a backslash; 0x81 0x40 is the wide blank.
-const PathCase pathCases[] = {
+const std::tuple<const char*, const char*, const char*, const char*> pathCases[] = {
     {"UTF-8", "", "", ""},
     {"UTF-8", " \t\v\b\n\r\f ", "", ""},
     {"UTF-8", "/a", "\\a", "/a"},
@@ -43,13 +37,13 @@ const PathCase pathCases[] = {
 };
 
 TEST(PathString, ReachesItsNormalFormAndStaysThere) {
-    for (const PathCase& one : pathCases) {
-        SCOPED_TRACE(std::string(one.codePage) + ": " + one.given);
-        ASSERT_TRUE(utSetCodePage(one.codePage));
-        const Path path(one.given);
-        EXPECT_EQ(path.str(), one.normal);
-        EXPECT_EQ(Path(path.c_str()).str(), one.normal);
-        EXPECT_EQ(vrlPlatformPath(path), one.platform);
+    for (const auto& [codePage, given, normal, platform] : pathCases) {
+        SCOPED_TRACE(std::string(codePage) + ": " + given);
+        ASSERT_TRUE(utSetCodePage(codePage));
+        const Path path(given);
+        EXPECT_EQ(path.str(), normal);
+        EXPECT_EQ(Path(path.c_str()).str(), normal);
+        EXPECT_EQ(vrlPlatformPath(path), platform);
     }
     utSetCodePage(nullptr);
 }

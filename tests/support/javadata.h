@@ -168,4 +168,12 @@ void* addressIn(JNIEnv* env, jobject handle);
 /// The array behind a NativePtr, which must not be null.
 qxArray* arrayIn(JNIEnv* env, jobject handle);
 
+/// The array behind an NVArray.
+inline qxArray* arrayOf(JNIEnv* env, jobject wrapper) {
+    return arrayIn(env, callObject(env, wrapper, "getValue", "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;"));
+}
+
+/// Ends the array of an NVArray.
+inline void close(JNIEnv* env, jobject wrapper) { callVoid(env, wrapper, "close", "()V"); }
+
 }  // namespace nativevrl::test

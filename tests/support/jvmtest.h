@@ -38,4 +38,25 @@ std::string expectThrownClass(JNIEnv* env, const char* className, const char* fi
 /// Expects no Java exception to be pending; one that is gets printed and cleared.
 void expectNoThrow(JNIEnv* env, const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
+/// Expects `result`, what a native gave, to be zero or null, with this exception pending.
+template <typename T>
+void expectRefused(JNIEnv* env, T result, const char* className, const char* message,
+                   const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    if (result != T{}) {
+        ADD_FAILURE_AT(file, line) << "a result and an exception";
+    }
+    expectThrown(env, className, message, file, line);
+}
+
+/// Runs `call` while the n-th call of one JNI function fails, and expects the OutOfMemoryError of that to be pending.
+template <typename Function, typename Call>
+void expectOutOfMemory(JNIEnv* env, Function JNINativeInterface_::*member, const Call& call, int n = 1) {
+    {
+        const JniFaults faults(env, member, n);
+        call();
+        EXPECT_TRUE(faults.struck());
+    }
+    expectThrownClass(env, "java/lang/OutOfMemoryError");
+}
+
 }  // namespace nativevrl::test

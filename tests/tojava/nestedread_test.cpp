@@ -9,9 +9,7 @@
 #include <numeric>
 #include <random>
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::nestedread {
 
 constexpr unsigned seed = 20240611;
 
@@ -251,42 +249,14 @@ TEST_F(NestedRead, OfASparseArrayTakesMemoryForItsRowsAndElementsAlone) {
         << "the test itself takes a row";
 }
 
-/// How deep the stack was at the calls of the functions that make and fill arrays of arrays.
-class StackDepth : public JniProbe {
-public:
-    using JniProbe::JniProbe;
-
-    bool admits(const JniFunction& function) override {
-        const char here = 0;
-        if (function.slot == jniSlot(&JNINativeInterface_::NewObjectArray)) {
-            lowest_ = std::min(lowest_, reinterpret_cast<std::uintptr_t>(&here));
-            highest_ = std::max(highest_, reinterpret_cast<std::uintptr_t>(&here));
-        }
-        return true;
-    }
-
-    std::size_t bytes() const { return highest_ - lowest_; }
-
-private:
-    std::uintptr_t lowest_ = UINTPTR_MAX;
-    std::uintptr_t highest_ = 0;
-};
-
-TEST_F(NestedRead, NeedsNoMoreStackForMoreDimensions) {
+TEST_F(NestedRead, HasAsManyLevelsAsJavaArraysCan) {
     Extents extents(255, 1);
     extents[0] = 2;
     extents[253] = 3;
     const Held held(env, arrayOf(extents, qxDOUBLE_CLASS, qxREAL));
     auto* part = static_cast<double*>(held->realData());
     std::iota(part, part + product(extents), 0.0);
-    for (auto* read :
-         {readView, +[](JNIEnv*e, jobject h, bool real) { return readNested(JavaType<jdouble>{}, e, h, real); }}) {
-        jobject nested = nullptr;
-        {
-            const StackDepth depth(env);
-            nested = read(env, held.handle, true);
-            EXPECT_LT(depth.bytes(), 1024u);
-        }
+    for (jobject nested : {readView(env, held.handle, true), readNested(JavaType<jdouble>{}, env, held.handle, true)}) {
         expectNested<jdouble>(env, nested, extents, [&](std::size_t i) { return part[i]; });
     }
 }
@@ -303,62 +273,31 @@ TEST_F(NestedRead, OfNoArrayIsOneEmptyLevel) {
     expectNoThrow(env);
 }
 
-/// Calls `read` in a frame of its own and expects what it leaves there, its result included, and each row of doubles
-/// copied once.
-template <typename Read>
-void expectReferences(JNIEnv* env, int references, Read&& read, int copiedRows = 0) {
-    env->PushLocalFrame(4096);
-    {
-        const JniCounter counter(env);
-        ASSERT_NE(read(), nullptr);
-        EXPECT_EQ(counter.localReferences(), references);
-        EXPECT_EQ(counter.pinnedBlocks(), 0);
-        EXPECT_EQ(counter.globalReferences(), 0);
-        EXPECT_EQ(counter.calls(&JNINativeInterface_::SetDoubleArrayRegion), copiedRows);
-        EXPECT_EQ(counter.calls(&JNINativeInterface_::GetDoubleArrayElements), 0);
-    }
-    env->PopLocalFrame(nullptr);
-}
-
 TEST_F(NestedRead, LeavesOneClassReferenceForEachArrayOfArraysAndEachBoxedRow) {
     const Held matrix(env, arrayOf({100, 4}, qxDOUBLE_CLASS, qxREAL));
     const Held pages(env, arrayOf({7, 5, 3}, qxDOUBLE_CLASS, qxREAL));
     const Held sparse(env, qxCreateSparse(50, 3, 1, qxREAL));
-    readBoxed(JavaType<jint>{}, env, matrix.handle, true);  // the class proxies are there from here on
-    expectReferences(
-        env, 2, [&] { return readNested(JavaType<jdouble>{}, env, matrix.handle, true); }, 100);
-    expectReferences(env, 2, [&] { return readNested(JavaType<jbyte>{}, env, matrix.handle, true); });
-    expectReferences(
-        env, 2, [&] { return readNested(JavaType<jdouble>{}, env, sparse.handle, true); }, 50);
-    expectReferences(env, 2, [&] { return readStrings(env, matrix.handle, true); });
-    expectReferences(env, 2 + 7, [&] { return readNested(JavaType<jint>{}, env, pages.handle, true); });
-    expectReferences(env, 2 + 100, [&] { return readBoxed(JavaType<jint>{}, env, matrix.handle, true); });
-    expectReferences(env, 1, [&] { return readFlat(JavaType<jint>{}, env, matrix.handle, true); });
-}
-
-TEST_F(NestedRead, CopiesEachRowOnceAndKeepsNoneOfThem) {
-    const Extents extents = {3000, 3000};
-    const Held held(env, arrayOf(extents, qxDOUBLE_CLASS, qxREAL));
-    auto* part = static_cast<double*>(held->realData());
-    std::iota(part, part + product(extents), 0.0);
-    jobject rows = nullptr;
-    {
-        const JniCounter counter(env);
-        rows = readNested(JavaType<jdouble>{}, env, held.handle, true);
-        EXPECT_EQ(counter.calls(&JNINativeInterface_::SetDoubleArrayRegion), 3000);
-        EXPECT_EQ(counter.calls(&JNINativeInterface_::GetDoubleArrayElements), 0);
-        EXPECT_EQ(counter.localReferences(), 2);
-    }
-    ASSERT_EQ(lengthOf(env, rows), extents[0]);
-    for (const std::size_t i : {0, 1, 63, 64, 1499, 2999}) {
-        const auto row = toVector<jdouble>(env, elementAt(env, rows, i));
-        ASSERT_EQ(row.size(), extents[1]);
-        for (std::size_t j = 0; j < row.size(); ++j) {
-            ASSERT_EQ(row[j], part[i + j * extents[0]]) << i << " " << j;
+    const std::tuple<int, int, std::function<jobject()>> cases[] = {
+        {2, 100, [&] { return readNested(JavaType<jdouble>{}, env, matrix.handle, true); }},
+        {2, 0, [&] { return readNested(JavaType<jbyte>{}, env, matrix.handle, true); }},
+        {2, 50, [&] { return readNested(JavaType<jdouble>{}, env, sparse.handle, true); }},
+        {2, 0, [&] { return readStrings(env, matrix.handle, true); }},
+        {2 + 7, 0, [&] { return readNested(JavaType<jint>{}, env, pages.handle, true); }},
+        {2 + 100, 0, [&] { return readBoxed(JavaType<jint>{}, env, matrix.handle, true); }},
+        {1, 0, [&] { return readFlat(JavaType<jint>{}, env, matrix.handle, true); }}};
+    for (const auto& [references, copiedRows, read] : cases) {
+        env->PushLocalFrame(4096);
+        env->DeleteLocalRef(read());  // the class proxies are there from here on
+        {
+            const JniCounter counter(env);
+            ASSERT_NE(read(), nullptr);
+            EXPECT_EQ(counter.localReferences(), references) << "its result included";
+            EXPECT_EQ(counter.pinnedBlocks() + counter.globalReferences(), 0);
+            EXPECT_EQ(counter.calls(&JNINativeInterface_::SetDoubleArrayRegion), copiedRows);
+            EXPECT_EQ(counter.calls(&JNINativeInterface_::GetDoubleArrayElements), 0);
         }
+        env->PopLocalFrame(nullptr);
     }
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::nestedread

@@ -13,17 +13,15 @@
 /// subscripts and values, but no strides, tiles or JNI.
 namespace nativevrl::test {
 
-#define LOOMKIT_NATIVE(name) Java_com_norvane_toolbox_loomkit_internal_NVKRT_##name
-
-#define LOOMKIT_READS(Name, Boxed, T)                                                     \
-    inline jobject readNested(JavaType<T>, JNIEnv* env, jobject handle, bool real) {      \
-        return LOOMKIT_NATIVE(qxArrayTo##Name##Array)(env, nullptr, handle, real);        \
-    }                                                                                     \
-    inline jobject readFlat(JavaType<T>, JNIEnv* env, jobject handle, bool real) {        \
-        return LOOMKIT_NATIVE(qxGet##Name##Data)(env, nullptr, handle, real);             \
-    }                                                                                     \
-    inline jobject readBoxed(JavaType<T>, JNIEnv* env, jobject handle, bool real) {       \
-        return LOOMKIT_NATIVE(qxArrayTo##Boxed##ObjectArray)(env, nullptr, handle, real); \
+#define LOOMKIT_READS(Name, Boxed, T)                                                \
+    inline jobject readNested(JavaType<T>, JNIEnv* env, jobject handle, bool real) { \
+        return NVKRT(qxArrayTo##Name##Array)(env, nullptr, handle, real);            \
+    }                                                                                \
+    inline jobject readFlat(JavaType<T>, JNIEnv* env, jobject handle, bool real) {   \
+        return NVKRT(qxGet##Name##Data)(env, nullptr, handle, real);                 \
+    }                                                                                \
+    inline jobject readBoxed(JavaType<T>, JNIEnv* env, jobject handle, bool real) {  \
+        return NVKRT(qxArrayTo##Boxed##ObjectArray)(env, nullptr, handle, real);     \
     }
 LOOMKIT_READS(Boolean, Boolean, jboolean)
 LOOMKIT_READS(Byte, Byte, jbyte)
@@ -35,22 +33,16 @@ LOOMKIT_READS(Float, Float, jfloat)
 LOOMKIT_READS(Double, Double, jdouble)
 #undef LOOMKIT_READS
 
-/// The type that a JavaType stands for: `decltype(typeOf(javaType))`.
-template <typename T>
-T typeOf(JavaType<T>);
-
 inline jobject readView(JNIEnv* env, jobject handle, bool real) {
-    return LOOMKIT_NATIVE(qxArray2ObjectArray)(env, nullptr, handle, real);
+    return NVKRT(qxArray2ObjectArray)(env, nullptr, handle, real);
 }
 inline jobject readStrings(JNIEnv* env, jobject handle, bool real) {
-    return LOOMKIT_NATIVE(qxArrayToStringArray)(env, nullptr, handle, real);
+    return NVKRT(qxArrayToStringArray)(env, nullptr, handle, real);
 }
 inline jobject readString(JNIEnv* env, jobject handle, bool real) {
-    return LOOMKIT_NATIVE(qxGetStringData)(env, nullptr, handle, real);
+    return NVKRT(qxGetStringData)(env, nullptr, handle, real);
 }
-inline jobject readText(JNIEnv* env, jobject handle) { return LOOMKIT_NATIVE(qxArrayToString)(env, nullptr, handle); }
-
-#undef LOOMKIT_NATIVE
+inline jobject readText(JNIEnv* env, jobject handle) { return NVKRT(qxArrayToString)(env, nullptr, handle); }
 
 using Extents = std::vector<std::uint32_t>;
 

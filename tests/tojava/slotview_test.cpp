@@ -2,9 +2,7 @@
 
 #include "tojava/reads.h"
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::slotview {
 
 class SlotView : public JvmTest {
 protected:
@@ -19,20 +17,30 @@ protected:
                             expectSlot(elementAt(env, row, i), qxGetCell(held.array.get(), slot), wrappers[slot]);
                         }
                     });
+        for (std::size_t i = 0; i < wrappers.size() && i < qxGetNumberOfElements(held.array.get()); ++i) {
+            const auto slot = static_cast<jint>(i);
+            const qxArray* inner = qxGetCell(held.array.get(), i);
+            expectSlot(getAt(JavaType<jobject>{}, env, held.handle, slot, true), inner, wrappers[i]);
+            expectSlot(NVKRT(qxGetCell)(env, nullptr, held.handle, slot), inner, wrappers[i]);
+            const jobject data = NVKRT(qxGetData)(env, nullptr, held.handle, true);
+            ASSERT_EQ(classNameOf(env, data), "[Lcom/norvane/toolbox/loomkit/NVArray;");
+            for (std::size_t j = 0; j < lengthOf(env, data); ++j) {
+                expectSlot(elementAt(env, data, j), qxGetCell(held.array.get(), j), wrappers[j]);
+            }
+        }
     }
 
 private:
     void expectSlot(jobject wrapper, const qxArray* slot, const std::string& className) {
         ASSERT_EQ(classNameOf(env, wrapper), "com/norvane/toolbox/loomkit/" + className);
-        const qxArray* array =
-            arrayIn(env, callObject(env, wrapper, "getValue", "()Lcom/norvane/toolbox/loomkit/internal/NativePtr;"));
+        const qxArray* array = arrayOf(env, wrapper);
         if (slot == nullptr) {
             EXPECT_EQ(qxGetClassID(array), qxDOUBLE_CLASS);
             EXPECT_TRUE(qxIsEmpty(array) && !qxIsComplex(array));
         } else {
             EXPECT_TRUE(array != slot && qxSharesStorage(array, slot));
         }
-        callVoid(env, wrapper, "close", "()V");
+        close(env, wrapper);
     }
 };
 
@@ -65,10 +73,7 @@ TEST_F(SlotView, OfAStructSeesAsManySlotsAsItHasElements) {
     const Held handle(env, qxCreateFunctionHandle("sin"));
     expectSlots(handle, {1, 1}, {"NVCharArray"});
     const Held bare(env, qxCreateStructMatrix(1000, 1000, 0, nullptr));
-    EXPECT_EQ(readView(env, bare.handle, true), nullptr);
-    expectThrown(env, "java/lang/NullPointerException", "qxArray data is NULL");
+    expectRefused(env, readView(env, bare.handle, true), "java/lang/NullPointerException", "qxArray data is NULL");
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::slotview

@@ -1,13 +1,12 @@
 /// Arrays as text: displayed, by rows, and as one string in storage order.
 
+#include "support/heapblocks.h"
 #include "tojava/reads.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace nativevrl::test {
-
-namespace {
+namespace nativevrl::test::text {
 
 using Text = JvmTest;
 
@@ -56,7 +55,10 @@ TEST_F(Text, OfAnyOtherArrayIsWhatTheRuntimeDisplays) {
     for (const Held& other : others) {
         const std::string shown = qxToText(other.array.get());
         ASSERT_FALSE(shown.empty());
-        EXPECT_EQ(toText(env, readText(env, other.handle)), shown);
+        const long held = loomkit::test::heapBlocksHeld;
+        const jobject text = readText(env, other.handle);
+        EXPECT_EQ(loomkit::test::heapBlocksHeld, held);
+        EXPECT_EQ(toText(env, text), shown);
     }
     expectNoThrow(env);
 }
@@ -111,6 +113,4 @@ TEST_F(Text, ByRowsServesMatricesOnly) {
     expectThrownClass(env, "java/lang/NoClassDefFoundError");
 }
 
-}  // namespace
-
-}  // namespace nativevrl::test
+}  // namespace nativevrl::test::text

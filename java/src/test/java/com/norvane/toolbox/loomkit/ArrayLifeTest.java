@@ -1,9 +1,6 @@
 package com.norvane.toolbox.loomkit;
 
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertThrows;
-import static org.junit.jupiter.api.Assertions.assertTrue;
+import static org.junit.jupiter.api.Assertions.*;
 
 import com.norvane.toolbox.loomkit.testing.ChildProcess;
 import com.norvane.toolbox.loomkit.testing.Together;

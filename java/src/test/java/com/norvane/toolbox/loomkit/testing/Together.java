@@ -2,11 +2,7 @@ package com.norvane.toolbox.loomkit.testing;
 
 import java.util.ArrayList;
 import java.util.List;
-import java.util.concurrent.Callable;
-import java.util.concurrent.CountDownLatch;
-import java.util.concurrent.ExecutorService;
-import java.util.concurrent.Executors;
-import java.util.concurrent.Future;
+import java.util.concurrent.*;
 
 /** Tasks at the same time. */
 public final class Together {
