@@ -2,6 +2,7 @@
 
 #include "vrlkrt/archive/archivepath.h"
 #include "vrlkrt/archive/digest.h"
+#include "vrlkrt/archive/folderitems.h"
 #include "vrlkrt/archive/trustedfolder.h"
 
 #include "vrlbase/exceptions.h"
@@ -93,6 +94,44 @@ std::string sentence(const std::string& folder, const std::string& problem) {
     return "The component can't be extracted to " + folder + ": " + problem + ".";
 }
 
+[[noreturn]] void failLook(const std::string& folder, int error) { failPath("Can't look into", folder, error); }
+
+bool isEmptyFolder(const std::string& folder) {
+    FolderItems items(folder);
+    const bool hasItem = items.next();
+    if (items.error() != 0) {
+        failLook(folder, items.error());
+    }
+    return !hasItem;
+}
+
+/// An item of an extracted component that its manifest doesn't list, as a path below the folder; "" when there is none.
+/// `within` is the part of the folder to look into: "" or a path with a slash behind it.
+std::string foreignItem(const Manifest& manifest, const std::string& folder, const std::string& within) {
+    FolderItems items(folder + "/" + within);
+    while (items.next()) {
+        std::string path = within + items.name();
+        if (!S_ISDIR(items.mode())) {
+            if (path != manifestEntry && manifest.digests.count(path) == 0) {
+                return path;
+            }
+            continue;
+        }
+        const auto next = manifest.digests.lower_bound(path + "/");
+        if (next == manifest.digests.end() || next->first.compare(0, path.size() + 1, path + "/") != 0) {
+            return path;
+        }
+        std::string below = foreignItem(manifest, folder, path + "/");
+        if (!below.empty()) {
+            return below;
+        }
+    }
+    if (items.error() != 0) {
+        failLook(folder, items.error());
+    }
+    return "";
+}
+
 /// Why a folder is not an earlier extraction of the component `name` that may be replaced; "" when it is one.
 std::string whyNotOurs(const std::string& folder, const std::string& name) {
     Manifest manifest;
@@ -104,19 +143,8 @@ std::string whyNotOurs(const std::string& folder, const std::string& name) {
     if (manifest.name != name) {
         return "the folder holds another component, '" + manifest.name + "'";
     }
-    for (const fs::directory_entry& item : fs::recursive_directory_iterator(folder)) {
-        const std::string path = item.path().lexically_relative(folder).string();
-        const auto next = manifest.digests.lower_bound(path + "/");
-        const bool isListedFolder =
-            next != manifest.digests.end() && next->first.compare(0, path.size() + 1, path + "/") == 0;
-        const bool isListed = item.symlink_status().type() == fs::file_type::directory
-                                  ? isListedFolder
-                                  : path == manifestEntry || manifest.digests.count(path) != 0;
-        if (!isListed) {
-            return "the folder has '" + path + "', which is not the component's";
-        }
-    }
-    return "";
+    const std::string foreign = foreignItem(manifest, folder, "");
+    return foreign.empty() ? "" : "the folder has '" + foreign + "', which is not the component's";
 }
 
 /// One extraction into a folder that the caller named, against others that do the same at the same time: a folder
@@ -151,7 +179,7 @@ private:
             return moveIn();
         }
         if (error) {
-            failPath("Can't look into", folder_, error.value());
+            failLook(folder_, error.value());
         }
         if (status.type() != fs::file_type::directory) {
             throw Norvane::vrl::vrlBaseException(sentence(folder_, "it is there and is not a folder"));
@@ -161,14 +189,14 @@ private:
             return Placed();
         }
         if (!guard.isOpen()) {
-            failPath("Can't look into", folder_, errno);
+            failLook(folder_, errno);
         }
         guard.waitForLock(OpenFile::Lock::exclusive, folder_, deadline_);
         // A folder that another process replaced in the meantime is not the one that the lock was got on.
         if (!guard.isStill(folder_)) {
             return Placed();
         }
-        return fs::is_empty(folder_) ? moveIn() : reuseOrReplace();
+        return isEmptyFolder(folder_) ? moveIn() : reuseOrReplace();
     }
 
     Placed reuseOrReplace() {

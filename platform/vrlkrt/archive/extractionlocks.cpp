@@ -1,5 +1,6 @@
 #include "vrlkrt/archive/extractionlocks.h"
 
+#include "vrlkrt/archive/folderitems.h"
 #include "vrlkrt/archive/manifest.h"
 #include "vrlkrt/archive/printable.h"
 
@@ -15,16 +16,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <new>
 #include <string_view>
-#include <system_error>
 #include <thread>
 
 namespace vrlkrt {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::string_view stagingPrefix = ".loomkit-unpacking-";
 constexpr std::size_t randomNameLength = 6;  // what mkdtemp fills in
@@ -54,30 +50,29 @@ bool hasStagingName(const std::string& name) {
 /// Whether a folder with the name of a staging folder holds what one may hold, in whatever state it was left: empty,
 /// or marked and with nothing in it but the two items.
 bool holdsStaging(const std::string& path) {
-    std::error_code error;
     bool isMarked = false;
     bool isEmpty = true;
-    for (fs::directory_iterator item(path, error), end; !error && item != end; item.increment(error)) {
-        const std::string name = "/" + item->path().filename().string();
-        const fs::file_type type = item->symlink_status(error).type();
-        const bool isMarker = name == markerItem && type == fs::file_type::regular;
+    FolderItems items(path);
+    while (items.next()) {
+        const std::string name = std::string("/") + items.name();
+        const bool isMarker = name == markerItem && S_ISREG(items.mode());
         if (!isMarker && name != freshItem && name != replacedItem) {
             return false;
         }
         isMarked = isMarked || isMarker;
         isEmpty = false;
     }
-    return !error && (isEmpty || isMarked);
+    return items.error() == 0 && (isEmpty || isMarked);
 }
 
 /// Removes the staging folders that processes of this user left: nobody holds their locks.
 void sweepStaging(const std::string& parent) {
-    std::error_code error;
-    for (fs::directory_iterator item(parent, error), end; !error && item != end; item.increment(error)) {
-        const std::string path = item->path().string();
-        if (!hasStagingName(item->path().filename().string())) {
+    FolderItems items(parent);
+    while (items.next()) {
+        if (!hasStagingName(items.name())) {
             continue;
         }
+        const std::string path = parent + "/" + items.name();
         const OpenFile folder = openStaging(path);
         struct stat state {};
         if (folder.isOpen() && fstat(folder.get(), &state) == 0 && state.st_uid == geteuid() &&
@@ -88,17 +83,6 @@ void sweepStaging(const std::string& parent) {
 }
 
 }  // namespace
-
-bool removeTree(const std::string& path) noexcept {
-    try {
-        std::error_code error;
-        fs::remove_all(path, error);
-        return !error;
-    } catch (const std::bad_alloc&) {
-        // Even the overload that reports through an error code takes memory for the walk.
-        return false;
-    }
-}
 
 void failPath(const std::string& what, const std::string& path, int error) {
     throw Norvane::vrl::vrlBaseException(what + " " + printable(path) + ": " + std::strerror(error) + ".");

@@ -13,9 +13,6 @@ namespace vrlkrt {
 /// Reports what went wrong with a path, with the system's words for `error`: "Can't make the folder /x: …".
 [[noreturn]] void failPath(const std::string& what, const std::string& path, int error);
 
-/// Removes a file or a folder with all that is in it, for clean-up that must not fail. False when something stays.
-bool removeTree(const std::string& path) noexcept;
-
 /// How long others may hold what is needed here: long enough for them to unpack the largest archive.
 constexpr std::chrono::milliseconds lockPatience = std::chrono::minutes(2);
 

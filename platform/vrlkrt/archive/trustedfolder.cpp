@@ -1,5 +1,7 @@
 #include "vrlkrt/archive/trustedfolder.h"
 
+#include "vrlkrt/archive/folderitems.h"
+
 #include "vrlbase/exceptions.h"
 
 #include <pwd.h>
@@ -171,21 +173,21 @@ bool isTrustedItem(const std::string& path) {
     return lstat(path.c_str(), &state) == 0 && !S_ISLNK(state.st_mode) && problemOf(path, state, false).empty();
 }
 
+bool areItemsTrusted(const std::string& folder) {
+    FolderItems items(folder);
+    while (items.next()) {
+        const std::string path = folder + "/" + items.name();
+        if (!isTrustedItem(path) || (S_ISDIR(items.mode()) && !areItemsTrusted(path))) {
+            return false;
+        }
+    }
+    return items.error() == 0;
+}
+
 }  // namespace
 
 void requireTrustedFolder(const std::string& folder) { Walk(folder).run(); }
 
-bool isTrustedInside(const std::string& folder) {
-    if (!isTrustedItem(folder)) {
-        return false;
-    }
-    std::error_code error;
-    for (fs::recursive_directory_iterator item(folder, error), end; !error && item != end; item.increment(error)) {
-        if (!isTrustedItem(item->path().string())) {
-            return false;
-        }
-    }
-    return !error;
-}
+bool isTrustedInside(const std::string& folder) { return isTrustedItem(folder) && areItemsTrusted(folder); }
 
 }  // namespace vrlkrt
