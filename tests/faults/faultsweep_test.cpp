@@ -1,6 +1,9 @@
 #include "faults/faultsweep.h"
 #include "krt/component.h"
 
+#include <filesystem>
+#include <fstream>
+
 #define NATIVE(name) Java_com_norvane_toolbox_loomkit_internal_NVKRT_##name
 #define HANDLE_NATIVE(name, rest) NATIVE(name##__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2##rest)
 
@@ -11,20 +14,35 @@ namespace nativevrl::test {
 
 namespace {
 
+constexpr const char* runtimeFailure = "com/norvane/toolbox/loomkit/NVException";
+
 TEST_F(FaultSweep, Lifecycle) {
     jobjectArray options = objectArray(env, "java/lang/String", {javaString(env, u"-nodisplay"), nullptr});
     jobjectArray refused = objectArray(env, "java/lang/String", {javaString(env, u"-fast")});
     const std::vector<jbyte> archive = showcaseArchive();
     Request request;
+<<<<<<< Updated upstream
     request.extractTo = javaPath(env, folder / "swept");
+=======
+    const std::filesystem::path extracted = folder.path() / "swept";
+    request.extractTo = javaString(env, extracted.u16string());
+>>>>>>> Stashed changes
     request.first = warnings;
     request.second = ordinaryOutput;
     const auto create = [&] { return initializeInstance(env, request); };
     const auto withLength = [&](std::size_t length) {
         return [&, length] {
             request.length = static_cast<jint>(length);
-            request.archive = chunkedStream(env, archive, 4096);
+            request.archive = chunkedStream(env, archive, 16384);
         };
+    };
+    const auto withoutFolder = [&, fill = withLength(archive.size())] {
+        std::filesystem::remove_all(extracted);
+        fill();
+    };
+    const auto withEarlierFolder = [&, fill = withLength(archive.size())] {
+        std::ofstream(extracted / "component.json", std::ios::app) << ' ';
+        fill();
     };
     const auto drop = [&] { NATIVE(vrlResetDefaultPrintHandlers)(env, nullptr); };
     const auto keep = native(NATIVE(vrlSetDefaultPrintHandlers), warnings, ordinaryOutput);
@@ -35,14 +53,16 @@ TEST_F(FaultSweep, Lifecycle) {
             {"refused start", Gives::failure, native(NATIVE(vrlInitializeApplication), refused)},
             {"getenv", Gives::object, native(NATIVE(getenv__Ljava_lang_String_2), javaString(env, u"PATH"))},
             {"vrlGetLogFileName", Gives::object, native(NATIVE(vrlGetLogFileName))},
-            {"vrlInitializeComponentInstance", Gives::instance, create, withLength(archive.size())},
+            {"vrlInitializeComponentInstance", Gives::instance, create, withoutFolder},
+            {"an instance of what is there", Gives::instance, create, withLength(archive.size())},
+            {"an instance in place of an earlier one", Gives::instance, create, withEarlierFolder},
             {"half an archive", Gives::failure, create, withLength(5000)},
             {"vrlGetActiveKRT", Gives::address, native(NATIVE(vrlGetActiveKRT))},
             {"vrlWaitForFiguresToDie", Gives::nothing, native(NATIVE(vrlWaitForFiguresToDie), instance)},
             {"vrlSetDefaultPrintHandlers", Gives::nothing, keep, [] {}, drop},
             {"printing", Gives::nothing, native(print), [&] { keep(); }, drop},
         },
-        false);
+        runtimeFailure);
 }
 
 TEST_F(FaultSweep, Evaluation) {
@@ -66,18 +86,20 @@ TEST_F(FaultSweep, Evaluation) {
             outputs = places(env, results);
             inputs = places(env, objects(with));
         };
-        const auto call = native(NATIVE(vrlFeval), instance, javaString(env, function), nlhs, std::ref(outputs),
+        jstring name = javaString(env, function);
+        const auto call = native(NATIVE(vrlFeval), instance, name, nlhs, std::ref(outputs),
                                  static_cast<jint>(with.size()), std::ref(inputs));
-        return Native{"vrlFeval", gives, call, prepare, close};
+        return Native{"vrlFeval of " + toText(env, name), gives, call, prepare, close};
     };
     sweep(
         {
+            evaluation(Gives::failure, u"fail_deep", {javaString(env, u"too deep")}, 1),
             evaluation(Gives::nothing, u"count", {rows, javaString(env, u"x"), objects({boxed<jint>(env, 1)})}, 2),
             evaluation(Gives::nothing, u"same", {held}, 1),
             evaluation(Gives::nothing, u"handle_of", {javaString(env, u"count")}, 1),
-            evaluation(Gives::failure, u"fail_deep", {javaString(env, u"too deep")}, 1),
+            evaluation(Gives::nothing, u"count", std::vector<jobject>(12, rows), 12),
         },
-        false);
+        runtimeFailure);
 }
 
 TEST_F(FaultSweep, Arrays) {
@@ -107,54 +129,52 @@ TEST_F(FaultSweep, Arrays) {
         {"qxDeserialize", Gives::array, native(NATIVE(qxDeserialize), bytes)},
         {"qxCreateArray", Gives::array, native(NATIVE(qxCreateArray), ones, doubles, complex)},
         {"numeric", Gives::array, native(NATIVE(qxCreateNumericArray), ones, numbers, values, doubles, complex)},
-        {"qxCreateStructArray", Gives::array, native(NATIVE(qxCreateStructArray), ones, strings)},
-        {"scalar", Gives::array, native(NATIVE(qxScalar2qxArray__DDII), 1.0, 2.0, doubles, complex)},
+        {"indices", Gives::array, native(fromIndices, ones, ones, values, nullptr, 3, 3, 2, doubles, complex)},
+        {"sparse rows", Gives::array, native(fromRows, rows, rows, doubles, complex)},
+        {"primitive rows", Gives::array, native(convert, rows, rows, doubles, complex)},
+        {"objects", Gives::array, native(convert, mixed, mixed, static_cast<jint>(qxINT16_CLASS), complex)},
+        {"logicals", Gives::array, native(convert, mixed, nullptr, static_cast<jint>(qxLOGICAL_CLASS), complex)},
+        {"strings", Gives::array, native(convert, strings, nullptr, static_cast<jint>(qxCHAR_CLASS), complex)},
+        {"Java cell", Gives::array, native(convert, cell, nullptr, static_cast<jint>(qxCELL_CLASS), complex)},
+        {"Java struct", Gives::array, native(convert, record, nullptr, static_cast<jint>(qxSTRUCT_CLASS), complex)},
+        {"qxArrayToDoubleArray", Gives::object, native(NATIVE(qxArrayToDoubleArray), matrix_, real)},
+        {"sparse to bytes", Gives::object, native(NATIVE(qxArrayToByteArray), sparse_, real)},
+        {"qxGetIntData", Gives::object, native(NATIVE(qxGetIntData), matrix_, real)},
+        {"boxed", Gives::object, native(NATIVE(qxArrayToDoubleObjectArray), matrix_, real)},
+        {"qxArrayToStringArray", Gives::object, native(NATIVE(qxArrayToStringArray), matrix_, real)},
+        {"qxGetStringData", Gives::object, native(NATIVE(qxGetStringData), text_, real)},
+        {"qxArray2ObjectArray", Gives::object, native(NATIVE(qxArray2ObjectArray), matrix_, real)},
+        {"qxArrayToString", Gives::object, native(NATIVE(qxArrayToString), text_)},
+        {"qxGetDimensions", Gives::object, native(NATIVE(qxGetDimensions), matrix_)},
+        {"qxGetFieldNames", Gives::object, native(NATIVE(qxGetFieldNames), record_)},
+        {"qxGetIndexArray", Gives::object, native(NATIVE(qxGetIndexArray), matrix_, 0)},
+        {"qxGetData", Gives::object, native(NATIVE(qxGetData), matrix_, real)},
+        {"qxGetObjectAt", Gives::object, native(HANDLE_NATIVE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
+        {"qxGetDoubleAt", Gives::nothing, native(HANDLE_NATIVE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
+        {"qxCalcSingleSubscript", Gives::nothing, native(NATIVE(qxCalcSingleSubscript), matrix_, ones)},
+        {"qxGetFieldNumber", Gives::nothing, native(NATIVE(qxGetFieldNumber), record_, field)},
+        {"qxCompareArray", Gives::nothing, native(NATIVE(qxCompareArray), matrix_, cell_)},
+        {"qxGetCell", Gives::wrapper, native(NATIVE(qxGetCell), cell_, 1)},
     });
-    const bool refusesBlocks = false;
     sweep(
         {
-            {"indices", Gives::array, native(fromIndices, ones, ones, values, nullptr, 3, 3, 2, doubles, complex)},
-            {"sparse rows", Gives::array, native(fromRows, rows, rows, doubles, complex)},
-            {"primitive rows", Gives::array, native(convert, rows, rows, doubles, complex)},
-            {"objects", Gives::array, native(convert, mixed, mixed, static_cast<jint>(qxINT16_CLASS), complex)},
-            {"logicals", Gives::array, native(convert, mixed, nullptr, static_cast<jint>(qxLOGICAL_CLASS), complex)},
-            {"strings", Gives::array, native(convert, strings, nullptr, static_cast<jint>(qxCHAR_CLASS), complex)},
-            {"Java cell", Gives::array, native(convert, cell, nullptr, static_cast<jint>(qxCELL_CLASS), complex)},
-            {"Java struct", Gives::array, native(convert, record, nullptr, static_cast<jint>(qxSTRUCT_CLASS), complex)},
-            {"qxArrayToDoubleArray", Gives::object, native(NATIVE(qxArrayToDoubleArray), matrix_, real)},
-            {"sparse to bytes", Gives::object, native(NATIVE(qxArrayToByteArray), sparse_, real)},
-            {"qxGetIntData", Gives::object, native(NATIVE(qxGetIntData), matrix_, real)},
-            {"boxed", Gives::object, native(NATIVE(qxArrayToDoubleObjectArray), matrix_, real)},
-            {"qxArrayToStringArray", Gives::object, native(NATIVE(qxArrayToStringArray), matrix_, real)},
-            {"qxGetStringData", Gives::object, native(NATIVE(qxGetStringData), text_, real)},
-            {"qxArray2ObjectArray", Gives::object, native(NATIVE(qxArray2ObjectArray), matrix_, real)},
-            {"qxArrayToString", Gives::object, native(NATIVE(qxArrayToString), text_)},
-            {"qxGetDimensions", Gives::object, native(NATIVE(qxGetDimensions), matrix_)},
-            {"qxGetFieldNames", Gives::object, native(NATIVE(qxGetFieldNames), record_)},
-            {"qxGetIndexArray", Gives::object, native(NATIVE(qxGetIndexArray), matrix_, 0)},
-            {"qxGetData", Gives::object, native(NATIVE(qxGetData), matrix_, real)},
-            {"qxGetObjectAt", Gives::object, native(HANDLE_NATIVE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
-            {"qxGetDoubleAt", Gives::nothing, native(HANDLE_NATIVE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
-            {"qxCalcSingleSubscript", Gives::nothing, native(NATIVE(qxCalcSingleSubscript), matrix_, ones)},
+            {"scalar", Gives::array, native(NATIVE(qxScalar2qxArray__DDII), 1.0, 2.0, doubles, complex)},
+            {"qxCreateStructArray", Gives::array, native(NATIVE(qxCreateStructArray), ones, strings)},
             {"field subscript", Gives::nothing, native(fieldSubscript, record_, field, ones)},
-            {"qxGetFieldNumber", Gives::nothing, native(NATIVE(qxGetFieldNumber), record_, field)},
-            {"qxCompareArray", Gives::nothing, native(NATIVE(qxCompareArray), matrix_, cell_)},
-            {"qxGetCell", Gives::wrapper, native(NATIVE(qxGetCell), cell_, 1)},
         },
-        refusesBlocks);
+        "java/lang/RuntimeException");
     original_ = matrix_;
-    sweep(
-        {
-            {"qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
-            {"qxSetAt of an object", Gives::edit, native(setObject, scratch, 1, javaString(env, u"2.5"), real)},
-            {"qxSetData", Gives::edit, native(NATIVE(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
-            {"qxDestroyArray", Gives::end, native(HANDLE_NATIVE(qxDestroyArray, ), scratch)},
-        },
-        refusesBlocks);
+    sweep({
+        {"qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
+        {"qxSetData", Gives::edit, native(NATIVE(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
+        {"qxDestroyArray", Gives::end, native(HANDLE_NATIVE(qxDestroyArray, ), scratch)},
+    });
+    sweep({{"qxSetAt of an object", Gives::edit, native(setObject, scratch, 1, javaString(env, u"2.5"), real)}},
+          "java/lang/RuntimeException");
     original_ = cell_;
-    sweep({{"qxSetCell", Gives::edit, native(NATIVE(qxSetCell), scratch, 1, rows)}}, refusesBlocks);
+    sweep({{"qxSetCell", Gives::edit, native(NATIVE(qxSetCell), scratch, 1, rows)}});
     original_ = sparse_;
-    sweep({{"sparse qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, IDZ), scratch, 1, 3.0, real)}}, refusesBlocks);
+    sweep({{"sparse qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, IDZ), scratch, 1, 3.0, real)}});
 }
 
 }  // namespace

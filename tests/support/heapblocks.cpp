@@ -1,15 +1,21 @@
 #include "support/heapblocks.h"
 
+#include <cxxabi.h>
+#include <dlfcn.h>
 #include <link.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 // The allocator below the functions that this file puts in front of it.
@@ -29,13 +35,13 @@ void* BELOW(malloc)(std::size_t);
 void* BELOW(calloc)(std::size_t, std::size_t);
 void* BELOW(realloc)(void*, std::size_t);
 void* BELOW(memalign)(std::size_t, std::size_t);
+void BELOW(free)(void*);
 }
 
 namespace loomkit::test {
 
 thread_local std::size_t heapBlocksGiven = 0;
 thread_local std::size_t heapBytesGiven = 0;
-thread_local long heapBlocksHeld = 0;
 thread_local int heapBlocksLeft = -1;
 
 }  // namespace loomkit::test
@@ -45,11 +51,40 @@ namespace {
 using namespace loomkit::test;
 
 thread_local HeapWatch* innermost = nullptr;
+thread_local HeapLedger* ledgerOfThread = nullptr;
 
 /// Whether an object is the dynamic loader or belongs to the virtual machine, whose libraries lie together.
 bool isExempt(std::string_view file) {
     return file.find("/ld-linux") != std::string_view::npos || file.find("/libjvm.so") != std::string_view::npos ||
            (file.find("/jvm/") != std::string_view::npos && file.find("/lib/") != std::string_view::npos);
+}
+
+/// Takes memory without being seen.
+template <typename T>
+struct BelowAllocator {
+    using value_type = T;
+    BelowAllocator() = default;
+    template <typename Other>
+    explicit BelowAllocator(const BelowAllocator<Other>&) noexcept {}
+    T* allocate(std::size_t count) { return static_cast<T*>(BELOW(malloc)(count * sizeof(T))); }
+    void deallocate(T* block, std::size_t) noexcept { BELOW(free)(block); }
+    friend bool operator==(const BelowAllocator&, const BelowAllocator&) { return true; }
+    friend bool operator!=(const BelowAllocator&, const BelowAllocator&) { return false; }
+};
+
+/// What the open ledger remembers: blocks, and the code that asked for them.
+struct LedgerEntries {
+    std::mutex mutex;
+    std::unordered_map<const void*, const void*, std::hash<const void*>, std::equal_to<>,
+                       BelowAllocator<std::pair<const void* const, const void*>>>
+        callers;
+};
+
+std::atomic<bool> ledgerIsOpen{false};
+
+LedgerEntries& ledgerEntries() {
+    static LedgerEntries entries;
+    return entries;
 }
 
 bool isRefused(const void* caller) noexcept {
@@ -60,6 +95,23 @@ bool isRefused(const void* caller) noexcept {
     return true;
 }
 
+/// Passes a block on to the code that asked for it.
+void* give(void* block, const void* caller) noexcept {
+    if (block != nullptr && ledgerOfThread != nullptr) {
+        ledgerOfThread->enter(block, caller);
+    }
+    return block;
+}
+
+/// To be told before the block goes: another thread may be given it at once.
+void forget(const void* block) noexcept {
+    if (block != nullptr && ledgerIsOpen) {
+        LedgerEntries& entries = ledgerEntries();
+        const std::lock_guard<std::mutex> lock(entries.mutex);
+        entries.callers.erase(block);
+    }
+}
+
 void* newBlock(std::size_t size, const void* caller) noexcept {
     if (heapBlocksLeft == 0 || isRefused(caller)) {
         return nullptr;
@@ -67,41 +119,36 @@ void* newBlock(std::size_t size, const void* caller) noexcept {
     heapBlocksLeft -= heapBlocksLeft > 0 ? 1 : 0;
     ++heapBlocksGiven;
     heapBytesGiven += size;
-    void* block = BELOW(malloc)(size == 0 ? 1 : size);
-    heapBlocksHeld += block == nullptr ? 0 : 1;
-    return block;
+    return give(BELOW(malloc)(size == 0 ? 1 : size), caller);
 }
 
-void endBlock(void* block) noexcept {
-    heapBlocksHeld -= block == nullptr ? 0 : 1;
-    std::free(block);
+std::string nameOf(const void* address) {
+    Dl_info info{};
+    if (dladdr(address, &info) == 0) {
+        return "unknown code";
+    }
+    if (info.dli_sname == nullptr) {
+        const auto offset = static_cast<const char*>(address) - static_cast<const char*>(info.dli_fbase);
+        return std::string(info.dli_fname) + " + " + std::to_string(offset);
+    }
+    const std::unique_ptr<char, decltype(&std::free)> plain(
+        abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, nullptr), &std::free);
+    return plain ? plain.get() : info.dli_sname;
 }
 
 }  // namespace
 
 namespace loomkit::test {
 
-HeapWatch::HeapWatch(std::size_t refusedBlock, Refusal refusal) noexcept
-    : outer_(innermost), refusedBlock_(refusedBlock), refusal_(refusal) {
-    findExemptCode();
-    innermost = this;
-}
-
-HeapWatch::~HeapWatch() { innermost = outer_; }
-
-HeapPause::HeapPause() noexcept : watch_(std::exchange(innermost, nullptr)) {}
-
-HeapPause::~HeapPause() { innermost = watch_; }
-
-void HeapWatch::findExemptCode() noexcept {
+ExemptCode::ExemptCode() noexcept {
     const auto add = [](dl_phdr_info* object, std::size_t, void* self) {
-        auto& watch = *static_cast<HeapWatch*>(self);
+        auto& exempt = *static_cast<ExemptCode*>(self);
         for (int i = 0; isExempt(object->dlpi_name) && i < object->dlpi_phnum; ++i) {
             const auto& segment = object->dlpi_phdr[i];
             const bool isCode = segment.p_type == PT_LOAD && (segment.p_flags & PF_X) != 0;
-            if (isCode && watch.exemptCount_ < watch.exempt_.size()) {
+            if (isCode && exempt.count_ < exempt.ranges_.size()) {
                 const std::uintptr_t begin = object->dlpi_addr + segment.p_vaddr;
-                watch.exempt_[watch.exemptCount_++] = {begin, begin + segment.p_memsz};
+                exempt.ranges_[exempt.count_++] = {begin, begin + segment.p_memsz};
             }
         }
         return 0;
@@ -109,16 +156,76 @@ void HeapWatch::findExemptCode() noexcept {
     dl_iterate_phdr(add, this);
 }
 
+bool ExemptCode::holds(const void* address) const noexcept {
+    const auto place = reinterpret_cast<std::uintptr_t>(address);
+    return std::any_of(ranges_.begin(), ranges_.begin() + count_,
+                       [place](const AddressRange& range) { return range.begin <= place && place < range.end; });
+}
+
+HeapWatch::HeapWatch(std::size_t refusedBlock, Refusal refusal) noexcept
+    : outer_(innermost), refusedBlock_(refusedBlock), refusal_(refusal) {
+    innermost = this;
+}
+
+HeapWatch::~HeapWatch() { innermost = outer_; }
+
 bool HeapWatch::admit(const void* caller) noexcept {
-    const auto address = reinterpret_cast<std::uintptr_t>(caller);
-    const auto holdsCaller = [&](const AddressRange& range) { return range.begin <= address && address < range.end; };
-    if (std::any_of(exempt_.begin(), exempt_.begin() + exemptCount_, holdsCaller)) {
+    if (exempt_.holds(caller)) {
         return true;
     }
     ++asked_;
     const bool refused =
         refusedBlock_ != 0 && (refusal_ == Refusal::once ? asked_ == refusedBlock_ : asked_ >= refusedBlock_);
     return !refused;
+}
+
+HeapLedger::HeapLedger() {
+    ledgerIsOpen = true;
+    ledgerOfThread = this;
+}
+
+HeapLedger::~HeapLedger() {
+    ledgerOfThread = nullptr;
+    ledgerIsOpen = false;
+    LedgerEntries& entries = ledgerEntries();
+    const std::lock_guard<std::mutex> lock(entries.mutex);
+    entries.callers.clear();
+}
+
+std::size_t HeapLedger::held() const {
+    LedgerEntries& entries = ledgerEntries();
+    const std::lock_guard<std::mutex> lock(entries.mutex);
+    return entries.callers.size();
+}
+
+std::string HeapLedger::holders() const {
+    const HeapPause reading;
+    LedgerEntries& entries = ledgerEntries();
+    const auto callers = [&] {
+        const std::lock_guard<std::mutex> lock(entries.mutex);
+        return entries.callers;
+    }();
+    std::string text;
+    for (const auto& entry : callers) {
+        text += nameOf(entry.second) + "\n";
+    }
+    return text;
+}
+
+void HeapLedger::enter(const void* block, const void* caller) {
+    if (!exempt_.holds(caller)) {
+        LedgerEntries& entries = ledgerEntries();
+        const std::lock_guard<std::mutex> lock(entries.mutex);
+        entries.callers[block] = caller;
+    }
+}
+
+HeapPause::HeapPause() noexcept
+    : watch_(std::exchange(innermost, nullptr)), ledger_(std::exchange(ledgerOfThread, nullptr)) {}
+
+HeapPause::~HeapPause() {
+    innermost = watch_;
+    ledgerOfThread = ledger_;
 }
 
 }  // namespace loomkit::test
@@ -137,34 +244,45 @@ bool HeapWatch::admit(const void* caller) noexcept {
     throw std::bad_alloc();
 }
 
-[[gnu::noinline]] void operator delete(void* block) noexcept { endBlock(block); }
-[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept { endBlock(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { endBlock(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 extern "C" {
 
-[[gnu::noinline]] void* malloc(std::size_t size) noexcept { return isRefused(CALLER) ? nullptr : BELOW(malloc)(size); }
+[[gnu::noinline]] void* malloc(std::size_t size) noexcept {
+    return isRefused(CALLER) ? nullptr : give(BELOW(malloc)(size), CALLER);
+}
 
 [[gnu::noinline]] void* calloc(std::size_t count, std::size_t size) noexcept {
-    return isRefused(CALLER) ? nullptr : BELOW(calloc)(count, size);
+    return isRefused(CALLER) ? nullptr : give(BELOW(calloc)(count, size), CALLER);
 }
 
 /// A size of 0 ends the block.
 [[gnu::noinline]] void* realloc(void* block, std::size_t size) noexcept {
-    return size != 0 && isRefused(CALLER) ? nullptr : BELOW(realloc)(block, size);
+    if (size != 0 && isRefused(CALLER)) {
+        return nullptr;
+    }
+    forget(block);
+    return give(BELOW(realloc)(block, size), CALLER);
 }
 
 [[gnu::noinline]] void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return isRefused(CALLER) ? nullptr : BELOW(memalign)(alignment, size);
+    return isRefused(CALLER) ? nullptr : give(BELOW(memalign)(alignment, size), CALLER);
 }
 
 [[gnu::noinline]] int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
-    void* given = isRefused(CALLER) ? nullptr : BELOW(memalign)(alignment, size);
+    void* given = isRefused(CALLER) ? nullptr : give(BELOW(memalign)(alignment, size), CALLER);
     if (given == nullptr) {
         return ENOMEM;
     }
     *block = given;
     return 0;
+}
+
+[[gnu::noinline]] void free(void* block) noexcept {
+    forget(block);
+    BELOW(free)(block);
 }
 
 [[gnu::noinline]] void* mmap(void* place, std::size_t bytes, int protection, int flags, int file,

@@ -14,7 +14,8 @@ class JniCounter : public JniProbe {
 public:
     explicit JniCounter(JNIEnv* env) : JniProbe(env) {}
 
-    /// Local references that are left.
+    /// Local references that are left. Those of natives that Java runs inside of a call go with the natives, and are
+    /// not counted.
     int localReferences() const { return balance(JniEffect::makesLocal, JniEffect::deletesLocal); }
     int globalReferences() const { return balance(JniEffect::makesGlobal, JniEffect::deletesGlobal); }
     int weakReferences() const { return balance(JniEffect::makesWeak, JniEffect::deletesWeak); }
@@ -36,6 +37,9 @@ public:
     bool admits(const JniFunction&) override { return true; }
     void saw(const JniFunction& function, bool gave) override {
         ++calls_[function.slot];
+        if (isInsideCall() && isLocal(function.effect)) {
+            return;
+        }
         if (function.effect == JniEffect::pushesFrame) {
             frames_.push_back(localReferences());
         } else if (function.effect == JniEffect::popsFrame) {
@@ -47,6 +51,11 @@ public:
     }
 
 private:
+    static bool isLocal(JniEffect effect) {
+        return effect == JniEffect::makesLocal || effect == JniEffect::deletesLocal ||
+               effect == JniEffect::pushesFrame || effect == JniEffect::popsFrame;
+    }
+
     int balance(JniEffect made, JniEffect ended) const {
         return effects_[static_cast<std::size_t>(made)] - effects_[static_cast<std::size_t>(ended)];
     }

@@ -15,6 +15,16 @@ constexpr std::size_t slotCount = sizeof(Table) / sizeof(void*);
 
 /// Innermost probe of the thread.
 thread_local JniProbe* innermost = nullptr;
+/// Calls of the thread that the virtual machine is at work on, one inside of the other.
+thread_local int runningCalls = 0;
+
+struct RunningCall {
+    RunningCall() { ++runningCalls; }
+    ~RunningCall() { --runningCalls; }
+    RunningCall(const RunningCall&) = delete;
+    RunningCall& operator=(const RunningCall&) = delete;
+};
+
 /// Table of the virtual machine, the same for all threads.
 const Table* machineTable = nullptr;
 std::array<bool, slotCount> watchedSlots = {};
@@ -52,11 +62,15 @@ struct Watched<Member, Effect, Failure> {
         if (!JniDispatch::admit(function)) {
             return Result();
         }
+        const auto run = [&] {
+            const RunningCall running;
+            return (machineTable->*Member)(env, arguments...);
+        };
         if constexpr (std::is_void_v<Result>) {
-            (machineTable->*Member)(env, arguments...);
+            run();
             JniDispatch::report(function, true);
         } else {
-            Result result = (machineTable->*Member)(env, arguments...);
+            Result result = run();
             JniDispatch::report(function, result != Result());
             return result;
         }
@@ -163,6 +177,8 @@ JniProbe::~JniProbe() {
 }
 
 bool JniProbe::installed() { return innermost != nullptr; }
+
+bool JniProbe::isInsideCall() { return runningCalls > 0; }
 
 const JNINativeInterface_* JniProbe::machine() { return machineTable; }
 

@@ -58,6 +58,9 @@ public:
     /// Whether the calling thread has any probe.
     static bool installed();
 
+    /// Whether the thread is inside of a call, so that what calls now is a native that Java runs meanwhile.
+    static bool isInsideCall();
+
     /// Before the call: false makes it fail, as its `failure` says, without reaching the virtual machine.
     virtual bool admits(const JniFunction&) { return true; }
     /// After a call that was admitted; `gave` is false for a null result.

@@ -28,8 +28,7 @@ protected:
             const JniCounter counter(env);
             qxArrayOwner array = takeArray(env, fromObjects(env, realObject, imaginaryObject, stated, isComplex));
             EXPECT_EQ(counter.pinnedBlocks(), 0);
-            // Object.getClass is native itself: the machine ends the reference that is counted for it.
-            references_ = counter.localReferences() - counter.calls(&JNINativeInterface_::GetObjectClass);
+            references_ = counter.localReferences();
             return array;
         };
         qxArrayOwner array = convert();
