@@ -21,12 +21,8 @@ TEST_F(FaultSweep, Lifecycle) {
     jobjectArray refused = objectArray(env, "java/lang/String", {javaString(env, u"-fast")});
     const std::vector<jbyte> archive = showcaseArchive();
     Request request;
-<<<<<<< Updated upstream
-    request.extractTo = javaPath(env, folder / "swept");
-=======
-    const std::filesystem::path extracted = folder.path() / "swept";
-    request.extractTo = javaString(env, extracted.u16string());
->>>>>>> Stashed changes
+    const std::string extracted = folder / "swept";
+    request.extractTo = javaPath(env, extracted);
     request.first = warnings;
     request.second = ordinaryOutput;
     const auto create = [&] { return initializeInstance(env, request); };
@@ -41,7 +37,7 @@ TEST_F(FaultSweep, Lifecycle) {
         fill();
     };
     const auto withEarlierFolder = [&, fill = withLength(archive.size())] {
-        std::ofstream(extracted / "component.json", std::ios::app) << ' ';
+        std::ofstream(extracted + "/component.json", std::ios::app) << ' ';
         fill();
     };
     const auto drop = [&] { NATIVE(vrlResetDefaultPrintHandlers)(env, nullptr); };
