@@ -55,9 +55,9 @@ TEST_F(Text, OfAnyOtherArrayIsWhatTheRuntimeDisplays) {
     for (const Held& other : others) {
         const std::string shown = qxToText(other.array.get());
         ASSERT_FALSE(shown.empty());
-        const long held = loomkit::test::heapBlocksHeld;
+        const loomkit::test::HeapLedger ledger;
         const jobject text = readText(env, other.handle);
-        EXPECT_EQ(loomkit::test::heapBlocksHeld, held);
+        EXPECT_EQ(ledger.held(), 0U) << ledger.holders();
         EXPECT_EQ(toText(env, text), shown);
     }
     expectNoThrow(env);
