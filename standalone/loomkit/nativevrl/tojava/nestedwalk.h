@@ -7,13 +7,14 @@
 #include "tojava/leaves.h"
 #include "tojava/partview.h"
 
+#include <boost/container/small_vector.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cassert>
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace nativevrl {
 
@@ -41,7 +42,7 @@ public:
         planTile(levels.back());
         // The class names of the arrays within are the ends of this one.
         const std::string elementClass = std::string(levels.size() - 2, '[') + Leaf::className();
-        std::vector<Siblings> open(levels.size() - 1);
+        OpenLevels open(levels.size() - 1);
         open[0].arrays.emplace_back(env_, elementClass.c_str(), javaLength(env_, levels[0].size));
         fill(open, levels, elementClass.c_str());
         return open[0].arrays[0].detach();
@@ -75,19 +76,25 @@ private:
     /// Arrays of one level whose elements are neighbours in the source: all their first elements, then all their
     /// second ones and so on.
     struct Siblings {
-        std::vector<Outer> arrays;
+        boost::container::small_vector<Outer, 1> arrays;
         std::size_t index = 0;  ///< of the first array's first element
         unsigned filled = 0;    ///< elements that each of the arrays has
-        unsigned steps = 0;     ///< elements that each of them gets next
+        unsigned ahead = 0;     ///< the first arrays, which have one more
 
         unsigned count() const { return static_cast<unsigned>(arrays.size()); }
-        unsigned children() const { return count() * steps; }
 
-        /// Sets one of the elements that come next, in the order of the source.
-        void set(unsigned child, jobject value) {
-            arrays[child % count()].set(static_cast<jsize>(filled + child / count()), value);
+        /// Sets the element that comes next in the order of the source.
+        void add(jobject value) {
+            arrays[ahead].set(static_cast<jsize>(filled), value);
+            if (++ahead == count()) {
+                ahead = 0;
+                ++filled;
+            }
         }
     };
+
+    /// What is open at each level of arrays. A matrix has one of them, with one array, and takes nothing of the heap.
+    using OpenLevels = boost::container::small_vector<Siblings, 1>;
 
     /// Rows that are neighbours in the source.
     struct Rows {
@@ -114,7 +121,7 @@ private:
     }
 
     /// Fills the outermost array; `open` has a place for each level of arrays.
-    void fill(std::vector<Siblings>& open, const LevelTable& levels, const char* elementClass) {
+    void fill(OpenLevels& open, const LevelTable& levels, const char* elementClass) {
         for (std::size_t depth = 0; depth != 0 || open[0].filled < levels[0].size;) {
             Siblings& siblings = open[depth];
             const LevelExtent& level = levels[depth];
@@ -122,18 +129,17 @@ private:
                 handUp(siblings, open[--depth]);
                 continue;
             }
-            siblings.steps = stepsFrom(siblings, level);
+            const unsigned steps = stepsFrom(siblings, level);
+            const unsigned children = siblings.count() * steps;
             const std::size_t index = siblings.index + std::size_t{siblings.filled} * level.stride;
             if (depth + 1 < open.size()) {
                 ++depth;
-                make(open[depth], siblings.children(), elementClass + depth, levels[depth].size);
+                make(open[depth], children, elementClass + depth, levels[depth].size);
                 open[depth].index = index;
             } else {
-                const bool isLast = siblings.filled + siblings.steps == level.size;
-                const std::size_t next = index + std::size_t{siblings.steps} * level.stride;
-                fillRows({siblings, siblings.children(), index, isLast ? std::nullopt : std::optional(next)},
-                         levels.back());
-                siblings.filled += siblings.steps;
+                const bool isLast = siblings.filled + steps == level.size;
+                const std::size_t next = index + std::size_t{steps} * level.stride;
+                fillRows({siblings, children, index, isLast ? std::nullopt : std::optional(next)}, levels.back());
             }
         }
     }
@@ -159,11 +165,10 @@ private:
 
     /// Puts arrays that are full into their own.
     static void handUp(Siblings& full, Siblings& parents) {
-        for (unsigned i = 0; i < parents.children(); ++i) {
-            parents.set(i, full.arrays[i].ref());
+        for (const Outer& array : full.arrays) {
+            parents.add(array.ref());
         }
         full.arrays.clear();
-        parents.filled += parents.steps;
     }
 
     void fillRows(const Rows& rows, const LevelExtent& line) {
@@ -171,7 +176,7 @@ private:
             for (unsigned i = 0; i < rows.count; ++i) {
                 Leaf leaf(env_, line.size);
                 writeRow(leaf, rows.index + i, line.stride, line.size);
-                rows.parents.set(i, leaf.row());
+                rows.parents.add(leaf.row());
             }
         } else if (areLong_) {
             fillLongRows(rows, line);
@@ -202,7 +207,7 @@ private:
             }
             Leaf leaf(env_, line.size);
             leaf.write(0, tile_.row(i), line.size);
-            rows.parents.set(i, leaf.row());
+            rows.parents.add(leaf.row());
         }
     }
 
@@ -241,7 +246,7 @@ private:
             }
         }
         for (unsigned i = 0; i < rows.count; ++i) {
-            rows.parents.set(i, open[i]->row());
+            rows.parents.add(open[i]->row());
         }
     }
 
