@@ -5,7 +5,8 @@ include("${CMAKE_CURRENT_LIST_DIR}/LoomkitProtection.cmake")
 # Builds a component and packs it: the shared object of SOURCES, linked with the runtime and LIBRARIES, goes with
 # MANIFEST (component.json in the current source folder unless given) and FILES (paths relative to the current
 # source folder, which they keep) into <build>/components/<name>.kpa. The target component_<name> is part of a
-# plain build; the variable LOOMKIT_COMPONENT_<name> gets the path of the archive.
+# plain build; the variable LOOMKIT_COMPONENT_<name> gets the path of the archive. Where kpa isn't built, the shared
+# object alone is: the target component_<name>_library.
 function(loomkit_add_component)
     cmake_parse_arguments(ARG "" "NAME;MANIFEST" "SOURCES;LIBRARIES;FILES" ${ARGN})
     if(NOT ARG_NAME OR NOT ARG_SOURCES OR ARG_UNPARSED_ARGUMENTS)
@@ -31,6 +32,9 @@ function(loomkit_add_component)
         VISIBILITY_INLINES_HIDDEN ON
         SKIP_BUILD_RPATH ON)
 
+    if(NOT TARGET kpa)
+        return()
+    endif()
     string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" platform)
     set(folder "${CMAKE_BINARY_DIR}/components/${ARG_NAME}.folder")
     set(archive "${CMAKE_BINARY_DIR}/components/${ARG_NAME}.kpa")

@@ -27,6 +27,16 @@ struct Lanes<8> {
     using Vector = std::int64_t __attribute__((vector_size(16)));
 };
 
+/// The elements of two vectors at constant places, which count through both.
+template <int... place, typename Vector>
+Vector shuffled(const Vector& first, const Vector& second) {
+#if defined(__clang__) || __GNUC__ >= 12
+    return __builtin_shufflevector(first, second, place...);
+#else
+    return __builtin_shuffle(first, second, Vector{place...});
+#endif
+}
+
 /// As many lines of elements as a vector has lanes, by their bits: a square that is turned in a few registers.
 template <typename Element>
 struct SquareBlock {
@@ -60,8 +70,8 @@ private:
             for (std::size_t i = 0; i < half; ++i) {
                 const Vector& first = old.lines[i];
                 const Vector& second = old.lines[i + half];
-                lines[2 * i] = __builtin_shufflevector(first, second, (lane / 2 + lane % 2 * 2 * half)...);
-                lines[2 * i + 1] = __builtin_shufflevector(first, second, (half + lane / 2 + lane % 2 * 2 * half)...);
+                lines[2 * i] = shuffled<(lane / 2 + lane % 2 * 2 * half)...>(first, second);
+                lines[2 * i + 1] = shuffled<(half + lane / 2 + lane % 2 * 2 * half)...>(first, second);
             }
         }
     }

@@ -56,6 +56,7 @@ public class NVException extends RuntimeException {
      * @throws IllegalArgumentException when there are not that many lines
      * @throws NullPointerException for no lines, or one of them being null
      */
+    @SuppressWarnings("this-escape")  // to the methods of Throwable that read and set the stack trace
     public NVException(String message, String[] stackLines, int count) {
         super(message);
         nativeStack = new ArrayList<>(checked(stackLines, count));
