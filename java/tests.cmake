@@ -59,8 +59,20 @@ set_tests_properties(java_tests PROPERTIES
     ENVIRONMENT "${java_environment}"
     FAIL_REGULAR_EXPRESSION "WARNING in native method;FATAL ERROR in native method")
 
-# From the jar alone, as users have it.
-add_test(NAME jar_test
-    COMMAND "${CMAKE_COMMAND}" "-Djava=${Java_JAVA_EXECUTABLE}" "-Djar=${loomkit_jar_file}"
-        "-Dhome=${CMAKE_CURRENT_BINARY_DIR}/home" -P "${CMAKE_CURRENT_SOURCE_DIR}/jartest.cmake")
-set_tests_properties(jar_test PROPERTIES ENVIRONMENT "${java_environment}")
+# From the jar alone, as users have it, with each Java of this machine. The sanitizers watch the build's own.
+set(runtimes "${Java_JAVA_EXECUTABLE}")
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    file(GLOB installed /usr/lib/jvm/*/bin/java)
+    list(APPEND runtimes ${installed})
+endif()
+list(TRANSFORM runtimes REPLACE "/bin/java$" "")
+foreach(runtime IN LISTS runtimes)
+    file(REAL_PATH "${runtime}" runtime)
+    cmake_path(GET runtime FILENAME name)
+    if(NOT TEST "jar_test_${name}" AND EXISTS "${runtime}/bin/java")
+        add_test(NAME "jar_test_${name}"
+            COMMAND "${CMAKE_COMMAND}" "-Druntime=${runtime}" "-Djdk=${loomkit_jdk}" "-Djar=${loomkit_jar_file}"
+                "-Dhome=${CMAKE_CURRENT_BINARY_DIR}/home/${name}" -P "${CMAKE_CURRENT_SOURCE_DIR}/jartest.cmake")
+        set_tests_properties("jar_test_${name}" PROPERTIES ENVIRONMENT "${java_environment}")
+    endif()
+endforeach()
