@@ -69,7 +69,7 @@ TEST_F(Refusals, OfNestedData) {
     };
     EXPECT_THROW(withExtents({1, 4}), tether::Exception);
     refused(nullptr, runtime, "array dimensions do not match");
-    EXPECT_TRUE(qxSharesStorage(qxArrayOwner(withExtents({2, 2})).get(), source));
+    EXPECT_TRUE(qxSharesStorage(withExtents({2, 2}).get(), source));
     EXPECT_EQ(counter.pinnedBlocks(), 0);
     callVoid(env, wrapper.ref(), "close", "()V");
 }

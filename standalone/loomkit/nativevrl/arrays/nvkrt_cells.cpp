@@ -24,8 +24,8 @@ void checkSlot(JNIEnv* env, const qxArray* array, jint index) {
 /// A new array from a Java object, its class and complexity derived, in the free scope. Raises
 /// java.lang.OutOfMemoryError when it can't be made.
 qxArrayOwner elementFromJava(JNIEnv* env, jobject value) {
-    qxArrayOwner element(JConvert::convertObjectPair(env, JObjectProxy(env, value), JObjectProxy(env, nullptr),
-                                                     qxUNKNOWN_CLASS, qxREAL));
+    qxArrayOwner element =
+        JConvert::convertObjectPair(env, JObjectProxy(env, value), JObjectProxy(env, nullptr), qxUNKNOWN_CLASS, qxREAL);
     if (!element) {
         tether::throwOutOfMemory(env);
     }

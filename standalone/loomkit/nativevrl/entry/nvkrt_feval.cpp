@@ -44,7 +44,7 @@ qxArray* arrayOfInput(JNIEnv* env, krtInstance& instance, const JObjectProxy& in
         const JObjectProxy referent = JNVJavaObjectRefProxy(env, input.ref()).get();
         return wrapReferent(env, instance, referent);
     }
-    return JConvert::convertObject(env, input);
+    return JConvert::convertObject(env, input).release();
 }
 
 void convertInputs(JNIEnv* env, krtInstance& instance, const JListIteratorProxy& inputs, LocalQxArrayList& arrays) {

@@ -4,7 +4,6 @@
 #include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "proxies/jnvarrayproxy.h"
-#include "qx/arrayowner.h"
 #include "toarray/compound.h"
 #include "toarray/nativeelement.h"
 #include "toarray/nestedstore.h"
@@ -33,16 +32,13 @@ PlainExtents nativeExtents(JNVArrayPropertySpecifier& specifier) {
     return extents;
 }
 
-qxArray* createStructArray(const PlainExtents& extents, const std::vector<std::string>& fieldNames) {
+qxArrayOwner createStructArray(const PlainExtents& extents, const std::vector<std::string>& fieldNames) {
     std::vector<const char*> names;
     for (const std::string& name : fieldNames) {
         names.push_back(name.c_str());
     }
-    return qxCreateStructArray(extents.count(), extents.data(), static_cast<std::uint32_t>(names.size()), names.data());
-}
-
-[[noreturn]] void refuseCreation(JNIEnv* env) {
-    raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
+    return qxArrayOwner(
+        qxCreateStructArray(extents.count(), extents.data(), static_cast<std::uint32_t>(names.size()), names.data()));
 }
 
 [[noreturn]] void refuseType(JNIEnv* env, jobject object) {
@@ -100,7 +96,7 @@ bool hasElementClass(qxClassID classId) {
 }
 
 /// A handle of its own on a native array that a Java wrapper holds; of another class where one is stated.
-qxArray* passOn(JNVArrayInitializer& initializer) {
+qxArrayOwner passOn(JNVArrayInitializer& initializer) {
     JNIEnv* env = initializer.env();
     const qxArray* source = JNVBuiltinArrayProxy(env, initializer.real()).getArray();
     const qxClassID ownClass = classIdOf(source);
@@ -112,35 +108,35 @@ qxArray* passOn(JNVArrayInitializer& initializer) {
     if (converts && !(hasElementClass(ownClass) && hasElementClass(target))) {
         refuseType(env, initializer.real());
     }
-    qxArray* result = converts ? qxCreateConvertedCopy(source, target) : qxCreateSharedDataCopy(source);
-    if (result == nullptr) {
-        refuseCreation(env);
-    }
-    return setFreeScope(result);
+    return requireCreated(
+        env, qxArrayOwner(converts ? qxCreateConvertedCopy(source, target) : qxCreateSharedDataCopy(source)));
 }
 
 }  // namespace
 
-qxArray* createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier, qxContents contents) {
+qxArrayOwner requireCreated(JNIEnv* env, qxArrayOwner array) {
+    if (array == nullptr) {
+        raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
+    }
+    setFreeScope(array.get());
+    return array;
+}
+
+qxArrayOwner createArrayFromProperties(JNIEnv* env, JNVArrayPropertySpecifier& specifier, qxContents contents) {
     const qxComplexity complexity = specifier.hasComplexity() ? specifier.getComplexity() : qxREAL;
     const qxClassID classId = specifier.hasClassID() ? specifier.getClassID() : qxDOUBLE_CLASS;
     const PlainExtents extents = nativeExtents(specifier);
-    qxArray* array = nullptr;
     if (classId == qxCELL_CLASS) {
-        array = qxCreateCellArray(extents.count(), extents.data());
-    } else if (classId == qxSTRUCT_CLASS) {
-        array = createStructArray(extents, specifier.fieldNames());
-    } else {
-        const auto create = contents == qxContents::zeros ? qxCreateNumericArray : qxCreateUninitNumericArray;
-        array = create(extents.count(), extents.data(), classId, complexity);
+        return requireCreated(env, qxArrayOwner(qxCreateCellArray(extents.count(), extents.data())));
     }
-    if (array == nullptr) {
-        refuseCreation(env);
+    if (classId == qxSTRUCT_CLASS) {
+        return requireCreated(env, createStructArray(extents, specifier.fieldNames()));
     }
-    return setFreeScope(array);
+    const auto create = contents == qxContents::zeros ? qxCreateNumericArray : qxCreateUninitNumericArray;
+    return requireCreated(env, qxArrayOwner(create(extents.count(), extents.data(), classId, complexity)));
 }
 
-qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initializer) {
+qxArrayOwner createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initializer) {
     jobject real = initializer.real();
     if (real != nullptr && JNVBuiltinArrayClassProxy::instance(env)->isInstance(env, real)) {
         return passOn(initializer);
@@ -151,12 +147,12 @@ qxArray* createArrayFromInitializer(JNIEnv* env, JNVArrayInitializer& initialize
     }
     // Zeros in holes are cheaper to have from the start than to put there one by one.
     const qxContents contents = initializer.isBox() ? qxContents::unset : qxContents::zeros;
-    qxArrayOwner array(createArrayFromProperties(env, initializer, contents));
+    qxArrayOwner array = createArrayFromProperties(env, initializer, contents);
     if (!array) {
         raise(env, nvExceptionClass, "TAVRIX array creation failed");
     }
     fillFromJava(initializer, classId, array.get(), contents);
-    return array.release();
+    return array;
 }
 
 }  // namespace nativevrl::JConvert

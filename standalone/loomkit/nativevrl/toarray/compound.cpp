@@ -52,7 +52,7 @@ qxArrayOwner convertValue(JavaKindReader& kindOf, const JObjectProxy& value) {
         raise(kindOf.env(), "java/lang/RuntimeException",
               "NVArray subtypes not allowed as values of non KRT based data types");
     }
-    return qxArrayOwner(convertObject(kindOf, value));
+    return convertObject(kindOf, value);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@ namespace nativevrl::JConvert {
 
 namespace {
 
-qxArray* convertStated(const JObjectProxy& real, const JObjectProxy& imaginary, JNVArrayPropertySpecifier stated) {
+qxArrayOwner convertStated(const JObjectProxy& real, const JObjectProxy& imaginary, JNVArrayPropertySpecifier stated) {
     JavaKindReader kindOf(real.env());
     const JNVArrayInitializer data(kindOf, real.ref(), imaginary.ref());
     JNVSpecifiedArrayInitializer initializer(data, stated);
@@ -15,23 +15,23 @@ qxArray* convertStated(const JObjectProxy& real, const JObjectProxy& imaginary, 
 
 }  // namespace
 
-qxArray* convertObject(JNIEnv* env, const JObjectProxy& real) {
+qxArrayOwner convertObject(JNIEnv* env, const JObjectProxy& real) {
     JavaKindReader kindOf(env);
     return convertObject(kindOf, real);
 }
 
-qxArray* convertObject(JavaKindReader& kindOf, const JObjectProxy& real) {
+qxArrayOwner convertObject(JavaKindReader& kindOf, const JObjectProxy& real) {
     JNVArrayInitializer data(kindOf, real.ref(), nullptr);
     return createArrayFromInitializer(kindOf.env(), data);
 }
 
-qxArray* convertObjectPair(JNIEnv*, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,
-                           qxComplexity complexity) {
+qxArrayOwner convertObjectPair(JNIEnv*, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,
+                               qxComplexity complexity) {
     return convertStated(real, imaginary, JNVArrayPropertySpecifier(classId, complexity));
 }
 
-qxArray* convertObjectPairWithDimensions(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,
-                                         jintArray dimensions, qxClassID classId, qxComplexity complexity) {
+qxArrayOwner convertObjectPairWithDimensions(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,
+                                             jintArray dimensions, qxClassID classId, qxComplexity complexity) {
     return convertStated(real, imaginary, JNVArrayPropertySpecifier(env, dimensions, classId, complexity));
 }
 

@@ -20,7 +20,7 @@ namespace {
 
 qxArrayOwner createStated(JNIEnv* env, jintArray dims, qxClassID classId, jint complexity) {
     JNVArrayPropertySpecifier stated(env, dims, classId, static_cast<qxComplexity>(complexity));
-    return qxArrayOwner(createArrayFromProperties(env, stated));
+    return createArrayFromProperties(env, stated);
 }
 
 qxArrayOwner createNumeric(JNIEnv* env, jintArray dims, jobject realData, jobject imagData, jint classId,
@@ -91,7 +91,7 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxObject2qxArray(JNIEnv*
     return creating(env, [&] {
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
-        return qxArrayOwner(convertObjectPair(env, real, imaginary, static_cast<qxClassID>(classId),
-                                              static_cast<qxComplexity>(complexity)));
+        return convertObjectPair(env, real, imaginary, static_cast<qxClassID>(classId),
+                                 static_cast<qxComplexity>(complexity));
     });
 }

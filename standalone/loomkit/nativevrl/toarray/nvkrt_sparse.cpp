@@ -17,7 +17,7 @@ Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjav
                                      static_cast<qxComplexity>(complexity)};
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
-        return qxArrayOwner(createSparseFromJava(env, rowIndex, colIndex, real, imaginary, stated));
+        return createSparseFromJava(env, rowIndex, colIndex, real, imaginary, stated);
     });
 }
 
@@ -26,7 +26,7 @@ jobject Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix__Lj
     return creating(env, [&] {
         const JObjectProxy real(env, realData);
         const JObjectProxy imaginary(env, imagData);
-        return qxArrayOwner(convertToSparse(env, real, imaginary, static_cast<qxClassID>(classId),
-                                            static_cast<qxComplexity>(complexity)));
+        return convertToSparse(env, real, imaginary, static_cast<qxClassID>(classId),
+                               static_cast<qxComplexity>(complexity));
     });
 }

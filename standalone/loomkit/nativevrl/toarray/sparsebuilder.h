@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qx/qx.h"
+#include "qx/arrayowner.h"
 #include "toarray/indextranslator.h"
 #include "toarray/sparseentry.h"
 #include "toarray/sparseorder.h"
@@ -151,11 +151,11 @@ void fillSparse(const std::vector<Entry>& entries, qxArray& array, unsigned colu
 }
 
 /// A sparse array of the triplets with room for at least `room` elements: zeros dropped, duplicates summed (logical
-/// ones ORed). Free-standing, the caller's to end; null when there is no memory for it. Throws
+/// ones ORed). Null when there is no memory for it. Throws
 /// RangeMaxChecker<unsigned>::overflow_exception for entries of a matrix without rows or columns, whose limits let
 /// every index pass.
 template <typename Entry, typename Source, typename Dimensions>
-qxArray* buildSparseFromTriplets(Source source, Dimensions dimensions, std::uint32_t room) {
+qxArrayOwner buildSparseFromTriplets(Source source, Dimensions dimensions, std::uint32_t room) {
     auto [entries, inOrder] = readTriplets<Entry>(source, dimensions);
     const unsigned rows = dimensions.rows();
     const unsigned columns = dimensions.columns();
@@ -165,7 +165,7 @@ qxArray* buildSparseFromTriplets(Source source, Dimensions dimensions, std::uint
     if (!inOrder) {
         sortEntries(entries, rows, columns);
     }
-    qxArray* array = Entry::createArray(rows, columns, std::max(room, static_cast<std::uint32_t>(entries.size())));
+    qxArrayOwner array(Entry::createArray(rows, columns, std::max(room, static_cast<std::uint32_t>(entries.size()))));
     if (array != nullptr) {
         fillSparse(entries, *array, columns);
     }

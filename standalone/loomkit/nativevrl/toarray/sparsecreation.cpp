@@ -1,12 +1,11 @@
 #include "toarray/sparsecreation.h"
 
-#include "boundary/arrayhandle.h"
 #include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "boundary/sparseguard.h"
 #include "proxies/invariant.h"
 #include "proxies/pinnedelements.h"
-#include "qx/arrayowner.h"
+#include "toarray/arraycreation.h"
 #include "toarray/jconvert.h"
 #include "toarray/sparsebuilder.h"
 
@@ -104,7 +103,7 @@ AnyDimensions dimensionsOf(const SparseStatement& stated) {
 
 /// Picks the builder for the triplets, whose values are of the kind that Entry holds.
 template <typename Entry>
-qxArray* buildWith(JNIEnv* env, const Triplets& triplets, const SparseStatement& stated) {
+qxArrayOwner buildWith(JNIEnv* env, const Triplets& triplets, const SparseStatement& stated) {
     const PinnedElements<jint> rows(env, triplets.rows);
     const PinnedElements<jint> columns(env, triplets.columns);
     const AnyIndex rowSource = indexOver(rows);
@@ -119,12 +118,12 @@ qxArray* buildWith(JNIEnv* env, const Triplets& triplets, const SparseStatement&
         rowSource, columnSource, valueSource, dimensionsOf(stated));
 }
 
-qxArray* build(JNIEnv* env, const Triplets& triplets, const SparseStatement& stated) {
+qxArrayOwner build(JNIEnv* env, const Triplets& triplets, const SparseStatement& stated) {
     const bool isLogical = stated.classId == qxLOGICAL_CLASS;
     if (triplets.count == 0) {
-        return isLogical ? qxCreateSparseLogicalMatrix(stated.rows, stated.columns, triplets.room)
-                         : qxCreateSparse(stated.rows, stated.columns, triplets.room,
-                                          triplets.isComplex ? qxCOMPLEX : qxREAL);
+        return qxArrayOwner(isLogical ? qxCreateSparseLogicalMatrix(stated.rows, stated.columns, triplets.room)
+                                      : qxCreateSparse(stated.rows, stated.columns, triplets.room,
+                                                       triplets.isComplex ? qxCOMPLEX : qxREAL));
     }
     if (isLogical) {
         return buildWith<LogicalEntry>(env, triplets, stated);
@@ -133,21 +132,13 @@ qxArray* build(JNIEnv* env, const Triplets& triplets, const SparseStatement& sta
                               : buildWith<RealEntry>(env, triplets, stated);
 }
 
-/// A sparse array that was made, for Java; null tells that there is no memory for it.
-qxArray* requireSparse(JNIEnv* env, qxArray* array) {
-    if (array == nullptr) {
-        raise<tether::OutOfMemoryException>(env, "java/lang/OutOfMemoryError", "Unable to create qxArray");
-    }
-    return setFreeScope(array);
-}
-
-qxArray* convertInitialData(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,
-                            const SparseStatement& stated) {
-    qxArrayOwner data(convertObjectPair(env, real, imaginary, stated.classId, stated.complexity));
+qxArrayOwner convertInitialData(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary,
+                                const SparseStatement& stated) {
+    qxArrayOwner data = convertObjectPair(env, real, imaginary, stated.classId, stated.complexity);
     if (data->get_dimensions()[0] != 1 && !qxIsEmpty(data.get())) {
         raise(env, "java/lang/ArrayStoreException", "Data array(s) for sparse initialization must be one dimensional");
     }
-    return data.release();
+    return data;
 }
 
 }  // namespace
@@ -159,33 +150,33 @@ void checkSparseClass(JNIEnv* env, qxClassID classId) {
     }
 }
 
-qxArray* qxCreateSparseMatrixFromTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,
-                                          const SparseStatement& stated) {
-    return requireSparse(env, build(env, checkedTriplets(env, rowIndex, colIndex, data, stated), stated));
+qxArrayOwner qxCreateSparseMatrixFromTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,
+                                              const SparseStatement& stated) {
+    return requireCreated(env, build(env, checkedTriplets(env, rowIndex, colIndex, data, stated), stated));
 }
 
-qxArray* createSparseFromJava(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const JObjectProxy& real,
-                              const JObjectProxy& imaginary, const SparseStatement& stated) {
+qxArrayOwner createSparseFromJava(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const JObjectProxy& real,
+                                  const JObjectProxy& imaginary, const SparseStatement& stated) {
     return sparseGuarded<IndexTranslator::negative_index_exception, RangeMaxChecker<unsigned>::overflow_exception>(
-        env, [&]() -> qxArray* {
+        env, [&]() -> qxArrayOwner {
             checkSparseClass(env, stated.classId);
             if (real.isNull() && imaginary.isNull()) {
                 return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, nullptr, stated);
             }
-            const qxArrayOwner data(convertInitialData(env, real, imaginary, stated));
+            const qxArrayOwner data = convertInitialData(env, real, imaginary, stated);
             return qxCreateSparseMatrixFromTriplets(env, rowIndex, colIndex, data.get(), stated);
         });
 }
 
-qxArray* convertToSparse(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,
-                         qxComplexity complexity) {
+qxArrayOwner convertToSparse(JNIEnv* env, const JObjectProxy& real, const JObjectProxy& imaginary, qxClassID classId,
+                             qxComplexity complexity) {
     checkSparseClass(env, classId);
-    const qxArrayOwner nonSparse(convertObjectPair(env, real, imaginary, classId, complexity));
+    const qxArrayOwner nonSparse = convertObjectPair(env, real, imaginary, classId, complexity);
     stateInvariant(nonSparse != nullptr, "NULL != nonSparse", __FILE__, __LINE__);
     if (nonSparse->numberOfDimensions() != 2) {
         raise(env, "java/lang/ArrayStoreException", "Data array(s) for sparse conversion must be two dimensional");
     }
-    return requireSparse(env, qxMustBeSparse(nonSparse.get()));
+    return requireCreated(env, qxArrayOwner(qxMustBeSparse(nonSparse.get())));
 }
 
 }  // namespace nativevrl::JConvert
