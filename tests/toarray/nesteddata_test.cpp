@@ -84,7 +84,9 @@ TEST_F(NestedData, OfLongRowsBecomesWhatTheModelSays) {
             };
             JavaData data = page(isDeep ? 0 : shape[0], shape[1]);
             for (std::size_t i = 0; isDeep && i < shape[0]; ++i) {
-                data.elements.push_back(i == 2 ? randomRow(random, 'J', 5) : page(shape[1], shape[2]));
+                data.elements.push_back(i == 2    ? randomRow(random, 'J', 5)
+                                        : i == 40 ? JavaData{JavaData::boxed, 'I', {7}}
+                                                  : page(shape[1], shape[2]));
             }
             const qxClassID classId = run == 0 ? qxDOUBLE_CLASS : kElementClasses[(run * 5 + 2) % 12];
             expectAsModel(data, {}, classId == qxCHAR_CLASS ? qxINT16_CLASS : classId, false, !isDeep);
