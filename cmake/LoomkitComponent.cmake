@@ -21,7 +21,9 @@ function(loomkit_add_component)
     set(library component_${ARG_NAME}_library)
     add_library(${library} MODULE ${ARG_SOURCES})
     target_link_libraries(${library} PRIVATE ${ARG_LIBRARIES} loomkit::krt)
-    target_compile_options(${library} PRIVATE ${LOOMKIT_PROTECTION})
+    # Symbols that are unique in a process would keep a closed component from being unloaded.
+    target_compile_options(${library} PRIVATE ${LOOMKIT_PROTECTION}
+        $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
     target_link_options(${library} BEFORE PRIVATE
         LINKER:--as-needed LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
     set_target_properties(${library} PROPERTIES

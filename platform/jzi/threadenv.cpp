@@ -1,11 +1,20 @@
 #include "jzi/javaarray.h"
-#include "vrlbase/vrlbase.h"
+#include "vrlbase/library.h"
+
+#include <atomic>
 
 namespace jzi {
 
 JavaVM* javaVM() {
-    const boost::shared_ptr<JavaVMConfig> config = vrlGetJavaVMConfig();
-    return config ? config->getJavaVM() : nullptr;
+    // There is one in a process. Whoever told of it may be unloaded.
+    static std::atomic<JavaVM*> known{nullptr};
+    JavaVM* vm = known.load(std::memory_order_relaxed);
+    if (vm == nullptr) {
+        const boost::shared_ptr<JavaVMConfig> config = vrlAnyConfig();
+        vm = config ? config->getJavaVM() : nullptr;
+        known.store(vm, std::memory_order_relaxed);
+    }
+    return vm;
 }
 
 ThreadEnv::ThreadEnv(JavaVM* vm) : vm_(vm) {

@@ -16,13 +16,14 @@ from pathlib import Path
 ENDBR64 = "f3 0f 1e fa"
 # What every Linux with a Java virtual machine has, and one another. The last three are in libc itself since glibc 2.34.
 SYSTEM = re.compile(r"(libc|libm|libgcc_s|libstdc\+\+|ld-linux-[a-z0-9-]+|libpthread|libdl|librt)\.so\.\d+")
-OWN = ("libkrt.so", "libnativevrl.so", "libloomkit.so")
+# Of the library each class loader has a copy, found by its folder alone; of the runtime there is one.
+OWN = ("libkrt.so", "$ORIGIN/libnativevrl.so")
 # What others have too, and a host program may have of another version.
 FOREIGN = re.compile(r"^_ZN?K?(St|Sa|Ss|9__gnu_cxx|5boost|3fmt|8nlohmann)|^_ZT.N?K?(St|5boost|3fmt|8nlohmann)"
                      r"|^_Z(nw|na|dl|da)|^(sodium|crypto|inflate|deflate|XXH)")
 EXPORTS_OF_LIBRARY = re.compile(r"^(Java_com_norvane_|JNI_com_norvane_|nativevrl_|_ZN22JNumberFormatException|_ZT[ISV]22JNumberFormat)")
-# How instances of the templates of others end up in the table of symbols: weak, or once in a process.
-FOLDED = "WVu"
+# How instances of the templates of others end up in the table of symbols.
+FOLDED = "WV"
 
 
 def run(*command):
@@ -85,6 +86,8 @@ def faults_of_symbols(path, options):
         yield "no stack protector"
     for symbol in foreign_exports(name, exports):
         yield f"exports {symbol}"
+    for symbol in (symbol for kind, symbol in exports if kind == "u" and name != "libkrt.so"):
+        yield f"shares {symbol} with its copies"
     if name == "libkrt.so":
         if options.fortified and not any(re.match(r"__\w+_chk$", symbol) for symbol in imports - {"__stack_chk_fail"}):
             yield "no bounds are checked in calls of the C library"

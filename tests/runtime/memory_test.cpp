@@ -140,7 +140,7 @@ TEST_F(WithoutMemory, TheStateIsToldAndTheRuntimeStops) {
     vrlInitializeApplicationImpl(options, 3);
     const void* instance = vrlInitializeComponentInstance({}, {}, factoryOf(describeTestComponent()));
     heapBlocksLeft = 0;
-    vrlStartIfStopped();
+    vrlStartFor(ourselves());
     const bool enabled = vrlIsJVMEnabled();
     const bool hidden = vrlIsNoDisplaySet();
     const char* name = vrlGetLogFileName();

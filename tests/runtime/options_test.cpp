@@ -1,8 +1,12 @@
+#include "testcomponent.h"
+
 #include "support/testfolder.h"
 #include "vrlbase/vrlbase.h"
+#include "vrlkrt/unload.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -88,7 +92,7 @@ TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
         std::vector<std::thread> starters;
         for (const std::string& log : logs) {
             starters.emplace_back([&log] { start({"-nodisplay", "-logfile", log.c_str()}); });
-            starters.emplace_back(vrlStartIfStopped);
+            starters.emplace_back(vrlStartFor, ourselves());
         }
         for (std::thread& starter : starters) {
             starter.join();
@@ -101,6 +105,32 @@ TEST_F(Options, OfAStartAreWholeWhoeverElseStarts) {
             std::filesystem::remove(log);
         }
     }
+}
+
+TEST_F(Options, StayUntilTheLastLibraryStops) {
+    vrlLibrary other = vrlLibraryAt(reinterpret_cast<const void*>(&std::fopen));
+    ASSERT_NE(other, ourselves());
+    start({"-nodisplay"});
+    vrlStartFor(other);
+    for (vrlLibrary leaving : {ourselves(), ourselves(), other}) {
+        EXPECT_TRUE(vrlIsKRTInitialized() && vrlIsNoDisplaySet());
+        vrlStopFor(leaving);
+    }
+    EXPECT_FALSE(vrlIsKRTInitialized() || vrlIsNoDisplaySet());
+
+    vrlStartFor(other);
+    start({"-nodisplay"});
+    vrlForgetLibrary(reinterpret_cast<const void*>(&std::fopen));
+    start({});  // a second start of ours, which takes its options over
+    EXPECT_TRUE(vrlIsKRTInitialized() && !vrlIsNoDisplaySet());
+    vrlStartFor(other);
+    start({"-nodisplay"});
+    vrlTerminateApplicationImpl();
+    start({});  // joins the other one's
+    EXPECT_TRUE(vrlIsKRTInitialized() && vrlIsNoDisplaySet());
+    vrlStopFor(other);
+    vrlTerminateApplicationImpl();
+    EXPECT_FALSE(vrlIsKRTInitialized());
 }
 
 TEST_F(Options, CacheFolderIsTheUsersOwn) {

@@ -14,6 +14,8 @@ vrlComponentFunction function(const char* name, const char* symbol) {
 
 }  // namespace
 
+vrlLibrary ourselves() { return vrlLibraryAt(reinterpret_cast<const void*>(&ourselves)); }
+
 vrlExtractedComponent describeTestComponent() {
     vrlExtractedComponent component;
     component.name = "testing";

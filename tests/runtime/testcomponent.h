@@ -3,6 +3,7 @@
 // Instances of the test components, without an archive.
 
 #include "qx/arrayowner.h"
+#include "vrlbase/library.h"
 #include "vrlkrt/archive/extractedcomponent.h"
 #include "vrlkrt/vrlkrt.h"
 
@@ -10,6 +11,9 @@
 
 #include <string>
 #include <vector>
+
+/// This program, as the runtime knows it.
+vrlLibrary ourselves();
 
 /// What a component's archive would tell. Change it, then make a factory of it.
 vrlExtractedComponent describeTestComponent();

@@ -75,8 +75,10 @@ krtFailure* krtCallHandle(krtCall* call, const qxArray* handle, int nlhs, qxArra
 
 krtFailure* krtCallJava(krtCall* call, const qxArray* object, const char* method, int nrhs, qxArray* const* prhs,
                         qxArray** result, const char* file, int line) {
-    return attempt(call, file, line,
-                   [&] { *result = vrlkrt::callJavaMethod(object, method == nullptr ? "" : method, nrhs, prhs); });
+    vrlLibrary owner = call == nullptr ? nullptr : call->instance->owner();
+    return attempt(call, file, line, [&] {
+        *result = vrlkrt::callJavaMethod(owner, object, method == nullptr ? "" : method, nrhs, prhs);
+    });
 }
 
 int krtIsJavaObject(const qxArray* array) { return ojIsJavaArray(array) ? 1 : 0; }

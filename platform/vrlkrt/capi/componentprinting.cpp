@@ -1,4 +1,4 @@
-#include "vrlkrt/print/output.h"
+#include "vrlkrt/print/defaultoutput.h"
 #include "vrlkrt/run/call.h"
 
 #include <memory>

@@ -4,6 +4,7 @@
 #include "tether/jnicalls.h"
 #include "tether/localref.h"
 #include "vrlbase/exceptions.h"
+#include "vrlkrt/java/integration.h"
 #include "vrlkrt/java/javafailure.h"
 #include "vrlkrt/java/javavalues.h"
 
@@ -29,7 +30,8 @@ private:
     JNIEnv* env_;
 };
 
-qxArray* invoke(JNIEnv* env, jobject target, const std::string& method, int nrhs, qxArray* const* prhs) {
+qxArray* invoke(JNIEnv* env, const Integration& integration, jobject target, const std::string& method, int nrhs,
+                qxArray* const* prhs) {
     const JavaTypes& types = javaTypes(env);
     const LocalFrame frame(env, 16);
     jobjectArray arguments = tether::newObjectArray(env, nrhs, types.object);
@@ -45,7 +47,7 @@ qxArray* invoke(JNIEnv* env, jobject target, const std::string& method, int nrhs
     jobject result = nullptr;
     {
         const qxCallScopeSuspension outInJava;
-        result = env->CallStaticObjectMethodA(types.invoker, types.invoke, values);
+        result = env->CallStaticObjectMethodA(integration.invoker.get(), integration.invoke, values);
     }
     tether::throwIfPending(env);
     return arrayOf(env, types, result);
@@ -53,7 +55,8 @@ qxArray* invoke(JNIEnv* env, jobject target, const std::string& method, int nrhs
 
 }  // namespace
 
-qxArray* callJavaMethod(const qxArray* object, const std::string& method, int nrhs, qxArray* const* prhs) {
+qxArray* callJavaMethod(vrlLibrary library, const qxArray* object, const std::string& method, int nrhs,
+                        qxArray* const* prhs) {
     if (!ojIsJavaArray(object)) {
         throw vrlBaseException("the method " + method + " is called on what is no Java object");
     }
@@ -69,7 +72,7 @@ qxArray* callJavaMethod(const qxArray* object, const std::string& method, int nr
         throw vrlBaseException("the method " + method + " can't be called after " + takeJavaException(env));
     }
     try {
-        return invoke(env, target, method, nrhs, prhs);
+        return invoke(env, integrationOf(env, library), target, method, nrhs, prhs);
     } catch (const tether::Exception& failure) {
         const std::string text = takeJavaException(env);
         throw vrlBaseException("the Java method " + method + " failed: " + (text.empty() ? failure.what() : text));

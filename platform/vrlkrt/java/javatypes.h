@@ -4,10 +4,9 @@
 
 namespace vrlkrt {
 
-/// Java classes and methods that calls of Java objects need. Global references, which stay for the process's life.
+/// Java classes and methods that values of Java objects need: of the virtual machine's own, as global references, which
+/// stay for the process's life.
 struct JavaTypes {
-    jclass invoker;
-    jmethodID invoke;  ///< static Object invoke(Object target, String method, Object[] arguments)
     jclass object;
     jclass string;
     jclass number;
@@ -21,8 +20,8 @@ struct JavaTypes {
     jclass doubleArrayArray;
 };
 
-/// The types, loaded on first need; the integration class comes through the configuration's loadOJI, once. Throws
-/// vrlBaseException, with no Java exception left pending, when they can't be had; the next call tries again.
+/// The types, loaded on first need. Throws tether::Exception, with a Java exception pending, when they can't be had;
+/// the next call tries again.
 const JavaTypes& javaTypes(JNIEnv* env);
 
 }  // namespace vrlkrt

@@ -3,6 +3,7 @@
 #include "tether/jnicalls.h"
 #include "tether/localref.h"
 #include "vrlkrt/java/javatext.h"
+#include "vrlkrt/java/loadedclass.h"
 
 #include <link.h>
 
@@ -128,7 +129,9 @@ tether::GlobalRef<jclass> loadOJI(JNIEnv* env, const tether::JNIEnvInjector& inj
     if (!loaded) {
         tether::throwNullPointer(env);
     }
-    return tether::GlobalRef<jclass>::taking(injector, env, loaded.release());
+    auto global = tether::GlobalRef<jclass>::taking(injector, env, loaded.release());
+    vrlkrt::LoadedClass::handOut(global.get());
+    return global;
 }
 
 std::string exceptionToString(JNIEnv* env) {

@@ -5,7 +5,6 @@
 #include "vrlbase/runtime.h"
 #include "vrlkrt/java/javafailure.h"
 
-#include <cstddef>
 #include <exception>
 #include <new>
 #include <string>
@@ -50,13 +49,9 @@ bool handOver(const vrlPrintHandler& handler, const char* text) {
 
 }  // namespace
 
-Output::Output(PrintHandlers handlers) { replace(std::move(handlers)); }
+Output::Output(PrintHandlers handlers) : handlers_(std::make_shared<const PrintHandlers>(std::move(handlers))) {}
 
-void Output::replace(PrintHandlers handlers) { exchange(std::make_shared<const PrintHandlers>(std::move(handlers))); }
-
-void Output::drop() { exchange(nullptr); }
-
-void Output::exchange(std::shared_ptr<const PrintHandlers> handlers) {
+void Output::use(std::shared_ptr<const PrintHandlers> handlers) noexcept {
     // The argument goes after the lock: the old handlers may print as they end.
     const std::lock_guard<std::mutex> lock(mutex_);
     handlers_.swap(handlers);
@@ -78,13 +73,6 @@ void Output::print(Channel channel, const char* text) const noexcept {
     }
 }
 
-Output& defaultOutput() {
-    // Never ended: the handlers hold references of a virtual machine that may be gone when static objects go.
-    alignas(Output) static std::byte storage[sizeof(Output)];
-    static Output& instance = *new (storage) Output;
-    return instance;
-}
-
 void printWarning(const Output& output, const char* message) noexcept {
     const char* shown = message == nullptr ? "" : message;
     try {
@@ -95,11 +83,3 @@ void printWarning(const Output& output, const char* message) noexcept {
 }
 
 }  // namespace vrlkrt
-
-void vrlSetDefaultPrintHandlers(const vrlPrintHandler& first, const vrlPrintHandler& second) {
-    try {
-        vrlkrt::defaultOutput().replace({first, second});
-    } catch (const std::bad_alloc&) {
-        vrlkrt::defaultOutput().drop();
-    }
-}

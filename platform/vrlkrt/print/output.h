@@ -22,10 +22,8 @@ public:
     Output() = default;
     explicit Output(PrintHandlers handlers);
 
-    /// Replaces the handlers. The old ones end when nobody prints through them any more.
-    void replace(PrintHandlers handlers);
-    /// Gives up the handlers, needing no memory for it.
-    void drop();
+    /// Replaces the handlers; null gives them up. The old ones end when nobody prints through them any more.
+    void use(std::shared_ptr<const PrintHandlers> handlers) noexcept;
 
     /// Prints a UTF-8 text (null is fine), converted to the local code page. It goes to the log when there is no
     /// handler or the handler fails. The handler runs outside of the call scope of arrays, and no Java exception is
@@ -33,14 +31,9 @@ public:
     void print(Channel channel, const char* text) const noexcept;
 
 private:
-    void exchange(std::shared_ptr<const PrintHandlers> handlers);
-
     mutable std::mutex mutex_;
     std::shared_ptr<const PrintHandlers> handlers_;
 };
-
-/// For text that is printed outside of any evaluation.
-Output& defaultOutput();
 
 /// "Warning: ", the message and a line end.
 void printWarning(const Output& output, const char* message) noexcept;

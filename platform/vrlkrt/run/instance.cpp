@@ -26,8 +26,10 @@ boost::shared_ptr<vrlExtractedComponent> checkedComponent(boost::shared_ptr<vrlE
 
 }  // namespace
 
-Instance::Instance(void* handle, boost::shared_ptr<vrlExtractedComponent> extracted, PrintHandlers handlers)
+Instance::Instance(void* handle, vrlLibrary owner, boost::shared_ptr<vrlExtractedComponent> extracted,
+                   PrintHandlers handlers)
     : handle_(handle),
+      owner_(owner),
       extracted_(checkedComponent(std::move(extracted))),
       printer_(new krtPrinter{
           std::make_shared<Output>(std::move(handlers)),
@@ -46,7 +48,7 @@ Instance::Instance(void* handle, boost::shared_ptr<vrlExtractedComponent> extrac
     }
 }
 
-Instance::~Instance() { printer_->output->drop(); }
+Instance::~Instance() { printer_->output->use(nullptr); }
 
 const RunnableFunction& Instance::function(const std::string& name) const {
     const auto found = functions_.find(name);

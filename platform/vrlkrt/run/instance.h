@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vrlbase/library.h"
 #include "vrlkrt/archive/extractedcomponent.h"
 #include "vrlkrt/print/output.h"
 #include "vrlkrt/run/componentlibrary.h"
@@ -41,13 +42,16 @@ struct RunnableFunction {
 /// returns. The print handlers go with it.
 class Instance {
 public:
-    /// Loads the library and resolves every function. Throws vrlBaseException that names what is missing.
-    Instance(void* handle, boost::shared_ptr<vrlExtractedComponent> extracted, PrintHandlers handlers);
+    /// Loads the component's library and resolves every function. Throws vrlBaseException that names what is missing.
+    Instance(void* handle, vrlLibrary owner, boost::shared_ptr<vrlExtractedComponent> extracted,
+             PrintHandlers handlers);
     ~Instance();
     Instance(const Instance&) = delete;
     Instance& operator=(const Instance&) = delete;
 
     void* handle() const noexcept { return handle_; }
+    /// Who made the instance.
+    vrlLibrary owner() const noexcept { return owner_; }
     const std::string& name() const noexcept { return extracted_->name; }
     const vrlExtractedComponent& description() const noexcept { return *extracted_; }
     const Output& output() const noexcept { return *printer_->output; }
@@ -60,6 +64,7 @@ public:
 
 private:
     void* handle_;
+    vrlLibrary owner_;
     boost::shared_ptr<vrlExtractedComponent> extracted_;
     std::unique_ptr<krtPrinter, EndPrinterHold> printer_;
     std::map<std::string, RunnableFunction> functions_;

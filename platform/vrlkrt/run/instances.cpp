@@ -2,6 +2,7 @@
 
 #include "vrlbase/exceptions.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vrlkrt {
@@ -27,17 +28,23 @@ void InstanceRegistry::add(std::shared_ptr<Instance> instance) {
     instances_.emplace(number, std::move(instance));
 }
 
-void InstanceRegistry::end(void* handle) {
+vrlLibrary InstanceRegistry::end(void* handle) {
     // Dropped after the lock: ending the last hold runs code of the component and of its handlers.
     Instances::node_type ended;
     const std::lock_guard<std::mutex> lock(mutex_);
     ended = instances_.extract(locate(handle));
+    return ended.mapped()->owner();
 }
 
-void InstanceRegistry::endAll() noexcept {
+void InstanceRegistry::endAll(vrlLibrary owner) noexcept {
     Instances ended;
     const std::lock_guard<std::mutex> lock(mutex_);
-    ended.swap(instances_);
+    for (auto next = instances_.begin(); next != instances_.end();) {
+        const auto instance = next++;
+        if (instance->second->owner() == owner) {
+            ended.insert(instances_.extract(instance));
+        }
+    }
 }
 
 std::shared_ptr<Instance> InstanceRegistry::find(void* handle) {
@@ -45,9 +52,11 @@ std::shared_ptr<Instance> InstanceRegistry::find(void* handle) {
     return locate(handle)->second;
 }
 
-void* InstanceRegistry::newest() {
+void* InstanceRegistry::newest(vrlLibrary owner) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return instances_.empty() ? nullptr : toHandle(instances_.rbegin()->first);
+    const auto found = std::find_if(instances_.rbegin(), instances_.rend(),
+                                    [owner](const auto& entry) { return entry.second->owner() == owner; });
+    return found == instances_.rend() ? nullptr : toHandle(found->first);
 }
 
 InstanceRegistry::Instances::iterator InstanceRegistry::locate(void* handle) {

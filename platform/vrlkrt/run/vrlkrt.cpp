@@ -3,9 +3,12 @@
 #include "vrlbase/operation.h"
 #include "vrlbase/vrlbase.h"
 #include "vrlkrt/componentinfo.h"
+#include "vrlkrt/java/integration.h"
+#include "vrlkrt/print/defaultoutput.h"
 #include "vrlkrt/run/call.h"
 #include "vrlkrt/run/evaluation.h"
 #include "vrlkrt/run/instances.h"
+#include "vrlkrt/unload.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -21,12 +24,28 @@ using vrlbase::operation;
 using vrlkrt::Instance;
 using vrlkrt::instances;
 
-void endAllInstances() { instances().endAll(); }
+/// A library that starts the runtime may never open a component, and go with its class loader all the same.
+void onStart(vrlLibrary library) noexcept { vrlkrt::prepareIntegration(library); }
+
+void onStop(vrlLibrary library) noexcept {
+    instances().endAll(library);
+    vrlkrt::yieldDefaultHandlers(library);
+}
+
+[[maybe_unused]] const bool isHooked = (vrlSetStartAndStop({onStart, onStop}), true);
 
 /// An instance may be the first that is asked of the runtime.
-void startRuntime() {
-    vrlOnTermination(endAllInstances);
-    vrlStartIfStopped();
+void startRuntime(vrlLibrary library) {
+    vrlStartFor(library);
+    vrlkrt::prepareIntegration(library);
+    vrlkrt::preferDefaultHandlers(library);
+}
+
+void endInstance(void* handle) {
+    const vrlLibrary owner = instances().end(handle);
+    if (instances().newest(owner) == nullptr) {
+        vrlkrt::yieldDefaultHandlers(owner);
+    }
 }
 
 /// Wraps Java objects for every instance, and has nothing of any: so whoever got it from a handle may keep it.
@@ -38,21 +57,29 @@ bool vrlIsStandaloneMode() { return true; }
 
 void vrlAddCanonicalPathMacro(const char* name, const char* path) { vrlSetPathMacro(name, path); }
 
+void vrlForgetLibrary(const void* code) noexcept {
+    const vrlLibrary library = vrlLibraryAt(code);
+    vrlForgetInBase(library);
+    vrlkrt::dropDefaultHandlers(library);
+    vrlkrt::forgetIntegration(library);
+}
+
 void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrintHandler& second,
                                      const vrlExtractedComponentFactory& factory) {
+    const vrlLibrary caller = vrlLibraryAt(__builtin_return_address(0));
     return operation([&] {
-        startRuntime();
+        startRuntime(caller);
         if (factory.empty()) {
             throw vrlBaseException("there is no way to the component");
         }
         void* handle = instances().newHandle();
-        instances().add(std::make_shared<Instance>(handle, factory(), vrlkrt::PrintHandlers{first, second}));
+        instances().add(std::make_shared<Instance>(handle, caller, factory(), vrlkrt::PrintHandlers{first, second}));
         return handle;
     });
 }
 
 void vrlTerminateInstanceInternal(void* handle) {
-    operation([&] { instances().end(handle); });
+    operation([&] { endInstance(handle); });
 }
 
 bool vrlWaitForFiguresToDieInternal(void* handle, bool) {
@@ -64,8 +91,9 @@ bool vrlWaitForFiguresToDieInternal(void* handle, bool) {
 }
 
 void* vrlGetActiveHKRTINSTANCE() {
+    const vrlLibrary caller = vrlLibraryAt(__builtin_return_address(0));
     const krtCall* call = vrlkrt::currentCall();
-    return call == nullptr ? instances().newest() : call->instance->handle();
+    return call == nullptr ? instances().newest(caller) : call->instance->handle();
 }
 
 krtInstance* vrlHandleToKrtInstancePtr(void* handle) {

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the layers above the base use of it: the log, the cache folder, macros in paths, and the end of the runtime.
+/// What the layers above the base use of it: the log, the cache folder, and macros in paths.
 
 #include <initializer_list>
 #include <string>
@@ -27,10 +27,3 @@ std::string vrlExpandPathMacros(const std::string& path);
 /// A path as the file system is to get it. Text of Java may write a character as a pair of surrogates of three bytes
 /// each; the result has the one of four bytes in its place.
 std::string vrlFileSystemPath(std::string path);
-
-/// Starts the runtime with its defaults unless it runs. Never throws.
-void vrlStartIfStopped();
-
-/// Has `hook` called whenever the runtime stops, before the options go back to their defaults. Registering a hook
-/// again is without effect.
-void vrlOnTermination(void (*hook)());

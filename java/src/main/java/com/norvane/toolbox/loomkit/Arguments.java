@@ -36,11 +36,23 @@ final class Arguments implements AutoCloseable {
         } else if (argument instanceof NVArray) {
             values.add(argument);
         } else if (Classification.of(argument) == null) {
+            refuseForeign(argument);
             values.add(new NVJavaObjectRef(argument));
         } else {
             JavaData data = JavaData.of(argument);
             copied.add(data);
             values.add(data.value());
+        }
+    }
+
+    /** An array of another class loader's copy of this library looks like any Java object from here. */
+    private static void refuseForeign(Object argument) {
+        Class<?> type = argument.getClass();
+        boolean isNamedAsOurs = type.getName().startsWith(NVArray.class.getPackageName() + ".NV");
+        if (isNamedAsOurs && type.getClassLoader() != NVArray.class.getClassLoader()) {
+            throw new IllegalArgumentException("the " + type.getSimpleName() + " is of the class loader "
+                    + type.getClassLoader() + ", which has a loomkit of its own; plain Java data and"
+                    + " serialised arrays can go from one to the other");
         }
     }
 

@@ -10,6 +10,7 @@ import java.nio.ByteOrder;
 import java.util.Arrays;
 import java.util.Set;
 import java.util.concurrent.ConcurrentHashMap;
+import java.util.concurrent.atomic.AtomicBoolean;
 import java.util.function.Function;
 
 /**
@@ -17,7 +18,8 @@ import java.util.function.Function;
  *
  * <p>The array is freed once: when it is closed and no native call uses it any more, or, where nobody closed it, some
  * time after the wrapper object has become unreachable. A thread of its own gathers the addresses of those and frees
- * them in blocks, one native call a block.
+ * them in blocks, one native call a block. It ends when there is no array any more, so that the class loader can go, and
+ * another one begins with the next array.
  */
 final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
     private static final int BLOCK_OF_ARRAYS = 512;
@@ -26,11 +28,8 @@ final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
     private static final ReferenceQueue<NVBuiltinArray> UNREACHABLE = new ReferenceQueue<>();
     static final Set<ArrayHandle> LIVE = ConcurrentHashMap.newKeySet();
 
-    static {
-        Thread cleaner = new Thread(ArrayHandle::freeUnreachable, "loomkit-array-cleaner");
-        cleaner.setDaemon(true);
-        cleaner.start();
-    }
+    private static final AtomicBoolean CLEANER_RUNS = new AtomicBoolean();
+    private static final int IDLE_MILLIS = 1000;
 
     private final NativePtr pointer;
     private final String kind;
@@ -46,6 +45,23 @@ final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
         this.origin = REPORT_LEAKS ? new Throwable() : null;
         if (pointer.get() != 0) {
             LIVE.add(this);
+            startCleaner();
+        }
+    }
+
+    private static void startCleaner() {
+        if (CLEANER_RUNS.get() || !CLEANER_RUNS.compareAndSet(false, true)) {
+            return;
+        }
+        try {
+            // Nothing of the thread that happens to make an array is to stay with this one.
+            Thread cleaner = new Thread(null, ArrayHandle::freeUnreachable, "loomkit-array-cleaner", 0, false);
+            cleaner.setDaemon(true);
+            cleaner.setContextClassLoader(null);
+            cleaner.start();
+        } catch (OutOfMemoryError noThread) {
+            // The next array tries again; until then nothing is lost but time.
+            CLEANER_RUNS.set(false);
         }
     }
 
@@ -125,23 +141,36 @@ final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
         }
     }
 
-    /** Ends with the process only: nothing else frees what nobody closed. */
+    /** Ends when no array lives and has not for a while: nothing else frees what nobody closed. */
     private static void freeUnreachable() {
         ByteBuffer block = ByteBuffer.allocate(BLOCK_OF_ARRAYS * Long.BYTES).order(ByteOrder.nativeOrder());
         while (true) {
             try {
-                ArrayHandle handle = block.hasRemaining() ? (ArrayHandle) UNREACHABLE.remove() : null;
+                ArrayHandle handle = block.hasRemaining() ? (ArrayHandle) UNREACHABLE.remove(IDLE_MILLIS) : null;
+                if (handle == null && block.position() == 0 && mayEnd()) {
+                    return;
+                }
                 while (handle != null) {
                     block.putLong(handle.abandon());
                     handle = block.hasRemaining() ? (ArrayHandle) UNREACHABLE.poll() : null;
                 }
                 byte[] addresses = Arrays.copyOf(block.array(), block.position());
                 block.clear();
-                NVKRT.qxDestroyArray(addresses);
+                if (addresses.length > 0) {
+                    NVKRT.qxDestroyArray(addresses);
+                }
             } catch (InterruptedException | RuntimeException | Error passing) {
                 // A stream that took a report may have left an interrupt; memory may be short for a while. Addresses
                 // that were not handed over yet are still in the block.
             }
         }
+    }
+    /** Whether this thread is not needed any more: an array that is made from then on starts another. */
+    private static boolean mayEnd() {
+        if (!LIVE.isEmpty()) {
+            return false;
+        }
+        CLEANER_RUNS.set(false);
+        return LIVE.isEmpty() || !CLEANER_RUNS.compareAndSet(false, true);
     }
 }

@@ -261,7 +261,9 @@ public final class Component implements AutoCloseable {
             source = new ByteArrayInputStream(bytes);
         }
         Loomkit.start();
-        return new Component(new Instance(initialize(source, length, options.folder(), streams)), streams);
+        InputStream bytes = source;
+        Instance instance = Instance.of(() -> initialize(bytes, length, options.folder(), streams));
+        return new Component(instance, streams);
     }
 
     private static void requireDigest(byte[] archive, String expected) {

@@ -4,6 +4,7 @@ import com.norvane.toolbox.loomkit.internal.NVKRT;
 import com.norvane.toolbox.loomkit.internal.NativePtr;
 import java.util.Set;
 import java.util.concurrent.ConcurrentHashMap;
+import java.util.function.Supplier;
 
 /**
  * Owns the native instance of a component. It ends once: when the component was closed and no call uses it any more,
@@ -16,9 +17,20 @@ final class Instance implements Runnable {
     private int users;
     private boolean closed;
 
-    Instance(NativePtr pointer) {
+    private Instance(NativePtr pointer) {
         this.pointer = pointer;
         LIVE.add(this);
+    }
+
+    /** Owns the instance that {@code make} gives. */
+    static Instance of(Supplier<NativePtr> make) {
+        Loomkit.beginPrinting();
+        try {
+            return new Instance(make.get());
+        } catch (RuntimeException | Error failure) {
+            Loomkit.endPrinting();
+            throw failure;
+        }
     }
 
     /** Keeps the instance alive until the matching {@link #release}, unless the runtime stops. */
@@ -65,7 +77,11 @@ final class Instance implements Runnable {
     /** Outside of the monitor: the end of a component may run code of its own. */
     private void end() {
         if (LIVE.remove(this)) {
-            NVKRT.vrlTerminateInstance(pointer);
+            try {
+                NVKRT.vrlTerminateInstance(pointer);
+            } finally {
+                Loomkit.endPrinting();
+            }
         }
     }
 

@@ -12,9 +12,16 @@ import java.util.concurrent.Callable;
 /**
  * The native runtime of this process. It starts by itself when a component is opened; start it by hand to give it
  * options. All methods may be called from any thread, and again.
+ *
+ * <p>Several class loaders may each have this library, as web applications do. They share one runtime, and each starts
+ * and stops it for itself: it runs until the last of them has stopped it or has been unloaded.
  */
 public final class Loomkit {
     private static final Object LOCK = new Object();
+
+    private static boolean started;
+    /** How many components there are, open or about to be. */
+    private static int printing;
 
     private static volatile PrintStream output;
     private static volatile PrintStream errorOutput;
@@ -22,7 +29,8 @@ public final class Loomkit {
     private Loomkit() {}
 
     /**
-     * Starts the runtime, or gives options to the one that runs.
+     * Starts the runtime, or gives options to the one that runs. Without options, one that another class loader has
+     * started stays as it is.
      *
      * @param options {@code -nojvm}, {@code -nodisplay}, {@code -logfile FILE}, {@code -cachedir DIR}, each text and
      *     its value being separate elements. Arrays can be made and read without a running runtime
@@ -34,12 +42,21 @@ public final class Loomkit {
             Objects.requireNonNull(option, "option");
         }
         synchronized (LOCK) {
-            boolean running = NVKRT.vrlIsKRTInitialized();
-            if (running && checked.length == 0) {
+            if (started && checked.length == 0) {
                 return;
             }
             NVKRT.vrlInitializeApplication(checked);
-            if (!running) {
+            started = true;
+        }
+    }
+
+    /**
+     * Has text that is printed outside of any call come to the streams, for a component that is about to be opened. Only
+     * then there may be such text; and what native code knows of the streams keeps their class loader from being unloaded.
+     */
+    static void beginPrinting() {
+        synchronized (LOCK) {
+            if (printing++ == 0) {
                 Callable<PrintStream> errors = Loomkit::errorOutput;
                 Callable<PrintStream> text = Loomkit::output;
                 NVKRT.vrlSetDefaultPrintHandlers(errors, text);
@@ -47,30 +64,41 @@ public final class Loomkit {
         }
     }
 
+    /** Matches {@link #beginPrinting}, when the component has ended. */
+    static void endPrinting() {
+        synchronized (LOCK) {
+            if (--printing == 0) {
+                NVKRT.vrlResetDefaultPrintHandlers();
+            }
+        }
+    }
+
     /**
-     * Closes all components and stops the runtime. Arrays stay as they are. Waits for nobody: a function that runs on
+     * Closes all components of this class loader and stops the runtime. Arrays stay as they are. Waits for nobody: a function that runs on
      * another thread runs to its end.
      *
      * @throws NVException when the runtime can't stop
      */
     public static void stop() {
         synchronized (LOCK) {
-            if (!NVKRT.vrlIsKRTInitialized()) {
+            if (!started) {
                 return;
             }
             Instance.closeAll();
-            NVKRT.vrlResetDefaultPrintHandlers();
             NVKRT.vrlTerminateApplication();
+            started = false;
         }
     }
 
     /**
      * Whether the runtime runs.
      *
-     * @return true between a start and a stop
+     * @return true between a start and a stop in this class loader
      */
     public static boolean isRunning() {
-        return NVKRT.vrlIsKRTInitialized();
+        synchronized (LOCK) {
+            return NVKRT.vrlIsKRTInitialized() && started;
+        }
     }
 
     /**

@@ -102,29 +102,38 @@ final class NativeBundle {
     }
 
     /**
-     * Unpacks the libraries to a new folder in that for temporary files, which goes when the process ends orderly, and
-     * otherwise when another one comes here.
+     * Unpacks the libraries to a new folder in that for temporary files, for as long as it takes to load them.
      *
      * @return the folder, closed to others, whose files have their right digests
      * @throws IOException that says what is wrong with the bundle or the folder
      */
-    Path unpackForThisProcess() throws IOException {
+    StagingFolder unpackForThisProcess() throws IOException {
         Map<String, String> digests = parse(new String(read(LIST), StandardCharsets.UTF_8));
+        StagingFolder folder = temporaryFolder();
+        try {
+            unpackFiles(digests, folder.fresh());
+            if (!isWhole(folder.fresh(), digests)) {
+                throw new IOException("the files in " + folder.fresh() + " were changed while they were written");
+            }
+        } catch (IOException | RuntimeException | Error failure) {
+            folder.close();
+            throw failure;
+        }
+        return folder;
+    }
+
+    /** A new folder for libraries, closed to others, in that for temporary files; sweeps up what killed processes left. */
+    static StagingFolder temporaryFolder() throws IOException {
         Path temporary = Path.of(System.getProperty("java.io.tmpdir")).toAbsolutePath();
         StagingFolder.sweep(temporary, TEMPORARY_PREFIX);
         StagingFolder folder = StagingFolder.in(temporary, TEMPORARY_PREFIX);
         try {
             TrustedFolder.require(folder.fresh());
-            unpackFiles(digests, folder.fresh());
-            if (!isWhole(folder.fresh(), digests)) {
-                throw new IOException("the files in " + folder.fresh() + " were changed while they were written");
-            }
-            folder.keepUntilExit();
         } catch (IOException | RuntimeException | Error failure) {
             folder.close();
             throw failure;
         }
-        return folder.fresh();
+        return folder;
     }
 
     private byte[] read(String name) throws IOException {

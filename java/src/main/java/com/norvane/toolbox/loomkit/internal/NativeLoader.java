@@ -17,14 +17,21 @@ import java.util.Set;
  *
  * <p>The folder in the system property {@code loomkit.native.dir} decides alone where it is set. Otherwise the folders
  * of {@code java.library.path} are tried in their order, then the libraries in the jar. Those are unpacked to the
- * user's cache, or where that can't be trusted or written, to a folder for this process alone.
+ * user's cache, or where that can't be trusted or written, to a folder that goes as soon as they are loaded.
+ *
+ * <p>A virtual machine gives a library to one class loader only. Every other one gets a copy, of which the file goes as
+ * soon as it is loaded; the runtime below is shared by all.
  */
 final class NativeLoader {
     static final String FOLDER_PROPERTY = "loomkit.native.dir";
 
     private static final String LIBRARY = "libloomkit.so";
-    /** What {@link #LIBRARY} links, from its own folder whatever the environment says. */
-    private static final List<String> SHARED = List.of("libkrt.so", "libnativevrl.so");
+    /** What {@link #LIBRARY} links, from its own folder whatever the environment says; each class loader has its own. */
+    private static final String NATIVES = "libnativevrl.so";
+    /** What both link. There is one in a process. */
+    private static final String RUNTIME = "libkrt.so";
+    /** The digest of the runtime in this process, whose file may be gone by the time that the next class loader comes. */
+    private static final String RUNTIME_PROPERTY = "loomkit.runtime.sha256";
 
     private static final String JAR = "the jar's own libraries";
 
@@ -51,10 +58,10 @@ final class NativeLoader {
     private static boolean loadFrom(List<String> tried) {
         String folder = System.getProperty(FOLDER_PROPERTY);
         if (folder != null) {
-            return loadFile(new File(folder, LIBRARY), FOLDER_PROPERTY, tried);
+            return loadFolder(Path.of(folder), FOLDER_PROPERTY, tried);
         }
         for (String entry : System.getProperty("java.library.path", "").split(File.pathSeparator)) {
-            if (!entry.isEmpty() && loadFile(new File(entry, LIBRARY), "java.library.path", tried)) {
+            if (!entry.isEmpty() && loadFolder(Path.of(entry), "java.library.path", tried)) {
                 return true;
             }
         }
@@ -64,34 +71,41 @@ final class NativeLoader {
     private static boolean loadFromJar(List<String> tried) {
         NativeBundle bundle = NativeBundle.ofThisPlatform();
         try {
-            return loadUnpacked(bundle.unpack(), tried);
+            return loadFolder(bundle.unpack(), JAR, tried);
         } catch (NativeBundle.BadBundleException failure) {
             tried.add(JAR + ": " + failure.getMessage());
             return false;
         } catch (IOException failure) {
             tried.add(JAR + ": " + failure);
         }
-        try {
-            return loadUnpacked(bundle.unpackForThisProcess(), tried);
+        try (StagingFolder folder = bundle.unpackForThisProcess()) {
+            return loadFolder(folder.fresh(), JAR, tried);
         } catch (IOException failure) {
             tried.add(JAR + ", in the folder for temporary files: " + failure);
             return false;
         }
     }
 
-    private static boolean loadUnpacked(Path folder, List<String> tried) {
-        return loadFile(folder.resolve(LIBRARY).toFile(), JAR, tried);
-    }
-
-    private static boolean loadFile(File library, String source, List<String> tried) {
-        File absolute = library.getAbsoluteFile();
-        if (!Files.isRegularFile(absolute.toPath())) {
-            tried.add(source + ": " + absolute + " is not there");
+    private static boolean loadFolder(Path place, String source, List<String> tried) {
+        Path folder = place.toAbsolutePath();
+        if (!Files.isRegularFile(folder.resolve(LIBRARY))) {
+            tried.add(source + ": " + folder.resolve(LIBRARY) + " is not there");
             return false;
         }
         try {
-            refuseMixture(absolute.toPath().getParent());
-            System.load(absolute.getPath());
+            refuseMixture(folder);
+            if (!isTaken(folder)) {
+                try {
+                    loadLibrary(folder);
+                    return true;
+                } catch (UnsatisfiedLinkError failure) {
+                    // Another class loader may have been faster.
+                    if (!isTaken(folder)) {
+                        throw failure;
+                    }
+                }
+            }
+            loadCopy(folder);
             return true;
         } catch (UnsatisfiedLinkError | IOException failure) {
             tried.add(source + ": " + failure.getMessage());
@@ -99,17 +113,51 @@ final class NativeLoader {
         }
     }
 
+    private static void loadLibrary(Path folder) throws IOException {
+        try {
+            System.load(folder.resolve(LIBRARY).toString());
+        } catch (IllegalCallerException denied) {
+            Module module = NativeLoader.class.getModule();
+            UnsatisfiedLinkError refusal = new UnsatisfiedLinkError("this virtual machine lets no native code be loaded"
+                    + " without the option --enable-native-access="
+                    + (module.isNamed() ? module.getName() : "ALL-UNNAMED"));
+            refusal.initCause(denied);
+            throw refusal;
+        }
+        if (Files.exists(folder.resolve(RUNTIME))) {
+            System.setProperty(RUNTIME_PROPERTY, Sha256.hexOf(Files.readAllBytes(folder.resolve(RUNTIME))));
+        }
+    }
+
+    private static void loadCopy(Path folder) throws IOException {
+        try (StagingFolder copy = NativeBundle.temporaryFolder()) {
+            for (String name : List.of(LIBRARY, NATIVES)) {
+                Files.copy(folder.resolve(name), copy.fresh().resolve(name));
+            }
+            loadLibrary(copy.fresh());
+        }
+    }
+
+    /** Whether another class loader has the library of a folder. */
+    private static boolean isTaken(Path folder) throws IOException {
+        Path library = folder.resolve(LIBRARY);
+        for (Path mapped : mappedFiles(LIBRARY)) {
+            if (Files.exists(mapped) && Files.isSameFile(mapped, library)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     /**
-     * The system's loader takes a library that is in the process for any other one of its name. So one that is there
-     * already must be the one of the folder, byte for byte.
+     * The system's loader takes a runtime that is in the process for any other one. So one that is there already must be
+     * the one of the folder, byte for byte.
      */
     private static void refuseMixture(Path folder) throws IOException {
-        for (String name : SHARED) {
-            Path own = folder.resolve(name);
-            for (Path mapped : mappedFiles(name)) {
-                if (Files.exists(own) && !isSame(mapped, own)) {
-                    throw new IOException("the process already has " + mapped + ", of another build than " + own);
-                }
+        Path own = folder.resolve(RUNTIME);
+        for (Path mapped : mappedFiles(RUNTIME)) {
+            if (Files.exists(own) && !isSame(mapped, own)) {
+                throw new IOException("the process already has " + mapped + ", of another build than " + own);
             }
         }
     }
@@ -128,8 +176,9 @@ final class NativeLoader {
     }
 
     private static boolean isSame(Path mapped, Path own) throws IOException {
+        byte[] content = Files.readAllBytes(own);
         return Files.exists(mapped)
-                && (Files.isSameFile(mapped, own)
-                        || Arrays.equals(Files.readAllBytes(mapped), Files.readAllBytes(own)));
+                ? Arrays.equals(Files.readAllBytes(mapped), content)
+                : Sha256.hexOf(content).equals(System.getProperty(RUNTIME_PROPERTY));
     }
 }

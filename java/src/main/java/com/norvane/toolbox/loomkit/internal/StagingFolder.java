@@ -13,8 +13,6 @@ import java.nio.file.attribute.FileAttribute;
 import java.nio.file.attribute.PosixFilePermission;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.time.Instant;
-import java.util.ArrayList;
-import java.util.Collections;
 import java.util.List;
 import java.util.Set;
 
@@ -31,9 +29,6 @@ final class StagingFolder implements AutoCloseable {
 
     private static final FileAttribute<Set<PosixFilePermission>> PRIVATE =
             PosixFilePermissions.asFileAttribute(PosixFilePermissions.fromString("rwx------"));
-
-    /** Locks that are held until the process ends. */
-    private static final List<FileChannel> KEPT = Collections.synchronizedList(new ArrayList<>());
 
     private final Path path;
     private final FileChannel lock;
@@ -94,18 +89,6 @@ final class StagingFolder implements AutoCloseable {
     /** Where what it replaces can be moved to. */
     Path replaced() {
         return path.resolve(REPLACED);
-    }
-
-    /** Leaves the folder in place until the virtual machine ends. */
-    void keepUntilExit() throws IOException {
-        KEPT.add(lock);
-        // Deleted in the opposite order.
-        path.toFile().deleteOnExit();
-        path.resolve(LOCK).toFile().deleteOnExit();
-        fresh().toFile().deleteOnExit();
-        try (DirectoryStream<Path> files = Files.newDirectoryStream(fresh())) {
-            files.forEach(file -> file.toFile().deleteOnExit());
-        }
     }
 
     /** Removes the folder with all that is in it. */

@@ -74,7 +74,7 @@ class NativeBundleTest {
             do {
                 try {
                     Path unpacked = bundle.unpack();
-                    bundle.unpackForThisProcess();
+                    bundle.unpackForThisProcess().close();
                     if (Boolean.getBoolean("endless")) {
                         Files.write(unpacked.resolve("libone.so"), new byte[] {9});
                     }
