@@ -8,9 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -22,13 +25,34 @@ using loomkit::test::TestFolder;
 using loomkit::test::writeText;
 
 /// Every file below a folder, by its path relative to it, with its content.
-std::map<std::string, std::string> filesBelow(const std::string& folder);
+inline std::map<std::string, std::string> filesBelow(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    for (const std::filesystem::directory_entry& item : std::filesystem::recursive_directory_iterator(folder)) {
+        if (item.is_regular_file()) {
+            files[item.path().lexically_relative(folder).string()] = readText(item.path().string());
+        }
+    }
+    return files;
+}
 
 /// Names directly in a folder, sorted and each followed by a blank.
-std::string namesIn(const std::string& folder);
+inline std::string namesIn(const std::string& folder) {
+    std::set<std::string> names;
+    for (const std::filesystem::directory_entry& item : std::filesystem::directory_iterator(folder)) {
+        names.insert(item.path().filename().string());
+    }
+    std::string text;
+    for (const std::string& name : names) {
+        text += name + " ";
+    }
+    return text;
+}
 
 /// 0 where there is nothing.
-std::uint64_t inodeOf(const std::string& path);
+inline std::uint64_t inodeOf(const std::string& path) {
+    struct stat state {};
+    return stat(path.c_str(), &state) == 0 ? state.st_ino : 0;
+}
 
 inline vrlkrt::ComponentArchive archiveOf(std::string bytes, const vrlkrt::ArchiveLimits& limits = {}) {
     return vrlkrt::ComponentArchive(std::make_shared<const std::string>(std::move(bytes)), limits);

@@ -41,50 +41,26 @@ void expectRefusal(const std::string& bytes, const std::string& message, const v
         << "'" << failure << "', not '" << message << "'";
 }
 
+/// Beside what both readers of archives, this one and that in Java, are shown in the tests of the other.
 TEST(ComponentArchive, IsRefusedByTheNameOfItsBadEntry) {
     const std::string good = CraftedComponent().zip();
-    const std::string manifest = CraftedComponent().defaultManifest();
     const std::string digits = "0123456789";
     const std::pair<std::string, const char*> table[] = {
-        {"", "The archive is empty."},
-        {"hello, I am a text", "The archive is not a zip file."},
-        {good.substr(0, good.size() - 30), "The archive is truncated"},
         {std::string(good).erase(10, 60), "The archive is truncated or damaged: "},
         {std::string(good).erase(good.rfind("PK\1\2") + 10, 20), "The archive is truncated or damaged: "},
-        {craftZip({{"lib/x.so", "library"}}), "The archive has no component.json."},
-        {craftZip({{"sample/component.json", manifest}}), "The archive has no component.json."},
-        {craftZip({{"component.json", "{\"name\": }"}}), "component.json: parse error at line 1, column 10"},
         {withFile({"component.json", "{}"}), "Archive entry 'component.json': it is there twice"},
         {withFile({"lib/x.so", "library"}), "Archive entry 'lib/x.so': it is there twice."},
-        {withFile({"extra.txt", "?"}, manifest), "Archive entry 'extra.txt': component.json has no SHA-256 of it."},
-        {withMember("/sha256/gone.txt", std::string(64, '0')),
-         "Archive entry 'gone.txt': component.json lists it, but it is not in the archive."},
-        {withMember("/libraries/darwin-arm64", "lib/y.so"),
-         "Archive entry 'lib/y.so': component.json names it as the library for darwin-arm64, but"},
-        {withMember("/sha256/lib~1x.so", vrlkrt::sha256Hex("another library")),
-         "Archive entry 'lib/x.so': its content does not match its SHA-256"},
         {withMember("/libraries", {{"plan9-mips", "lib/x.so"}}), "the component 'sample' has no library for linux-"},
         {withMember("/libraries", nlohmann::json::object()), "it has none at all"},
         {withMember("/abi", 999), "the component 'sample' was built for abi 999"},
-        {withFile({"/tmp/evil", "x"}), "Archive entry '/tmp/evil': its path is absolute."},
-        {withFile({"lib/../../evil", "x"}), "Archive entry 'lib/../../evil': its path has the component '..'."},
-        {craftZip({{"\x1B[2J\x9B\xE2\x80\xAE", "x"}}), "entry '\\x1b[2J\\x9b\\u202e': its path has a character"},
         {withFile({std::string("lib/l.so\0.txt", 13), "x"}), "entry 'lib/l.so\\x00.txt': its path has a character"},
-        {withFile({"folder/", ""}), "'folder/': it is a folder"},
         {withFile({"link", "/etc/passwd", 0120777}), "'link': it is a link"},
         {withFile({"tty", "", 0020666}), "'tty': it is a device, pipe or socket"},
         {withFile({"socket", "", 0140666}), "'socket': it is a device, pipe or socket"},
         {withFile({"secret", digits, 0100644, 1}), "'secret': it is encrypted"},
-        {withFile({"lib/x.so/inner", "x"}), "its folder 'lib/x.so' is a file"},
         {withFile({"component.json/a", "x"}), "its folder 'component.json' is a file"},
         {withFile({"liar", digits, 0100644, 0, 4}), "Archive entry 'liar': "},
         {withFile({"liar", digits, 0100644, 0, 4000}), "Archive entry 'liar': "},
-        {withFile({"liar", digits, 0100644, 0, {}, 1}), "Archive entry 'liar': its content is damaged"},
-        {withFile({"bomb", deflated(digits), 0100644, 0, 0xF0000000, {}, 8}),
-         "Archive entry 'bomb': it has 4026531840 bytes, and 536870912 are allowed."},
-        {withFile({"bomb", deflated(std::string(100000, 'x')), 0100644, 0, 70000, {}, 8}),
-         "'bomb': it has more than the 70000 bytes that it states"},
-        {withFile({"short", deflated(digits), 0100644, 0, 11, {}, 8}), "'short': it has 10 bytes, not the 11 that"},
         {withFile({"cut", deflated(digits).substr(0, 9), 0100644, 0, 10, {}, 8}), "'cut': its content is damaged"},
         {withFile({"more", deflated(digits) + "x", 0100644, 0, 10, {}, 8}), "'more': its content is damaged: bytes"},
         {withFile({"none", "", 0100644, 0, 0, {}, 8}), "'none': its content is damaged: the packed bytes end early"},
@@ -110,13 +86,10 @@ TEST(ComponentArchive, IsRefusedWhereReadersCouldDiffer) {
         return patched(withFile(entry), local, 14, std::string(12, '\0'));
     };
     const std::pair<std::string, const char*> table[] = {
-        {withFile({"other", "x", 0100644, 0, {}, {}, 0, "", "inner"}), "'other': its local header names it 'inner'"},
         {withFile({"a", "x", 0100644, 0, {}, {}, 0, "", std::string("a\0", 2)}), "names it 'a\\x00'"},
         {withFile({"gap", "x", 0100644, 0, {}, {}, 0, "", "", "?"}), "'gap': it does not begin where the entry before"},
         {withFile({"gap", "x", 0100644, 0, {}, {}, 0, "", "", "", "?"}), "it has bytes that belong to no entry"},
         {patched(good, central, 42, bytesOf(0, 4)), "'data/table.txt': it does not begin where the entry before it"},
-        {"PK junk" + good, "its end record does not follow the directory that it states"},
-        {good + std::string(100, '\0'), "it does not end with the end record of a zip file"},
         {good + good, "its end record does not follow the directory that it states"},
         {patched(good, end, 20, two) + "??", "it does not end with the end record of a zip file"},
         {patched(good, end, 20, two), "its end record states several volumes or a comment"},

@@ -237,25 +237,6 @@ TEST(KpaTool, WritesTheArchiveAtItsPlaceOrNotAtAll) {
     EXPECT_EQ(namesIn(folder / "full"), "inner ");
 }
 
-TEST(KpaTool, PacksTheSameInputToTheSameBytes) {
-    const TestFolder folders[2];
-    std::string archives[3];
-    for (int round = 0; round < 3; ++round) {
-        // In the last round the first archive lies in the folder, and is not packed into the next one.
-        const TestFolder& folder = folders[round % 2];
-        writeComponent(folder);
-        fs::last_write_time(folder / "c/data/a.txt",
-                            fs::file_time_type::clock::now() - std::chrono::hours(9999 * round));
-        setenv("TZ", round == 1 ? "Asia/Kathmandu" : "UTC", 1);
-        const std::string library = "--library=" + vrlkrt::hostPlatform() + "=" + (folder / "x.so");
-        EXPECT_EQ(kpaIn(folder, {"pack", folder / "c", "-o", folder / "c/o.kpa", library}).exitCode, 0);
-        archives[round] = readText(folder / "c/o.kpa");
-    }
-    unsetenv("TZ");
-    EXPECT_EQ(archives[0], archives[1]);
-    EXPECT_EQ(archives[0], archives[2]);
-}
-
 TEST(Packing, RefusesWhatAnArchiveCannotHold) {
     const TestFolder folder;
     const auto expectRefused = [&](const char* text) {

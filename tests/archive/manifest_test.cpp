@@ -5,12 +5,7 @@
 #include "vrlkrt/archive/manifest.h"
 #include "vrlkrt/archive/printable.h"
 
-#include <nlohmann/json.hpp>
-
 #include <new>
-#include <tuple>
-
-using nlohmann::json;
 
 namespace {
 
@@ -48,73 +43,17 @@ TEST(Manifest, OfAnAuthorIsCompletedAndHasOnlyKnownMembers) {
     }
 }
 
-// pointer: of the member that is changed in a good manifest
-// value: in JSON; "" removes the member
-const std::tuple<const char*, const char*, const char*> badMembers[] = {
-    {"/name", "", "the member 'name' is missing"},
-    {"/name", "5", "the member 'name' must be a string, not number"},
-    {"/name", R"("../x")", "the member 'name' must be a letter followed by"},
-    {"/name", R"("x\u0000y")", "the member 'name' must be a letter followed by"},
-    {"/version", "", "the member 'version' is missing"},
-    {"/version", R"("1 2")", "the member 'version' must be made of"},
-    {"/version", R"("")", "the member 'version' must be made of"},
-    {"/abi", "", "the member 'abi' is missing"},
-    {"/abi", "-1", "'abi' must be a whole number from 0 to 65535, not -1"},
-    {"/abi", "1.5", "'abi' must be a whole number from 0 to 65535, not 1.5"},
-    {"/abi", R"("1")", "'abi' must be a whole number"},
-    {"/abi", "[[1]]", "'abi' must be a whole number from 0 to 65535, not array"},
-    {"/abi", "18446744073709551615", "'abi' must be a whole number"},
-    {"/functions", "", "the member 'functions' is missing"},
-    {"/functions", "{}", "the member 'functions' must be an array, not object"},
-    {"/functions/0", "[]", "functions[0] must be an object, not array"},
-    {"/functions/0/symbol", "", "the member 'symbol' of functions[0] is missing"},
-    {"/functions/0/symbol", R"("a b")", "'symbol' of functions[0] must be the name of a C function"},
-    {"/functions/0/name", R"("2x")", "'name' of functions[0] must be a letter"},
-    {"/functions/0/help", "null", "'help' of functions[0] must be a string, not null"},
-    {"/functions/0/help", R"("two\nlines")", "'help' of functions[0] must be one line"},
-    {"/functions/0/minimumInputs", "true", "'minimumInputs' of functions[0] must be a whole number"},
-    {"/functions/0", R"({"name":"f","symbol":"f","help":"","minimumInputs":3,"maximumInputs":2})",
-     "'minimumInputs' of functions[0] must not be greater"},
-    {"/functions/1", R"({"name":"twice","symbol":"f","help":""})", "the function 'twice' is there twice"},
-    {"/libraries", "", "the member 'libraries' is missing"},
-    {"/libraries", R"("lib/x.so")", "the member 'libraries' must be an object, not string"},
-    {"/libraries/linux", R"("lib/x.so")", "the platform 'linux' of 'libraries' must have the form"},
-    {"/libraries/linux-riscv64", "1", "the member 'linux-riscv64' of 'libraries' must be a string"},
-    {"/libraries/linux-riscv64", R"("/lib/x.so")", "'/lib/x.so': its path is absolute"},
-    {"/sha256", "", "the member 'sha256' is missing"},
-    {"/sha256", "[]", "the member 'sha256' must be an object, not array"},
-    {"/sha256/a", R"("ABC")", "the member 'a' of 'sha256' must be 64 lower-case hexadecimal digits"},
-    {"/sha256/..~1a", R"("ABC")", "'../a': its path has the component '..'"},
-};
-
 std::string parseFailure(const std::string& text) {
     return failureOf([&] { EXPECT_EQ(vrlkrt::parseManifest(text).name, "sample"); });
 }
 
-TEST(Manifest, IsRefusedByTheNameOfItsBadMember) {
-    for (const auto& [givenPointer, value, message] : badMembers) {
-        json manifest = json::parse(CraftedComponent().defaultManifest());
-        const json::json_pointer pointer(givenPointer);
-        if (*value == '\0') {
-            manifest.at(pointer.parent_pointer()).erase(pointer.back());
-        } else {
-            manifest[pointer] = json::parse(value);
-        }
-        const std::string failure = parseFailure(manifest.dump());
-        EXPECT_NE(failure.find(message), std::string::npos) << failure << "\nnot " << message;
-    }
-}
-
+/// Bad members, and most of the texts, are shown to both readers of archives in the tests of the one in Java.
 TEST(Manifest, IsRefusedAsATextThatReadersCouldTakeDifferently) {
     const std::string good = CraftedComponent().defaultManifest();
     const std::string rest = good.substr(1);
     const std::pair<std::string, const char*> table[] = {
         {"[1]", "component.json: the top must be an object, not array."},
-        {R"({"name": "other",)" + rest, "component.json: the member 'name' is there twice."},
-        {R"({"x": [{"a": 1, "\u0061": 2}],)" + rest, "component.json: the member 'a' is there twice."},
         {R"({"sha256": {},)" + rest, "component.json: the member 'sha256' is there twice."},
-        {"\xEF\xBB\xBF" + good, "component.json: it has a NUL character or a byte order mark."},
-        {good + std::string("\0{}", 3), "component.json: it has a NUL character or a byte order mark."},
         {R"({"x": {"a": 1, "b": {"a": 2}}, "y": {"a": 1},)" + rest, ""},
     };
     for (const auto& [text, failure] : table) {

@@ -2,6 +2,7 @@
 
 #include "values.h"
 
+#include <algorithm>
 #include <limits>
 #include <tuple>
 #include <utility>
@@ -20,34 +21,31 @@ protected:
 
 template <typename T>
 void expectIncrement(ComponentRun& run, qxClassID classId) {
-    SCOPED_TRACE("class " + std::to_string(classId));
+    SCOPED_TRACE(classId);
+    using Limits = std::numeric_limits<T>;
     const std::uint32_t dimensions[] = {1, 3, 1};
     const qxArrayOwner x(qxCreateNumericArray(3, dimensions, classId, qxREAL));
     auto* values = static_cast<T*>(x->realData());
-    values[0] = std::numeric_limits<T>::lowest();
-    values[1] = 7;
-    values[2] = std::numeric_limits<T>::max();
+    const T given[] = {Limits::lowest(), 7, Limits::max()};
+    std::copy_n(given, 3, values);
     const qxArrayOwner y = std::move(run.call("increment", 1, {x.get()}).at(0));
     ASSERT_EQ(qxGetClassID(y.get()), classId);
     ASSERT_EQ(y->numberOfDimensions(), 3U);
-    const auto* results = static_cast<const T*>(y->realData());
-    EXPECT_EQ(results[0], static_cast<T>(std::numeric_limits<T>::lowest() + 1));
-    EXPECT_EQ(results[1], static_cast<T>(8));
-    EXPECT_EQ(results[2], std::numeric_limits<T>::max());
-    EXPECT_EQ(values[1], static_cast<T>(7));
+    const T expected[] = {static_cast<T>(Limits::lowest() + 1), 8, Limits::max()};
+    EXPECT_TRUE(std::equal(expected, expected + 3, static_cast<const T*>(y->realData())));
+    EXPECT_TRUE(std::equal(given, given + 3, values)) << "the input changed";
+}
+
+/// The numeric classes in the order of their numbers.
+template <typename... T>
+void expectIncrements(ComponentRun& run) {
+    int classId = qxDOUBLE_CLASS;
+    (expectIncrement<T>(run, static_cast<qxClassID>(classId++)), ...);
 }
 
 TEST_F(Showcase, IncrementsEveryNumericClassWithSaturation) {
-    expectIncrement<double>(run_, qxDOUBLE_CLASS);
-    expectIncrement<float>(run_, qxSINGLE_CLASS);
-    expectIncrement<std::int8_t>(run_, qxINT8_CLASS);
-    expectIncrement<std::uint8_t>(run_, qxUINT8_CLASS);
-    expectIncrement<std::int16_t>(run_, qxINT16_CLASS);
-    expectIncrement<std::uint16_t>(run_, qxUINT16_CLASS);
-    expectIncrement<std::int32_t>(run_, qxINT32_CLASS);
-    expectIncrement<std::uint32_t>(run_, qxUINT32_CLASS);
-    expectIncrement<std::int64_t>(run_, qxINT64_CLASS);
-    expectIncrement<std::uint64_t>(run_, qxUINT64_CLASS);
+    expectIncrements<double, float, std::int8_t, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t, std::uint32_t,
+                     std::int64_t, std::uint64_t>(run_);
 }
 
 TEST_F(Showcase, GivesWhatItsInputsSay) {

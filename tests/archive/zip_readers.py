@@ -2,14 +2,15 @@
 
 usage: zip_readers.py KPA LIBRARY [SEED]
 
-Each round packs a random folder with kpa and compares names and bytes with what zipfile (and unzip, where it is
-installed) reads; then writes a random component with zipfile, whose names and sizes kpa has to list and whose bytes
+Each round packs a random folder with kpa, twice to the same bytes, and compares names and bytes with what zipfile (and
+unzip, where it is installed) reads; then writes a random component with zipfile, whose names and sizes kpa has to list and whose bytes
 kpa has to verify.
 """
 
 import hashlib
 import io
 import json
+import os
 import pathlib
 import platform
 import random
@@ -60,8 +61,15 @@ def check_packed(kpa, library, files, folder):
         path = folder / "c" / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
-    archive = folder / "packed.kpa"
-    run(kpa, "pack", folder / "c", "-o", archive, f"--library={PLATFORM}={library}")
+    archive = folder / "c" / "packed.kpa"
+    packed = []
+    for age, zone in ((0, "UTC"), (40_000_000, "Asia/Kathmandu")):
+        # The second time, the first archive lies in the folder.
+        os.utime(folder / "c" / "component.json", (age, age))
+        os.environ["TZ"] = zone
+        run(kpa, "pack", folder / "c", "-o", archive, f"--library={PLATFORM}={library}")
+        packed.append(archive.read_bytes())
+    assert packed[0] == packed[1], "not the same bytes"
     expected = {**files, f"lib/{PLATFORM}/{library.name}": library.read_bytes()}
     with zipfile.ZipFile(archive) as reader:
         names = reader.namelist()

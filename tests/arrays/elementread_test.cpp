@@ -51,7 +51,6 @@ TEST_F(ElementRead, ReachesFarIntoAHugeSparseArray) {
     setAt(env, held.handle, last, jdouble{5}, true);
     EXPECT_EQ(getAt(JavaType<jdouble>{}, env, held.handle, last, true), 5);
     EXPECT_EQ(getAt(JavaType<jdouble>{}, env, held.handle, jint{2147483647}, true), 0) << "row 0 of column 1";
-    expectNoThrow(env);
 }
 
 /// What refuses reads refuses writes in the same words; reads of objects are left out where they have their own.

@@ -65,7 +65,6 @@ TEST_F(Serialised, ComparisonIsTheOrderOfTheFormsAndEveryKindComesBackEqual) {
             EXPECT_EQ(identical(kinds[i].handle, kinds[j].handle), expected == 0) << i << " " << j;
         }
     }
-    expectNoThrow(env);
 }
 
 TEST_F(Serialised, NullObjectsAndArraysWithoutAForm) {
@@ -83,7 +82,6 @@ TEST_F(Serialised, NullObjectsAndArraysWithoutAForm) {
     EXPECT_EQ(compare(opaque.handle, opaque.handle), -1);
     EXPECT_EQ(deserialise(nullptr), nullptr);
     EXPECT_EQ(deserialise(primitiveArray<jbyte>(env, {1, 2, 3})), nullptr);
-    expectNoThrow(env);
 }
 
 }  // namespace nativevrl::test::serialise

@@ -33,79 +33,61 @@ TEST_F(EnvInjector, AnUnknownThreadIsAttachedForOneCallable) {
             EXPECT_TRUE(threadIsKnown()) << "the inner run must not detach";
         });
         EXPECT_FALSE(threadIsKnown());
-    });
-}
-
-TEST_F(EnvInjector, AThrowingCallableLeavesTheThreadDetached) {
-    onUnknownThread([] {
         EXPECT_THROW(sharedEnvInjector->run([](JNIEnv*) { throw std::runtime_error("from the callable"); }),
                      std::runtime_error);
         EXPECT_FALSE(threadIsKnown());
     });
 }
 
-/// Functions that answer as told and count how often they are asked.
-struct Answers {
-    int getEnvResult = 0;
-    bool getEnvGives = true;
-    int attachResult = 0;
-    bool attachGives = true;
-    int attached = 0;
-    int detached = 0;
+/// What GetEnv or AttachCurrentThread answers, and whether it gives an environment with it.
+struct Answer {
+    int result;
+    bool gives;
+};
 
-    tether::JNIEnvInjector injector(JNIEnv* env) {
-        return {[this, env](JNIEnv** given) {
-                    *given = getEnvGives ? env : *given;
-                    return getEnvResult;
+/// How often the functions of an injector were asked.
+struct Asked {
+    int attach = 0;
+    int detach = 0;
+
+    tether::JNIEnvInjector injector(JNIEnv* env, Answer getEnv, Answer attaching) {
+        return {[=](JNIEnv** given) {
+                    *given = getEnv.gives ? env : *given;
+                    return getEnv.result;
                 },
-                [this, env](JNIEnv** given) {
-                    ++attached;
-                    *given = attachGives ? env : *given;
-                    return attachResult;
+                [=](JNIEnv** given) {
+                    ++attach;
+                    *given = attaching.gives ? env : *given;
+                    return attaching.result;
                 },
                 [this] {
-                    ++detached;
-                    return 0;
+                    ++detach;
+                    return JNI_OK;
                 }};
     }
 };
 
-TEST_F(EnvInjector, LooksOnlyAtTheEnvironmentUnlessTheThreadIsDetached) {
+constexpr Answer yes{JNI_OK, true};
+constexpr Answer detached{JNI_EDETACHED, false};
+
+TEST_F(EnvInjector, AttachesADetachedThreadAndNoOther) {
     const auto give = [](JNIEnv* given) { return given; };
     for (const int result : {JNI_OK, JNI_ERR, JNI_EVERSION}) {
-        Answers answers;
-        answers.getEnvResult = result;
-        EXPECT_EQ(answers.injector(env).run(give), env);
-        answers.getEnvGives = false;
-        EXPECT_THROW(answers.injector(env).run(give), tether::GetEnvError);
-        EXPECT_EQ(answers.attached, 0);
-        EXPECT_EQ(answers.detached, 0);
+        Asked asked;
+        EXPECT_EQ(asked.injector(env, {result, true}, yes).run(give), env);
+        EXPECT_THROW(asked.injector(env, {result, false}, yes).run(give), tether::GetEnvError);
+        EXPECT_EQ(asked.attach + asked.detach, 0) << "only the environment counts";
     }
-}
-
-TEST_F(EnvInjector, AttachesADetachedThreadOrSaysThatItCannot) {
-    const auto give = [](JNIEnv* given) { return given; };
-    Answers answers;
-    answers.getEnvResult = JNI_EDETACHED;
-    answers.getEnvGives = false;
-    EXPECT_EQ(answers.injector(env).run(give), env);
-    EXPECT_EQ(answers.attached, 1);
-    EXPECT_EQ(answers.detached, 1);
-    answers.attachGives = false;
-    EXPECT_THROW(answers.injector(env).run(give), tether::AttachCurrentThreadError);
-    answers.attachGives = true;
-    answers.attachResult = JNI_ERR;
-    EXPECT_THROW(answers.injector(env).run(give), tether::AttachCurrentThreadError);
-    EXPECT_EQ(answers.detached, 1) << "what was not attached is not detached";
-}
-
-TEST_F(EnvInjector, MayEndInsideItsOwnRun) {
-    Answers answers;
-    answers.getEnvResult = JNI_EDETACHED;
-    answers.getEnvGives = false;
-    std::optional<tether::JNIEnvInjector> injector(answers.injector(env));
+    Asked asked;
+    EXPECT_EQ(asked.injector(env, detached, yes).run(give), env);
+    for (const Answer& no : {Answer{JNI_OK, false}, Answer{JNI_ERR, true}}) {
+        EXPECT_THROW(asked.injector(env, detached, no).run(give), tether::AttachCurrentThreadError);
+    }
+    EXPECT_EQ(asked.attach, 3);
+    EXPECT_EQ(asked.detach, 1) << "what was not attached is not detached";
+    std::optional<tether::JNIEnvInjector> injector(asked.injector(env, detached, yes));
     injector->run([&](JNIEnv*) { injector.reset(); });
-    EXPECT_EQ(answers.detached, 1);
+    EXPECT_EQ(asked.detach, 2) << "it may end inside its own run";
 }
 
 TEST_F(EnvInjector, ReferencesAreMovedAndSwappedWithoutMemory) {

@@ -11,38 +11,29 @@ using References = JvmTest;
 
 bool same(JNIEnv* env, jobject first, jobject second) { return env->IsSameObject(first, second) != JNI_FALSE; }
 
-TEST_F(References, EachProxyOwnsAReferenceOfItsOwn) {
-    jobject object = javaString(env, u"shared");
-    const JniCounter counter(env);
-    {
-        JObjectRef first(env, object);
-        const JObjectRef copy(first);
-        EXPECT_NE(first.ref(), copy.ref());
-        EXPECT_EQ(counter.localReferences(), 2);
-        first.reset();
-        EXPECT_TRUE(first.isNull());
-        EXPECT_TRUE(same(env, copy.ref(), object));
-    }
-    EXPECT_EQ(counter.localReferences(), 0);
-    EXPECT_EQ(describe(env, object), "shared");
-}
-
-TEST_F(References, AssignmentMakesAReferenceAndEndsTheOldOne) {
+TEST_F(References, EachProxyOwnsAReferenceThatAssignmentReplaces) {
     jobject one = javaString(env, u"one");
     jobject two = javaString(env, u"two");
     const JniCounter counter(env);
-    JObjectRef proxy(env, one);
-    const JObjectRef other(env, two);
-    proxy = other;
-    EXPECT_TRUE(same(env, proxy.ref(), two));
-    EXPECT_NE(proxy.ref(), other.ref());
-    proxy = one;
-    EXPECT_TRUE(same(env, proxy.ref(), one));
-    EXPECT_EQ(counter.localReferences(), 2);
-    const JObjectRef& itself = proxy;
-    proxy = itself;
-    EXPECT_TRUE(same(env, proxy.ref(), one));
-    EXPECT_EQ(counter.localReferences(), 2);
+    {
+        JObjectRef proxy(env, one);
+        const JObjectRef copy(proxy);
+        const JObjectRef other(env, two);
+        EXPECT_NE(proxy.ref(), copy.ref());
+        proxy = other;
+        EXPECT_TRUE(same(env, proxy.ref(), two));
+        EXPECT_NE(proxy.ref(), other.ref());
+        proxy = one;
+        const JObjectRef& itself = proxy;
+        proxy = itself;
+        EXPECT_TRUE(same(env, proxy.ref(), one));
+        EXPECT_EQ(counter.localReferences(), 3);
+        proxy.reset();
+        EXPECT_TRUE(proxy.isNull());
+        EXPECT_TRUE(same(env, copy.ref(), one));
+    }
+    EXPECT_EQ(counter.localReferences(), 0);
+    EXPECT_EQ(describe(env, one), "one");
 }
 
 TEST_F(References, AFailedReferenceIsToldApartFromNull) {

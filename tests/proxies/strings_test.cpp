@@ -25,22 +25,9 @@ TEST_F(Strings, CharactersAreFetchedOnceAndGivenBack) {
     EXPECT_EQ(counter.localReferences(), 0);
 }
 
-TEST_F(Strings, ANewStringNeverInheritsOldCharacters) {
-    JStringProxy proxy(env, javaString(env, u"first"));
-    const JniCounter counter(env);
-    EXPECT_STREQ(proxy.getStringUTFChars(), "first");
-    proxy.attach(javaString(env, u"second"));
-    EXPECT_EQ(counter.pinnedBlocks(), 0);
-    EXPECT_STREQ(proxy.getStringUTFChars(), "second");
-    proxy = JStringProxy(env, javaString(env, u"third"));
-    EXPECT_STREQ(proxy.getStringUTFChars(), "third");
-    proxy.releaseChars();
-    EXPECT_EQ(counter.pinnedBlocks(), 0);
-    EXPECT_STREQ(proxy.getStringUTFChars(), "third");
-}
-
 TEST_F(Strings, CharactersNeverOutliveTheReferenceThatTheyWereFetchedThrough) {
     jobject string = javaString(env, u"text");
+    jobject other = javaString(env, u"other");
     const JniCounter counter(env);
     {
         JStringProxy first(env, string);
@@ -51,6 +38,13 @@ TEST_F(Strings, CharactersNeverOutliveTheReferenceThatTheyWereFetchedThrough) {
         first = std::move(second);
         EXPECT_EQ(counter.pinnedBlocks(), 0);
         EXPECT_STREQ(first.getStringUTFChars(), "text");
+        first.attach(env->NewLocalRef(other));
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
+        EXPECT_STREQ(first.getStringUTFChars(), "other");
+        first = JStringProxy(env, string);
+        EXPECT_STREQ(first.getStringUTFChars(), "text");
+        first.releaseChars();
+        EXPECT_EQ(counter.pinnedBlocks(), 0);
         first.getStringChars();
         env->DeleteLocalRef(first.detach());
         EXPECT_EQ(counter.pinnedBlocks(), 0);

@@ -35,8 +35,7 @@ TEST_F(Copies, ThatShareDataSeeEachOthersChanges) {
     EXPECT_EQ(shared->columnStartTable(), sparse->columnStartTable());
     EXPECT_EQ(shared->capacity(), 64U);
 
-    const char* names[] = {"a"};
-    const qxArrayOwner record(qxCreateStructMatrix(1, 2, 1, names));
+    const qxArrayOwner record = structOf(1, 2, {"a"});
     const qxArrayOwner other(qxCreateSharedDataCopy(record.get()));
     qxSetCell(record.get(), 1, qxCreateDoubleScalar(5));
     EXPECT_EQ(qxAddField(record.get(), "b"), 1);
@@ -61,9 +60,7 @@ TEST_F(Copies, ThatAreDeepStayAsSmallAsTheirSource) {
     // Each level holds the one below twice: unfolded it would be 2^60 arrays.
     qxArrayOwner level(qxCreateDoubleScalar(1));
     for (int depth = 0; depth < 60; ++depth) {
-        qxArrayOwner outer(qxCreateCellMatrix(1, 2));
-        qxSetCell(outer.get(), 0, qxCreateSharedDataCopy(level.get()));
-        qxSetCell(outer.get(), 1, level.release());
+        qxArrayOwner outer = cellOf(1, 2, {qxCreateSharedDataCopy(level.get()), level.release()});
         level = std::move(outer);
     }
     const std::size_t before = qxLiveArrayCount();
@@ -81,8 +78,7 @@ TEST_F(Copies, OfAnOpaqueValueEndThePayloadOnceOnSeveralThreads) {
     const auto end = [](void* payload) { ++*static_cast<int*>(payload); };
     qxArrayOwner source(qxCreateOpaque("Handle", &ended, end));
     EXPECT_EQ(source->classWord(), 17U);
-    qxArrayOwner cell(qxCreateCellMatrix(1, 1));
-    qxSetCell(cell.get(), 0, qxDuplicateArray(source.get()));
+    qxArrayOwner cell = cellOf(1, 1, {qxDuplicateArray(source.get())});
     qxArrayOwner cellCopy(qxDuplicateArray(cell.get()));
     EXPECT_EQ(qxGetOpaquePayload(qxGetCell(cellCopy.get(), 0)), &ended);
     std::vector<std::thread> threads;

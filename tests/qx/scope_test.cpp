@@ -19,8 +19,7 @@ TEST_F(CallScope, EndsWhatIsLeftOverInIt) {
 }
 
 TEST_F(CallScope, LetsGoOfWhatIsTakenOutOrPutIntoASlot) {
-    const char* names[] = {"f"};
-    qxArrayOwner parent(qxCreateStructMatrix(1, 1, 1, names));
+    qxArrayOwner parent = structOf(1, 1, {"f"});
     qxArrayOwner taken;
     qxArray* given = qxCreateDoubleScalar(1);
     {

@@ -65,8 +65,7 @@ TEST_F(SerialForm, HoldsEqualFieldNamesInOneForm) {
 TEST_F(SerialForm, RefusesWhatCannotTravel) {
     qxArrayOwner opaque(qxCreateOpaque("Handle", nullptr, nullptr));
     EXPECT_FALSE(qxSerialize(opaque.get()));
-    const qxArrayOwner cell(qxCreateCellMatrix(1, 2));
-    qxSetCell(cell.get(), 1, opaque.release());
+    const qxArrayOwner cell = cellOf(1, 2, {nullptr, opaque.release()});
     EXPECT_FALSE(qxSerialize(cell.get()));
     EXPECT_FALSE(qxSerialize(nullptr));
 

@@ -21,8 +21,7 @@ TEST_F(Slots, HoldWhatIsStored) {
 }
 
 TEST_F(Slots, ThatAreNotThereEndWhatIsGivenToThem) {
-    const qxArrayOwner cell(qxCreateCellMatrix(1, 2));
-    qxSetCell(cell.get(), 2, qxCreateDoubleScalar(1));
+    const qxArrayOwner cell = cellOf(1, 2, {nullptr, nullptr, qxCreateDoubleScalar(1)});
     EXPECT_EQ(qxGetCell(cell.get(), 2), nullptr);
     const qxArrayOwner number = rowOf({1});
     qxSetCell(number.get(), 0, qxCreateDoubleScalar(1));
@@ -48,8 +47,7 @@ TEST_F(Slots, NeverHoldTheArrayThatTheyBelongTo) {
 }
 
 TEST_F(Slots, TellWhatTheyWouldHoldBeforeAnythingEnds) {
-    const qxArrayOwner cell(qxCreateCellMatrix(1, 1));
-    qxSetCell(cell.get(), 0, qxCreateDoubleScalar(3));
+    const qxArrayOwner cell = cellOf(1, 1, {qxCreateDoubleScalar(3)});
     qxArray* harmless = qxCreateDoubleScalar(1);
     EXPECT_EQ(qxWithoutCycle(cell.get(), harmless), harmless);
     qxDestroyArray(harmless);
@@ -67,8 +65,7 @@ TEST_F(Slots, TellWhatTheyWouldHoldBeforeAnythingEnds) {
 }
 
 TEST_F(Slots, OfAStructLieFieldByField) {
-    const char* names[] = {"a", "b"};
-    const qxArrayOwner array(qxCreateStructMatrix(1, 2, 2, names));
+    const qxArrayOwner array = structOf(1, 2, {"a", "b"});
     for (std::size_t slot = 0; slot < 4; ++slot) {
         qxSetCell(array.get(), slot, qxCreateDoubleScalar(static_cast<double>(slot)));
     }

@@ -61,6 +61,24 @@ inline std::vector<std::uint32_t> extentsOf(const qxArray* array) {
     return {array->get_dimensions(), array->get_dimensions() + array->numberOfDimensions()};
 }
 
+/// Puts arrays, which are taken over, into the first slots.
+inline qxArrayOwner filled(qxArray* array, std::initializer_list<qxArray*> slots) {
+    std::size_t slot = 0;
+    for (qxArray* element : slots) {
+        qxSetCell(array, slot++, element);
+    }
+    return qxArrayOwner(array);
+}
+
+inline qxArrayOwner cellOf(std::uint32_t rows, std::uint32_t columns, std::initializer_list<qxArray*> slots) {
+    return filled(qxCreateCellMatrix(rows, columns), slots);
+}
+
+inline qxArrayOwner structOf(std::uint32_t rows, std::uint32_t columns, std::vector<const char*> names,
+                             std::initializer_list<qxArray*> slots = {}) {
+    return filled(qxCreateStructMatrix(rows, columns, static_cast<std::uint32_t>(names.size()), names.data()), slots);
+}
+
 /// `depth` cells in one another around an array.
 inline qxArrayOwner nestedCells(int depth, qxArrayOwner inner = nullptr) {
     for (int level = 0; level < depth; ++level) {

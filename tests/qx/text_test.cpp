@@ -69,19 +69,14 @@ TEST_F(Display, ListsTheStoredElementsOfASparseMatrix) {
 }
 
 TEST_F(Display, NestsCellsAndStructs) {
-    const char* names[] = {"name", "values", "\xF0\x9D\x92\x9C"};
-    qxArrayOwner record(qxCreateStructMatrix(1, 1, 3, names));
-    qxSetCell(record.get(), 0, qxCreateString("rod"));
-    qxSetCell(record.get(), 1, rowOf({1, 2}).release());
+    qxArrayOwner record =
+        structOf(1, 1, {"name", "values", "\xF0\x9D\x92\x9C"}, {qxCreateString("rod"), rowOf({1, 2}).release()});
     const std::string shown = "name: 'rod'\nvalues:\n  1  2\n\xED\xA0\xB5\xED\xB2\x9C: 0-by-0 empty double\n";
     EXPECT_EQ(qxToText(record.get()), shown);
 
-    const qxArrayOwner cell(qxCreateCellMatrix(2, 3));
-    qxSetCell(cell.get(), 0, qxCreateDoubleScalar(0.5));
-    qxSetCell(cell.get(), 1, record.release());
-    qxSetCell(cell.get(), 2, qxCreateFunctionHandle("solve"));
-    qxSetCell(cell.get(), 3, qxCreateOpaque("Stream", nullptr, nullptr));
-    qxSetCell(cell.get(), 4, qxCreateString(""));
+    const qxArrayOwner cell = cellOf(2, 3,
+                                     {qxCreateDoubleScalar(0.5), record.release(), qxCreateFunctionHandle("solve"),
+                                      qxCreateOpaque("Stream", nullptr, nullptr), qxCreateString("")});
     EXPECT_EQ(qxToText(cell.get()),
               "2-by-3 cell\n  (1,1): 0.5000\n  (2,1):\n    name: 'rod'\n    values:\n      1  2\n"
               "    \xED\xA0\xB5\xED\xB2\x9C: 0-by-0 empty double\n"
@@ -89,9 +84,7 @@ TEST_F(Display, NestsCellsAndStructs) {
 }
 
 TEST_F(Display, NumbersTheElementsOfAStructArray) {
-    const char* names[] = {"x"};
-    const qxArrayOwner array(qxCreateStructMatrix(2, 1, 1, names));
-    qxSetCell(array.get(), 1, qxCreateLogicalScalar(true));
+    const qxArrayOwner array = structOf(2, 1, {"x"}, {nullptr, qxCreateLogicalScalar(true)});
     EXPECT_EQ(qxToText(array.get()), "2-by-1 struct\n  (1,1):\n    x: 0-by-0 empty double\n  (2,1):\n    x: 1\n");
     EXPECT_EQ(qxToText(qxArrayOwner(qxCreateStructMatrix(1, 1, 0, nullptr)).get()), "1-by-1 struct without fields\n");
 }

@@ -130,18 +130,6 @@ Rows<T> toRows(JNIEnv* env, jobject array) {
     return rows;
 }
 
-/// The elements of a T[][][].
-template <typename T>
-Pages<T> toPages(JNIEnv* env, jobject array) {
-    Pages<T> pages;
-    for (std::size_t i = 0; i < lengthOf(env, array); ++i) {
-        jobject rows = elementAt(env, array, i);
-        pages.push_back(toRows<T>(env, rows));
-        env->DeleteLocalRef(rows);
-    }
-    return pages;
-}
-
 /// Puts the value of a wrapper into the first element of a primitive array.
 void storeUnboxed(JNIEnv* env, jobject array, jobject object);
 

@@ -85,6 +85,12 @@ void watch(Table& table) {
 using Effect = JniEffect;
 using Failure = JniFailure;
 
+/// The function of each primitive type.
+#define OF_TYPES(Prefix, Suffix)                                                                  \
+    &Table::Prefix##Boolean##Suffix, &Table::Prefix##Byte##Suffix, &Table::Prefix##Char##Suffix,  \
+        &Table::Prefix##Short##Suffix, &Table::Prefix##Int##Suffix, &Table::Prefix##Long##Suffix, \
+        &Table::Prefix##Float##Suffix, &Table::Prefix##Double##Suffix
+
 void watchReferences(Table& table) {
     watch<Effect::makesLocal, Failure::gives, &Table::NewLocalRef>(table);
     watch<Effect::deletesLocal, Failure::never, &Table::DeleteLocalRef>(table);
@@ -100,9 +106,7 @@ void watchObjects(Table& table) {
     watch<Effect::makesLocal, Failure::throws, &Table::FindClass, &Table::NewObjectA, &Table::NewObjectV,
           &Table::NewString, &Table::NewStringUTF, &Table::NewObjectArray, &Table::GetObjectArrayElement,
           &Table::CallObjectMethodA, &Table::CallObjectMethodV, &Table::CallStaticObjectMethodA,
-          &Table::CallStaticObjectMethodV, &Table::NewBooleanArray, &Table::NewByteArray, &Table::NewCharArray,
-          &Table::NewShortArray, &Table::NewIntArray, &Table::NewLongArray, &Table::NewFloatArray,
-          &Table::NewDoubleArray>(table);
+          &Table::CallStaticObjectMethodV, OF_TYPES(New, Array)>(table);
     watch<Effect::makesLocal, Failure::never, &Table::GetObjectClass, &Table::GetSuperclass, &Table::ExceptionOccurred>(
         table);
     watch<Effect::none, Failure::throws, &Table::GetMethodID, &Table::GetStaticMethodID, &Table::GetFieldID,
@@ -112,38 +116,19 @@ void watchObjects(Table& table) {
 }
 
 void watchCalls(Table& table) {
-    watch<Effect::none, Failure::throws, &Table::CallVoidMethodA, &Table::CallBooleanMethodA, &Table::CallByteMethodA,
-          &Table::CallCharMethodA, &Table::CallShortMethodA, &Table::CallIntMethodA, &Table::CallLongMethodA,
-          &Table::CallFloatMethodA, &Table::CallDoubleMethodA, &Table::CallVoidMethodV, &Table::CallBooleanMethodV,
-          &Table::CallByteMethodV, &Table::CallCharMethodV, &Table::CallShortMethodV, &Table::CallIntMethodV,
-          &Table::CallLongMethodV, &Table::CallFloatMethodV, &Table::CallDoubleMethodV>(table);
-    watch<Effect::none, Failure::throws, &Table::CallStaticVoidMethodA, &Table::CallStaticBooleanMethodA,
-          &Table::CallStaticByteMethodA, &Table::CallStaticCharMethodA, &Table::CallStaticShortMethodA,
-          &Table::CallStaticIntMethodA, &Table::CallStaticLongMethodA, &Table::CallStaticFloatMethodA,
-          &Table::CallStaticDoubleMethodA>(table);
+    watch<Effect::none, Failure::throws, &Table::CallVoidMethodA, &Table::CallVoidMethodV, OF_TYPES(Call, MethodA),
+          OF_TYPES(Call, MethodV), &Table::CallStaticVoidMethodA, OF_TYPES(CallStatic, MethodA)>(table);
 }
 
 void watchPins(Table& table) {
-    watch<Effect::pins, Failure::gives, &Table::GetBooleanArrayElements, &Table::GetByteArrayElements,
-          &Table::GetCharArrayElements, &Table::GetShortArrayElements, &Table::GetIntArrayElements,
-          &Table::GetLongArrayElements, &Table::GetFloatArrayElements, &Table::GetDoubleArrayElements,
-          &Table::GetPrimitiveArrayCritical, &Table::GetStringCritical, &Table::GetStringChars,
-          &Table::GetStringUTFChars>(table);
-    watch<Effect::unpins, Failure::never, &Table::ReleaseBooleanArrayElements, &Table::ReleaseByteArrayElements,
-          &Table::ReleaseCharArrayElements, &Table::ReleaseShortArrayElements, &Table::ReleaseIntArrayElements,
-          &Table::ReleaseLongArrayElements, &Table::ReleaseFloatArrayElements, &Table::ReleaseDoubleArrayElements,
-          &Table::ReleasePrimitiveArrayCritical, &Table::ReleaseStringCritical, &Table::ReleaseStringChars,
-          &Table::ReleaseStringUTFChars>(table);
+    watch<Effect::pins, Failure::gives, OF_TYPES(Get, ArrayElements), &Table::GetPrimitiveArrayCritical,
+          &Table::GetStringCritical, &Table::GetStringChars, &Table::GetStringUTFChars>(table);
+    watch<Effect::unpins, Failure::never, OF_TYPES(Release, ArrayElements), &Table::ReleasePrimitiveArrayCritical,
+          &Table::ReleaseStringCritical, &Table::ReleaseStringChars, &Table::ReleaseStringUTFChars>(table);
+    watch<Effect::none, Failure::never, OF_TYPES(Set, ArrayRegion), OF_TYPES(Get, ArrayRegion)>(table);
 }
 
-void watchRegions(Table& table) {
-    watch<Effect::none, Failure::never, &Table::SetBooleanArrayRegion, &Table::SetByteArrayRegion,
-          &Table::SetCharArrayRegion, &Table::SetShortArrayRegion, &Table::SetIntArrayRegion,
-          &Table::SetLongArrayRegion, &Table::SetFloatArrayRegion, &Table::SetDoubleArrayRegion>(table);
-    watch<Effect::none, Failure::never, &Table::GetBooleanArrayRegion, &Table::GetByteArrayRegion,
-          &Table::GetCharArrayRegion, &Table::GetShortArrayRegion, &Table::GetIntArrayRegion,
-          &Table::GetLongArrayRegion, &Table::GetFloatArrayRegion, &Table::GetDoubleArrayRegion>(table);
-}
+#undef OF_TYPES
 
 Table makeProbedTable(JNIEnv* env) {
     machineTable = env->functions;
@@ -152,7 +137,6 @@ Table makeProbedTable(JNIEnv* env) {
     watchObjects(table);
     watchCalls(table);
     watchPins(table);
-    watchRegions(table);
     return table;
 }
 

@@ -60,6 +60,24 @@ std::string caseName(qxClassID classId, const Extents& extents, bool real) {
 
 using NestedRead = JvmTest;
 
+/// The elements in storage order as one string and, of a matrix of numbers, each row as one.
+template <typename Element>
+void expectStrings(JNIEnv* env, const Held& held, const Extents& extents, bool real, Element&& element) {
+    const auto units = [&](std::size_t first, std::size_t stride, std::size_t count) {
+        std::u16string text(count, u'\0');
+        std::generate(text.begin(), text.end(), [&, at = first - stride]() mutable { return element(at += stride); });
+        return text;
+    };
+    EXPECT_EQ(toUtf16(env, readString(env, held.handle, real)), units(0, 1, product(extents)));
+    if (qxGetClassID(held.array.get()) >= qxDOUBLE_CLASS && extents.size() == 2) {
+        const jobject strings = readStrings(env, held.handle, real);
+        ASSERT_EQ(lengthOf(env, strings), extents[0]);
+        for (std::size_t row = 0; row < extents[0]; ++row) {
+            EXPECT_EQ(toUtf16(env, elementAt(env, strings, row)), units(row, extents[0], extents[1])) << "row " << row;
+        }
+    }
+}
+
 /// Each read of one part as T: nested and boxed where the class has numbers, flat in any case.
 template <typename T, typename Stored>
 void expectReads(JNIEnv* env, const Held& held, const Extents& extents, bool real, const Stored* part) {
@@ -77,6 +95,9 @@ void expectReads(JNIEnv* env, const Held& held, const Extents& extents, bool rea
     jobject flat = readFlat(JavaType<T>{}, env, held.handle, real);
     expectNested<T>(env, flat, {static_cast<std::uint32_t>(product(extents))}, element);
     env->DeleteLocalRef(flat);
+    if constexpr (std::is_same_v<T, jchar>) {
+        expectStrings(env, held, extents, real, element);
+    }
 }
 
 TEST_F(NestedRead, MatchesTheModelForEveryClassTypeAndShape) {
@@ -101,7 +122,6 @@ TEST_F(NestedRead, MatchesTheModelForEveryClassTypeAndShape) {
             env->PopLocalFrame(nullptr);
         });
     }
-    expectNoThrow(env);
 }
 
 TEST_F(NestedRead, GoesBackInAsItCameOut) {
@@ -142,7 +162,6 @@ TEST_F(NestedRead, GoesBackInAsItCameOut) {
             env->PopLocalFrame(nullptr);
         });
     }
-    expectNoThrow(env);
 }
 
 TEST_F(NestedRead, WritesRowsThatAreTooLongForATilePieceByPiece) {
@@ -194,7 +213,6 @@ TEST_F(NestedRead, OfASparseArrayIsThatOfItsDenseTwin) {
                 }
                 const jobject strings = readStrings(env, sparse.handle, real);
                 const jobject twins = readStrings(env, dense.handle, real);
-                ASSERT_EQ(lengthOf(env, strings), extents[0]);
                 for (std::size_t i = 0; i < extents[0]; ++i) {
                     EXPECT_EQ(toUtf16(env, elementAt(env, strings, i)), toUtf16(env, elementAt(env, twins, i)));
                 }
@@ -217,7 +235,6 @@ TEST_F(NestedRead, OfASparseArrayIsThatOfItsDenseTwin) {
     *static_cast<jboolean*>(truths->realData()) = JNI_TRUE;
     EXPECT_EQ(toRows<jboolean>(env, readView(env, truths.handle, true)), (Rows<jboolean>{{0, 0}, {0, 1}}));
     EXPECT_EQ(toVector<jint>(env, readFlat(JavaType<jint>{}, env, truths.handle, true)), (std::vector<jint>{1}));
-    expectNoThrow(env);
 }
 
 TEST_F(NestedRead, OfASparseArrayPassesOverWhatIsOutOfOrder) {
@@ -270,7 +287,6 @@ TEST_F(NestedRead, OfNoArrayIsOneEmptyLevel) {
     });
     expectNested<jdouble>(env, readView(env, none, true), {0, 0}, [](std::size_t) { return jdouble{}; });
     EXPECT_EQ(classNameOf(env, readStrings(env, none, true)), "java/lang/String");
-    expectNoThrow(env);
 }
 
 TEST_F(NestedRead, LeavesOneClassReferenceForEachArrayOfArraysAndEachBoxedRow) {

@@ -34,7 +34,6 @@ TEST_F(Text, OfARowKeepsZeroUnitsAndSurrogates) {
         ASSERT_EQ(lengthOf(env, strings), 1u);
         EXPECT_EQ(toUtf16(env, elementAt(env, strings, 0)), units);
     }
-    expectNoThrow(env);
 }
 
 TEST_F(Text, OfAnyOtherArrayIsWhatTheRuntimeDisplays) {
@@ -60,50 +59,6 @@ TEST_F(Text, OfAnyOtherArrayIsWhatTheRuntimeDisplays) {
         EXPECT_EQ(ledger.held(), 0U) << ledger.holders();
         EXPECT_EQ(toText(env, text), shown);
     }
-    expectNoThrow(env);
-}
-
-TEST_F(Text, ByRowsTakesTheRowsOfANumericMatrix) {
-    const struct {
-        std::uint32_t rows;
-        std::u16string units;
-        std::vector<std::u16string> strings;
-    } cases[] = {{2, u"ABCD", {u"AC", u"BD"}}, {3, u"xyz", {u"x", u"y", u"z"}}, {2, u"", {u"", u""}}};
-    for (const auto& one : cases) {
-        forEachClass([&](auto element) {
-            using Case = decltype(element);
-            if (Case::id < qxDOUBLE_CLASS) {
-                return;
-            }
-            const Held held(env, unitsAs(element, one.units, one.rows));
-            const jobject strings = readStrings(env, held.handle, true);
-            ASSERT_EQ(lengthOf(env, strings), one.strings.size());
-            for (std::size_t i = 0; i < one.strings.size(); ++i) {
-                EXPECT_EQ(toUtf16(env, elementAt(env, strings, i)), one.strings[i]) << Case::id;
-            }
-        });
-    }
-    const Held none(env, qxCreateNumericMatrix(0, 3, qxDOUBLE_CLASS, qxREAL));
-    EXPECT_EQ(lengthOf(env, readStrings(env, none.handle, true)), 0u);
-    expectNoThrow(env);
-}
-
-TEST_F(Text, InStorageOrderCastsEveryElementToAUnit) {
-    forEachClass([&](auto one) {
-        using Case = decltype(one);
-        const Held held(env, Case::row(Case::values(), qxCOMPLEX));
-        const bool real = held->imagData() == nullptr;
-        std::u16string expected;
-        for (const auto value : Case::values()) {
-            expected += static_cast<char16_t>(modelCast<jchar>(value));
-        }
-        EXPECT_EQ(toUtf16(env, readString(env, held.handle, real)), expected) << Case::id;
-    });
-    const Held columns(env, unitsAs(chars, u"abcdef", 2));
-    EXPECT_EQ(toUtf16(env, readString(env, columns.handle, true)), u"abcdef");
-    const Held empty(env, qxCreateNumericMatrix(0, 0, qxCHAR_CLASS, qxREAL));
-    EXPECT_EQ(toUtf16(env, readString(env, empty.handle, true)), u"");
-    expectNoThrow(env);
 }
 
 TEST_F(Text, ByRowsServesMatricesOnly) {

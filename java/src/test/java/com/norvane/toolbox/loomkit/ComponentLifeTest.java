@@ -64,6 +64,7 @@ class ComponentLifeTest {
             assertWorks(component);
             assertWorks(toItsEnd);
             assertWorks(trickled);
+            assertEquals(10 - Math.min(10, Math.floorMod(-beyond, CHUNK)), stream.available(), "read whole chunks");
         }
     }
 
@@ -176,6 +177,9 @@ class ComponentLifeTest {
             for (int round = 0; round < 50; round++) {
                 NVArray result = opened.get(round % 2).call1("increment", number);
                 assertEquals(number + 1, result.asNumeric().doubleValue());
+                NVException failure =
+                        assertThrows(NVException.class, () -> opened.get(0).call1("fail_deep", "own " + number));
+                assertTrue(failure.getMessage().contains("own " + number) && failure.getNativeStack().size() == 3);
             }
             return null;
         };

@@ -120,13 +120,6 @@ class DescriptionTest {
         return text.getBytes(StandardCharsets.ISO_8859_1);
     }
 
-    /** Replaces bytes wherever they stand. */
-    private static byte[] replaced(byte[] archive, String bytes, String others) {
-        String text = new String(archive, StandardCharsets.ISO_8859_1);
-        assertTrue(text.contains(bytes), bytes);
-        return latin1(text.replace(bytes, others));
-    }
-
     private static String number(int value) {
         byte[] bytes = ByteBuffer.allocate(4).order(ByteOrder.LITTLE_ENDIAN).putInt(value).array();
         return new String(bytes, StandardCharsets.ISO_8859_1);
@@ -149,10 +142,9 @@ class DescriptionTest {
     }
 
     @Test
-    void refusesByTheNameOfTheBadEntry() throws IOException {
+    void refusesByTheNameOfTheBadEntryAsOpeningDoes() throws IOException {
         byte[] good = smallArchive();
         String text = new String(good, StandardCharsets.ISO_8859_1);
-        String size = number(300);
         String name = "data/t.txt";
         String[][] table = {
             {"", "The archive is empty."},
@@ -174,9 +166,9 @@ class DescriptionTest {
             {text.replace("lib/x.so", "lib/y.so"), "Archive entry 'lib/y.so': component.json has no SHA-256"},
             {text.replace(MANIFEST, "component.JSON"), "The archive has no component.json."},
             {text.replace("library", "Library"), "'lib/x.so': its content is damaged: it does not match its checksum"},
-            {text.replace(size, number(299)), "'data/t.txt': it has more than the 299 bytes that it states"},
-            {text.replace(size, number(301)), "'data/t.txt': it has 300 bytes, not the 301 that it states"},
-            {text.replace(size, number(0xF0000000)), "it has 4026531840 bytes, and 536870912 are allowed"},
+            {text.replace(number(300), number(299)), "'data/t.txt': it has more than the 299 bytes that it states"},
+            {text.replace(number(300), number(301)), "'data/t.txt': it has 300 bytes, not the 301 that it states"},
+            {text.replace(number(300), number(0xF0000000)), "it has 4026531840 bytes, and 536870912 are allowed"},
             {text.replaceFirst(name, "data/u.txt"), "its local header names it 'data/u.txt'"},
         };
         for (String[] row : table) {
@@ -190,13 +182,11 @@ class DescriptionTest {
                 smallArchive(Sha256.hexOf(latin1("library")), DIGITS));
         assertRefused("more than 200 arrays",
                 smallArchive("{\"name\": \"s", "{\"x\": " + "[".repeat(200) + ", \"name\": \"s"));
-        assertRefused("'component.json': it has " + (1 << 21),
-                replaced(good, number(sizeOfManifest(good)), number(1 << 21)));
-    }
-
-    private static int sizeOfManifest(byte[] archive) {
-        String text = new String(archive, StandardCharsets.ISO_8859_1);
-        return ByteBuffer.wrap(archive).order(ByteOrder.LITTLE_ENDIAN).getInt(text.indexOf("PK\1\2") + 24);
+        int size = ByteBuffer.wrap(good).order(ByteOrder.LITTLE_ENDIAN).getInt(text.indexOf("PK\1\2") + 24);
+        assertRefused("'component.json': it has " + (1 << 21), latin1(text.replace(number(size), number(1 << 21))));
+        for (Path path : List.of(folder, Path.of("/dev/zero"), folder.resolve("none"))) {
+            assertThrows(IOException.class, () -> Component.describe(path), path.toString());
+        }
     }
 
     private void assertRefused(String message, byte[] archive) throws IOException {
@@ -204,13 +194,10 @@ class DescriptionTest {
         IOException failure = assertThrows(IOException.class, () -> Component.describe(file), message);
         assertTrue(failure.getMessage().startsWith(file + ": "), failure.getMessage());
         assertTrue(failure.getMessage().contains(message), failure.getMessage() + "\nnot " + message);
-    }
-
-    @Test
-    void refusesWhatIsNoFile() {
-        for (Path path : List.of(folder, Path.of("/dev/zero"), folder.resolve("none"))) {
-            assertThrows(IOException.class, () -> Component.describe(path), path.toString());
-        }
+        String nativeRefusal = nativeRefusalOf(archive);
+        // Only this reader stops at so many levels, before it comes to what is no JSON.
+        boolean isSame = nativeRefusal.contains(message) || message.contains("200 arrays");
+        assertTrue(isSame, nativeRefusal + "\nnot " + message);
     }
 
     /** Bytes that mean nothing: who made an entry, permissions, and the bits behind the end of deflated data. */
@@ -244,13 +231,13 @@ class DescriptionTest {
         }
     }
 
-    /** Whether the native reader takes an archive as well. */
-    private static boolean opens(byte[] archive) throws IOException {
+    /** What the native reader says against an archive; empty when it takes it. */
+    private static String nativeRefusalOf(byte[] archive) throws IOException {
         TestComponents.start();
         try (Component component = Component.open(new ByteArrayInputStream(archive))) {
-            return !component.isClosed();
+            return component.name().isEmpty() ? "no name" : "";
         } catch (NVException refusal) {
-            return false;
+            return refusal.getMessage();
         }
     }
 
@@ -305,6 +292,23 @@ class DescriptionTest {
             {"\"minimumInputs\": 1", "\"minimumInputs\": 65536", "not 65536"},
             {"\"minimumInputs\": 1", "\"minimumInputs\": 2", "must not be greater than 'maximumInputs'"},
             {"\"libraries\": {", "\"libraries\": {\"linux\": \"a\",", "the platform 'linux' of 'libraries'"},
+            {"\"name\": \"showcase\"", "\"nome\": \"showcase\"", "the member 'name' is missing"},
+            {"\"name\": \"showcase\"", "\"name\": 5", "the member 'name' must be a string"},
+            {"\"version\"", "\"virsion\"", "the member 'version' is missing"},
+            {"\"version\": \"", "\"version\": \"1 ", "the member 'version' must be made of"},
+            {"\"abi\": 1", "\"abi\": -1", "must be a whole number from 0 to 65535, not -1"},
+            {"\"abi\": 1", "\"abi\": \"1\"", "must be a whole number from 0 to 65535, not string"},
+            {"\"functions\"", "\"funktions\"", "the member 'functions' is missing"},
+            {"\"functions\": [", "\"functions\": {}, \"f\": [", "the member 'functions' must be an array"},
+            {"\"name\": \"say\"", "\"name\": \"2x\"", "'name' of functions[0] must be a letter"},
+            {"\"symbol\"", "\"sumbol\"", "the member 'symbol' of functions[0] is missing"},
+            {"\"help\": \"", "\"help\": null, \"h\": \"", "'help' of functions[0] must be a string"},
+            {"\"libraries\"", "\"libraris\"", "the member 'libraries' is missing"},
+            {"\"libraries\": {", "\"libraries\": \"lib/x.so\", \"l\": {", "the member 'libraries' must be an object"},
+            {"\"libraries\": {", "\"libraries\": {\"linux-riscv64\": 1,", "'linux-riscv64' of 'libraries' must be a"},
+            {"\"libraries\": {", "\"libraries\": {\"linux-riscv64\": \"/x.so\",", "'/x.so': its path is absolute"},
+            {"\"sha256\"", "\"sha257\"", "the member 'sha256' is missing"},
+            {"\"sha256\": {", "\"sha256\": [], \"s\": {", "the member 'sha256' must be an object"},
             {"\"sha256\": {", "\"sha256\": {\"../a\": \"" + DIGITS + "\",", "names '../a': its path has the"},
             {"\"sha256\": {", "\"sha256\": {\"a\": \"" + DIGITS.replace('0', 'A') + "\",", "64 lower-case"},
         };
@@ -318,7 +322,12 @@ class DescriptionTest {
             byte[] archive = zip(files);
             String refusal = refusalOf(archive);
             assertTrue(edit[2].isEmpty() ? refusal.isEmpty() : refusal.contains(edit[2]), edit[1] + ": " + refusal);
-            assertEquals(opens(archive), refusal.isEmpty(), edit[1] + ": " + refusal);
+            String nativeRefusal = nativeRefusalOf(archive);
+            assertEquals(nativeRefusal.isEmpty(), refusal.isEmpty(), edit[1] + ": " + refusal);
+            // Both use the same words, but for what is no JSON and for how a number is written.
+            if (!refusal.contains("parse error") && !refusal.contains("UTF-8")) {
+                assertTrue(nativeRefusal.contains(refusal.split(", not ")[0]), refusal + "\nnot " + nativeRefusal);
+            }
         }
     }
 
@@ -340,7 +349,8 @@ class DescriptionTest {
                 bad = Arrays.copyOf(bad, good.length - random.nextInt(2));
             }
             String refusal = refusalOf(bad);
-            assertEquals(opens(bad), refusal.isEmpty(), "seed " + seed + ", round " + round + ": " + refusal);
+            String where = "seed " + seed + ", round " + round + ": " + refusal;
+            assertEquals(nativeRefusalOf(bad).isEmpty(), refusal.isEmpty(), where);
         }
     }
 }

@@ -3,6 +3,8 @@ package com.norvane.toolbox.loomkit;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Comparator;
+import java.util.stream.Stream;
 
 /** The example components, opened with a component cache that is the tests' own. */
 final class TestComponents {
@@ -20,16 +22,11 @@ final class TestComponents {
         }
     }
 
-    private static void delete(Path path) {
-        try {
-            if (Files.isDirectory(path)) {
-                try (var entries = Files.newDirectoryStream(path)) {
-                    entries.forEach(TestComponents::delete);
-                }
-            }
-            Files.delete(path);
+    private static void delete(Path folder) {
+        try (Stream<Path> all = Files.walk(folder)) {
+            all.sorted(Comparator.reverseOrder()).forEach(path -> path.toFile().delete());
         } catch (IOException failure) {
-            System.err.println("left behind: " + path);
+            System.err.println("left behind: " + folder);
         }
     }
 

@@ -9,16 +9,6 @@ public final class FailingNumber extends Number {
     }
 
     @Override
-    public byte byteValue() {
-        throw failure();
-    }
-
-    @Override
-    public short shortValue() {
-        throw failure();
-    }
-
-    @Override
     public int intValue() {
         throw failure();
     }
