@@ -39,17 +39,19 @@ qxArray* wrapReferent(JNIEnv* env, krtInstance& instance, const JObjectProxy& re
 }
 
 /// One input as an array of the caller's: a Java object reference wrapped, anything else converted.
-qxArray* arrayOfInput(JNIEnv* env, krtInstance& instance, const JObjectProxy& input) {
+qxArray* arrayOfInput(JConvert::JavaKindReader& kindOf, krtInstance& instance, const JObjectProxy& input) {
+    JNIEnv* env = kindOf.env();
     if (!input.isNull() && input.isInstanceOf<JNVJavaObjectRefClassProxy>()) {
         const JObjectProxy referent = JNVJavaObjectRefProxy(env, input.ref()).get();
         return wrapReferent(env, instance, referent);
     }
-    return JConvert::convertObject(env, input).release();
+    return JConvert::convertObject(kindOf, input).release();
 }
 
 void convertInputs(JNIEnv* env, krtInstance& instance, const JListIteratorProxy& inputs, LocalQxArrayList& arrays) {
+    JConvert::JavaKindReader kindOf(env);
     for (unsigned i = 0; inputs.hasNext(); ++i) {
-        arrays[i] = arrayOfInput(env, instance, inputs.next());
+        arrays[i] = arrayOfInput(kindOf, instance, inputs.next());
     }
 }
 

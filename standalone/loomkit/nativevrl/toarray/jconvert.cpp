@@ -15,11 +15,6 @@ qxArrayOwner convertStated(const JObjectProxy& real, const JObjectProxy& imagina
 
 }  // namespace
 
-qxArrayOwner convertObject(JNIEnv* env, const JObjectProxy& real) {
-    JavaKindReader kindOf(env);
-    return convertObject(kindOf, real);
-}
-
 qxArrayOwner convertObject(JavaKindReader& kindOf, const JObjectProxy& real) {
     JNVArrayInitializer data(kindOf, real.ref(), nullptr);
     return createArrayFromInitializer(kindOf.env(), data);

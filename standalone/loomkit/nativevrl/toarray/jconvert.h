@@ -16,9 +16,7 @@
 /// Extents whose product exceeds 32 bits throw std::overflow_error.
 namespace nativevrl::JConvert {
 
-/// An array as the object alone decides it.
-qxArrayOwner convertObject(JNIEnv* env, const JObjectProxy& real);
-/// The same within a conversion that reads kinds already.
+/// An array as the object alone decides it. One reader serves all the objects of a call, and all that is within them.
 qxArrayOwner convertObject(JavaKindReader& kindOf, const JObjectProxy& real);
 
 /// An array of a stated class (0 leaves it to the data) and complexity. Without qxCOMPLEX the imaginary object is
