@@ -37,9 +37,6 @@ public final class Component implements AutoCloseable {
     /** No function gives more results. */
     private static final int MAX_OUTPUTS = 255;
 
-    /** Archives up to here are read by native code straight from their stream. */
-    private static final int SMALL_ARCHIVE = 1 << 24;
-
     private static final Cleaner CLEANER = Cleaner.create();
 
     /** The streams of a component, which native code asks for before it prints. */
@@ -243,13 +240,10 @@ public final class Component implements AutoCloseable {
         if (length < 0) {
             throw new IllegalArgumentException("an archive can't have " + length + " bytes");
         }
-        // Native code makes room for the stated length at once, so a large one has to be true.
-        InputStream source =
-                length <= SMALL_ARCHIVE ? archive : new ByteArrayInputStream(readFully(archive, length));
-        return openSized(source, length, options);
+        return openSized(archive, length, options);
     }
 
-    /** Opens an archive of a length that is true or small. */
+    /** Opens an archive, which native code reads from its stream as it comes: in Java it takes no memory as a whole. */
     private static Component openSized(InputStream archive, int length, ComponentOptions options) throws IOException {
         Streams streams = new Streams();
         streams.output = options.output();
@@ -261,9 +255,17 @@ public final class Component implements AutoCloseable {
             source = new ByteArrayInputStream(bytes);
         }
         Loomkit.start();
-        InputStream bytes = source;
-        Instance instance = Instance.of(() -> initialize(bytes, length, options.folder(), streams));
-        return new Component(instance, streams);
+        GuardedStream guarded = new GuardedStream(source);
+        try {
+            Instance instance = Instance.of(() -> initialize(guarded, length, options.folder(), streams));
+            return new Component(instance, streams);
+        } catch (NVException failure) {
+            throw guarded.endedBefore(length) ? endsEarly(guarded.count(), length) : failure;
+        }
+    }
+
+    private static NVException endsEarly(long count, int length) {
+        return new NVException("the archive ends after " + count + " of " + length + " bytes");
     }
 
     private static void requireDigest(byte[] archive, String expected) {
@@ -276,12 +278,12 @@ public final class Component implements AutoCloseable {
     private static byte[] readFully(InputStream archive, int length) throws IOException {
         byte[] bytes = archive.readNBytes(length);
         if (bytes.length < length) {
-            throw new NVException("the archive ends after " + bytes.length + " of " + length + " bytes");
+            throw endsEarly(bytes.length, length);
         }
         return bytes;
     }
 
-    private static NativePtr initialize(InputStream source, int length, Path folder, Streams streams) {
+    private static NativePtr initialize(GuardedStream source, int length, Path folder, Streams streams) {
         Callable<PrintStream> output = streams::output;
         Callable<PrintStream> errorOutput = streams::errorOutput;
         return NVKRT.vrlInitializeComponentInstance(
@@ -290,7 +292,7 @@ public final class Component implements AutoCloseable {
                 null,
                 // White space at the ends of the text is not the folder's for native code, hence the separator.
                 folder == null ? null : folder.toAbsolutePath() + "/",
-                new GuardedStream(source),
+                source,
                 length,
                 output,
                 errorOutput);

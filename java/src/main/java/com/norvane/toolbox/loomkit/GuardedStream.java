@@ -5,10 +5,12 @@ import java.io.InputStream;
 
 /**
  * Keeps native code from taking a stream at its word: it counts on what {@link InputStream#read(byte[])} gives, and
- * takes 0 for the end.
+ * takes 0 for the end. It also knows how much there was, since native code says only that it was too little.
  */
 final class GuardedStream extends InputStream {
     private final InputStream source;
+    private long count;
+    private boolean isAtEnd;
 
     GuardedStream(InputStream source) {
         this.source = source;
@@ -21,11 +23,24 @@ final class GuardedStream extends InputStream {
 
     @Override
     public int read(byte[] target) throws IOException {
-        int count = source.read(target);
-        if (count < -1 || count > target.length) {
-            throw new IOException("the stream claims to have read " + count + " of " + target.length + " bytes");
+        int claimed = source.read(target);
+        if (claimed < -1 || claimed > target.length) {
+            throw new IOException("the stream claims to have read " + claimed + " of " + target.length + " bytes");
         }
-        return count == 0 && target.length > 0 ? readOne(target) : count;
+        int given = claimed == 0 && target.length > 0 ? readOne(target) : claimed;
+        isAtEnd = given < 0;
+        count += Math.max(given, 0);
+        return given;
+    }
+
+    /** Whether the source ended before this many bytes. */
+    boolean endedBefore(long length) {
+        return isAtEnd && count < length;
+    }
+
+    /** How many bytes the source has given. */
+    long count() {
+        return count;
     }
 
     private int readOne(byte[] target) throws IOException {

@@ -122,6 +122,13 @@ class ComponentLifeTest {
         assertSame(failure, assertThrows(IOException.class, () -> Component.open(failing, archive.length)));
     }
 
+    @Test
+    void tellsWhereAStreamEndedThatWasTooShort() {
+        InputStream cut = new ByteArrayInputStream(archive, 0, 5000);
+        NVException failure = assertThrows(NVException.class, () -> Component.open(cut, archive.length));
+        assertEquals("the archive ends after 5000 of " + archive.length + " bytes", failure.getMessage());
+    }
+
     @ParameterizedTest
     @ValueSource(ints = {-2, CHUNK + 1, Integer.MAX_VALUE})
     void refusesAStreamThatMiscounts(int claim) {
