@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # run_in_roots.sh HOST_BUILD: runs the README's example with the packaged jar in roots of Debian 11, 12 and 13 that hold a
-# Java runtime and what that needs, and nothing else. Ends with 77, and the reason, where no such root can be had.
+# Java runtime and what that needs, and nothing else, and compares the document on packaging with the jar. Ends with 77,
+# and the reason, where no such root can be had.
 set -euo pipefail
 
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -39,6 +40,7 @@ for release in "${releases[@]}"; do
         skip "$reason"
 done
 "$project/tools/package/package.sh" "$host_build"
+/usr/bin/python3 "$project/tools/package/natives.py" "$package/loomkit.jar" --compare "$project/docs/packaging.md"
 prepare_example "$package/example"
 for release in "${releases[@]}"; do
     root=$package/root-${release%%:*}-$architecture

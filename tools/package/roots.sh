@@ -36,13 +36,14 @@ make_root() { # FOLDER RELEASE VARIANT PACKAGES
     if [ "$(cat "$folder.made" 2>/dev/null)" = "$wish" ]; then
         return
     fi
-    rm -rf "$folder" "$folder.made"
+    rm -rf --one-file-system "$folder" "$folder.made"
     mkdir -p "$(dirname "$folder")"
     options=$(mktemp)
     apt_options >"$options"
-    if ! apt_lines "$release" | mmdebstrap --quiet --mode=root --variant="$variant" --include="$packages" \
+    # In a namespace of its own, so that no mount outlives it, not even when it is killed.
+    if ! apt_lines "$release" | unshare --mount mmdebstrap --quiet --mode=root --variant="$variant" --include="$packages" \
         --aptopt="$options" "$release" "$folder" - >"$folder.log" 2>&1; then
-        rm -rf "$folder" "$options"
+        rm -rf --one-file-system "$folder" "$options"
         grep -E '^(E|W):' "$folder.log" | tail -n 3 >&2
         echo "no root of Debian $release could be made; the details are in $folder.log"
         return 1
