@@ -22,8 +22,6 @@ OWN = ("libkrt.so", "$ORIGIN/libnativevrl.so")
 FOREIGN = re.compile(r"^_ZN?K?(St|Sa|Ss|9__gnu_cxx|5boost|3fmt|8nlohmann)|^_ZT.N?K?(St|5boost|3fmt|8nlohmann)"
                      r"|^_Z(nw|na|dl|da)|^(sodium|crypto|inflate|deflate|XXH)")
 EXPORTS_OF_LIBRARY = re.compile(r"^(Java_com_norvane_|JNI_com_norvane_|nativevrl_|_ZN22JNumberFormatException|_ZT[ISV]22JNumberFormat)")
-# How instances of the templates of others end up in the table of symbols.
-FOLDED = "WV"
 
 
 def run(*command):
@@ -73,7 +71,7 @@ def foreign_exports(name, exports):
     """What a library shows that isn't the project's. The version script of libkrt.so keeps templates of others inside."""
     for kind, symbol in exports:
         if (name == "libkrt.so" and FOREIGN.search(symbol)
-                or name == "libnativevrl.so" and kind not in FOLDED and not EXPORTS_OF_LIBRARY.search(symbol)
+                or name == "libnativevrl.so" and not EXPORTS_OF_LIBRARY.search(symbol)
                 or name == "libloomkit.so" and symbol not in ("JNI_OnLoad", "JNI_OnUnload")):
             yield symbol
 
