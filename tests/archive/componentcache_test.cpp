@@ -1,6 +1,8 @@
 #include "archivetesting.h"
 #include "processes.h"
 
+#include "support/heapblocks.h"
+
 #include "vrlkrt/archive/componentcache.h"
 #include "vrlkrt/archive/extraction.h"
 #include "vrlkrt/archive/trustedfolder.h"
@@ -17,6 +19,7 @@
 
 #include <chrono>
 #include <functional>
+#include <new>
 
 namespace fs = std::filesystem;
 
@@ -53,6 +56,37 @@ TEST(ComponentCache, KeysByDigestReusesAndIsPrivate) {
     EXPECT_EQ(fs::exists(cache + "/" + keyOf(component.zip())), false);
     component.manifest = "";
     EXPECT_NE(vrlkrt::placeInCache(archiveOf(component.zip()), cache).folder, first.folder);
+    EXPECT_EQ(namesIn(cache).find(".loomkit"), std::string::npos);
+}
+
+TEST(ComponentCache, IsFilledAndReadOrLeftAloneWithoutMemory) {
+    const TestFolder root;
+    const std::string cache = root / "cache";
+    const std::string zip = CraftedComponent().zip();
+    const std::string folder = cache + "/" + keyOf(zip);
+    for (const bool isThere : {false, true}) {
+        std::string placed;
+        const auto place = [&] {
+            placed = "";
+            try {
+                const vrlkrt::ComponentArchive archive = archiveOf(zip);
+                archive.verify();
+                placed = vrlkrt::placeInCache(archive, cache).folder;
+            } catch (const std::exception& failure) {
+                placed = dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ? "no memory" : "refused";
+            }
+        };
+        const auto check = [&](std::size_t refused) {
+            EXPECT_TRUE(placed == folder || refused != 0) << placed << " without block " << refused;
+            if (!isThere) {
+                EXPECT_TRUE(!fs::exists(folder) || isWholeIn(folder, zip)) << "without block " << refused;
+                fs::remove_all(cache);
+            }
+        };
+        place();
+        check(0);
+        EXPECT_GT(loomkit::test::refuseEachBlock(loomkit::test::Refusal::once, place, check), 100U);
+    }
     EXPECT_EQ(namesIn(cache).find(".loomkit"), std::string::npos);
 }
 

@@ -15,9 +15,12 @@ namespace fs = std::filesystem;
 static const char* lateFailure = nullptr;
 
 extern "C" int close(int descriptor) {
-    std::error_code none;
-    const std::string path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none).string();
-    const bool fails = lateFailure != nullptr && path.find(lateFailure) != std::string::npos;
+    bool fails = false;
+    if (lateFailure != nullptr) {
+        std::error_code none;
+        const std::string path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none).string();
+        fails = path.find(lateFailure) != std::string::npos;
+    }
     const long result = syscall(SYS_close, descriptor);
     if (fails) {
         errno = EDQUOT;
