@@ -198,6 +198,24 @@ TEST(KpaTool, VerifiesThatLibrariesDefineTheFunctions) {
     }
 }
 
+TEST(KpaTool, TellsWhichLibrariesItDidNotLookInto) {
+    const TestFolder folder;
+    CraftedComponent component;
+    component.files = {{"lib/x.so", readText(VERSION_1)}, {"lib/x.dylib", "\xCF\xFA\xED\xFE"}};
+    nlohmann::json manifest = nlohmann::json::parse(component.defaultManifest());
+    manifest["functions"] = {{{"name", "version"}, {"symbol", "version"}, {"help", ""}}};
+    for (const auto& [platform, exitCode] : {std::pair("darwin-arm64", 0), std::pair("linux-s390x", 1)}) {
+        manifest["libraries"] = {{vrlkrt::hostPlatform(), "lib/x.so"}, {platform, "lib/x.dylib"}};
+        component.manifest = manifest.dump();
+        writeText(folder / "x.kpa", component.zip());
+        const Outcome outcome = kpaIn(folder, {"verify", folder / "x.kpa"});
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        const std::string said =
+            exitCode == 0 ? "for darwin-arm64 is no ELF file" : "it is the library for linux-s390x, but is no ELF file";
+        EXPECT_NE((outcome.out + outcome.err).find(said), std::string::npos) << outcome.out << outcome.err;
+    }
+}
+
 /// Of a library that this process can't load.
 TEST(KpaTool, FindsFunctionsInTheSymbolsOfALibrary) {
     const std::string whole = readText(VERSION_1);

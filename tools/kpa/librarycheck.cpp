@@ -8,6 +8,7 @@
 
 #include "vrlbase/exceptions.h"
 
+#include <elf.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -114,32 +116,40 @@ std::string inOwnProcess(const std::string& library, const std::function<std::st
     return answer;
 }
 
+bool isElfFile(const std::string& file) {
+    std::array<char, SELFMAG> begin{};
+    std::ifstream(file, std::ios::binary).read(begin.data(), begin.size());
+    return std::memcmp(begin.data(), ELFMAG, SELFMAG) == 0;
+}
+
 std::string libraryProblem(const vrlkrt::Manifest& manifest, const std::string& platform, const std::string& library,
                            const std::string& folder) {
     const std::string file = folder + "/" + library;
     if (platform == vrlkrt::hostPlatform()) {
         return inOwnProcess(library, [&] { return problemOfLoading(manifest, library, file); });
     }
-    const std::string content = readFile(file, vrlkrt::ArchiveLimits().fileBytes);
-    if (content.rfind("\177ELF", 0) != 0) {
-        return "";
-    }
-    const std::set<std::string> functions = definedFunctions(content);
+    const std::set<std::string> functions = definedFunctions(readFile(file, vrlkrt::ArchiveLimits().fileBytes));
     return missingFunctions(manifest, library, [&](const std::string& symbol) { return functions.count(symbol) != 0; });
 }
 
 }  // namespace
 
-void requireFunctions(const vrlkrt::ComponentArchive& archive) {
+std::vector<std::string> requireFunctions(const vrlkrt::ComponentArchive& archive) {
     const ScratchFolder scratch;
     const std::string folder = scratch.item("component");
     vrlkrt::extractAll(archive, folder);
+    std::vector<std::string> unknown;
     for (const auto& [platform, library] : archive.manifest().libraries) {
+        if (!isElfFile(folder + "/" + library)) {
+            unknown.push_back(platform);
+            continue;
+        }
         const std::string problem = libraryProblem(archive.manifest(), platform, library, folder);
         if (!problem.empty()) {
             throw std::runtime_error(problem);
         }
     }
+    return unknown;
 }
 
 }  // namespace kpa
