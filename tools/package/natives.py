@@ -62,6 +62,8 @@ def main():
     parser.add_argument("jar", type=Path)
     parser.add_argument("--compare", type=Path, metavar="DOCUMENT")
     options = parser.parse_args()
+    if not zipfile.is_zipfile(options.jar):
+        parser.error(f"{options.jar} is no jar")
     size = options.jar.stat().st_size
     print(f"{options.jar}: {size} bytes")
     needs = {}
