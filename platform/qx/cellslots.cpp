@@ -37,6 +37,13 @@ qxArrayOwner withoutCycle(const ArrayStorage& target, qxArrayOwner value) try {
     return nullptr;
 }
 
+void put(ArrayStorage& storage, std::size_t index, qxArrayOwner value) {
+    if (value) {
+        qxArrayAccess::leaveScope(value.get());
+    }
+    storage.slots()[index] = value.release();
+}
+
 }  // namespace
 
 }  // namespace qx
@@ -54,13 +61,19 @@ void qxSetCell(qxArray* array, std::size_t index, qxArray* value) {
     }
     // The old element may be gone already, so the slot is emptied before anything looks into the array.
     storage.slots()[index] = nullptr;
-    qxArrayOwner stored = qx::withoutCycle(storage, std::move(owned));
-    if (stored) {
-        qxArrayAccess::leaveScope(stored.get());
-    }
-    storage.slots()[index] = stored.release();
+    qx::put(storage, index, qx::withoutCycle(storage, std::move(owned)));
 }
 
-qxArray* qxWithoutCycle(const qxArray* array, qxArray* value) {
-    return qx::withoutCycle(qx::storageOf(array), qxArrayOwner(value)).release();
+bool qxReplaceCell(qxArray* array, std::size_t index, qxArray* value, qxArray** replaced) {
+    *replaced = nullptr;
+    qx::ArrayStorage& storage = qx::storageOf(array);
+    qxArrayOwner stored = qx::withoutCycle(storage, qxArrayOwner(value));
+    if (value != nullptr && !stored) {
+        return false;
+    }
+    if (index < storage.slotCount) {
+        *replaced = storage.slots()[index];
+        qx::put(storage, index, std::move(stored));
+    }
+    return true;
 }

@@ -65,7 +65,6 @@ TEST_F(MemorySweep, MakesAnArrayWholeOrNotAtAll) {
         {"form", [&] { return qxSerialize(nested_.get()); }},
         {"form of sparse", [&] { return qxSerialize(sparse_.get()); }},
         {"reading", [&] { return qxDeserialize(form_.data(), form_.size()); }},
-        {"copy that spares a cycle", [&] { return qxWithoutCycle(numbers_.get(), qxDuplicateArray(nested_.get())); }},
     };
     for (const Maker& maker : makers) {
         const qxArrayOwner expected(maker.make());

@@ -46,14 +46,17 @@ TEST_F(Slots, NeverHoldTheArrayThatTheyBelongTo) {
     EXPECT_EQ(formOf(self.get()).size(), 15U);
 }
 
-TEST_F(Slots, TellWhatTheyWouldHoldBeforeAnythingEnds) {
-    const qxArrayOwner cell = cellOf(1, 1, {qxCreateDoubleScalar(3)});
-    qxArray* harmless = qxCreateDoubleScalar(1);
-    EXPECT_EQ(qxWithoutCycle(cell.get(), harmless), harmless);
-    qxDestroyArray(harmless);
-    const qxArrayOwner copy(qxWithoutCycle(cell.get(), qxCreateSharedDataCopy(cell.get())));
-    EXPECT_FALSE(qxSharesStorage(copy.get(), cell.get()));
-    EXPECT_EQ(numberIn(qxGetCell(copy.get(), 0)), 3);
+TEST_F(Slots, AreReplacedWhileTheOldElementIsWhole) {
+    const qxArrayOwner cell(qxCreateCellMatrix(1, 1));
+    qxSetCell(cell.get(), 0, qxCreateDoubleScalar(3));
+    qxArray* replaced = nullptr;
+    EXPECT_TRUE(qxReplaceCell(cell.get(), 0, qxCreateSharedDataCopy(cell.get()), &replaced));
+    const qxArrayOwner three(replaced);
+    EXPECT_EQ(numberIn(three.get()), 3);
+    EXPECT_FALSE(qxSharesStorage(qxGetCell(cell.get(), 0), cell.get()));
+    EXPECT_EQ(numberIn(qxGetCell(qxGetCell(cell.get(), 0), 0)), 3);
+    EXPECT_TRUE(qxReplaceCell(cell.get(), 1, qxCreateDoubleScalar(1), &replaced));
+    EXPECT_EQ(replaced, nullptr);
 
     // Each copy keeps its capacity: so many tables of 2^32 elements fit no address space.
     const qxArrayOwner huge(qxCreateCellMatrix(1, 8000));
@@ -61,7 +64,10 @@ TEST_F(Slots, TellWhatTheyWouldHoldBeforeAnythingEnds) {
         qxSetCell(huge.get(), slot, qxCreateSparse(1, 1, 0, qxREAL));
         qxSetNzmax(qxGetCell(huge.get(), slot), 0xFFFFFFFF);
     }
-    EXPECT_EQ(qxWithoutCycle(huge.get(), qxCreateSharedDataCopy(huge.get())), nullptr);
+    const qxArray* first = qxGetCell(huge.get(), 0);
+    EXPECT_FALSE(qxReplaceCell(huge.get(), 0, qxCreateSharedDataCopy(huge.get()), &replaced));
+    EXPECT_EQ(replaced, nullptr);
+    EXPECT_EQ(qxGetCell(huge.get(), 0), first);
 }
 
 TEST_F(Slots, OfAStructLieFieldByField) {

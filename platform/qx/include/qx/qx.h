@@ -243,10 +243,10 @@ qxArray* qxGetCell(const qxArray* array, std::size_t index);
 /// deep copy, so that no array holds itself; the slot is left empty when memory for that runs out. Where there is no
 /// slot `index` the value is ended.
 void qxSetCell(qxArray* array, std::size_t index, qxArray* value);
-/// Takes a value and gives what qxSetCell would store for it in `array`: the value itself, or the deep copy, which is
-/// free-standing. Null, with the value ended, when memory for the copy runs out. Who calls this before the old element
-/// ends can't lose that one for nothing.
-qxArray* qxWithoutCycle(const qxArray* array, qxArray* value);
+/// The same for a slot whose old element is whole and is to stay so when the new one can't be stored. The old one goes
+/// to `replaced`, the caller's to end; a deep copy of the array, when there has to be one, has a copy of it. False when
+/// memory for that runs out: the array is as before then, and the value is ended.
+bool qxReplaceCell(qxArray* array, std::size_t index, qxArray* value, qxArray** replaced);
 /// Adds a field at the end, null in every element. Returns its number, also of a field that exists; -1 on failure: no
 /// struct array, no name or an empty one, no memory. Names that differ only in the kind of UTF-8 are the same.
 int qxAddField(qxArray* array, const char* name);

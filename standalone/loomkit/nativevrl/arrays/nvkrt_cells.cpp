@@ -36,12 +36,11 @@ qxArrayOwner elementFromJava(JNIEnv* env, jobject value) {
 /// The old element ends only once the new one is there. One that holds the array itself is stored as a copy, which
 /// raises java.lang.OutOfMemoryError when it can't be made.
 void replaceSlot(JNIEnv* env, qxArray* array, std::size_t slot, qxArrayOwner element) {
-    qxArrayOwner storable(qxWithoutCycle(array, element.release()));
-    if (!storable) {
+    qxArray* replaced = nullptr;
+    if (!qxReplaceCell(array, slot, element.release(), &replaced)) {
         tether::throwOutOfMemory(env);
     }
-    const qxArrayOwner replaced(qxGetCell(array, slot));
-    qxSetCell(array, slot, storable.release());
+    qxDestroyArray(replaced);
 }
 
 }  // namespace
