@@ -87,7 +87,7 @@ TEST(Manifest, IsReadAndWrittenWholeOrNotAtAllWithoutMemory) {
                 written = "no memory";
             }
         };
-        const auto check = [&, result = result](std::size_t refused) {
+        const auto check = [&, result = result, text = text](std::size_t refused) {
             EXPECT_TRUE(written == result || (refused != 0 && written == "no memory"))
                 << written << "\nblock " << refused << " of " << text;
         };
