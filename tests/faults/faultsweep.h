@@ -5,7 +5,7 @@
 #include "qx/arrayowner.h"
 #include "support/heapblocks.h"
 
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+#include "support/natives.h"
 
 #include <functional>
 #include <limits>
@@ -108,6 +108,7 @@ protected:
             // What the first call sets up once for the process is none of the others'.
             for (const bool isLast : {false, true}) {
                 survives(swept, Fault::none, 0);
+                right_.isSettled = true;
                 right_.isKnown = isLast;
             }
             sweepWith(swept, Fault::jniCall);
@@ -173,7 +174,7 @@ private:
         } else if (gives == Gives::wrapper && result != nullptr) {
             callVoid(env, result, "close", "()V");
         } else if (gives == Gives::instance && result != nullptr) {
-            Java_com_norvane_toolbox_loomkit_internal_NVKRT_vrlTerminateInstance(env, nullptr, result);
+            NVKRT(vrlTerminateInstance)(env, nullptr, result);
         }
         if (gives == Gives::edit || (gives == Gives::end && thrown)) {
             qxDestroyArray(arrayIn(env, scratch_));
@@ -270,7 +271,7 @@ private:
         swept.undo();
         disposeClassProxies(env);
         expectNothingLeft(outcome, ledger);
-        EXPECT_EQ(kept.globalReferences(), 0);
+        EXPECT_TRUE(kept.globalReferences() == 0 || !right_.isSettled) << kept.globalReferences();
         EXPECT_EQ(kept.weakReferences(), 0);
         EXPECT_EQ(qxLiveArrayCount(), arrays);
         return outcome.struck;
@@ -278,6 +279,7 @@ private:
 
     /// What the calls without a fault gave and left.
     struct Right {
+        bool isSettled = false;  ///< what is set up once for the process is there
         bool isKnown = false;
         int localReferences = 0;
         std::size_t blocks = 0;

@@ -4,11 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-#define NATIVE(name) Java_com_norvane_toolbox_loomkit_internal_NVKRT_##name
-#define HANDLE_NATIVE(name, rest) NATIVE(name##__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2##rest)
-
 // The one native whose exported name is not the one in the generated header.
-extern "C" jstring NATIVE(getenv__Ljava_lang_String_2)(JNIEnv*, jclass, jstring);
+extern "C" jstring NVKRT(getenv__Ljava_lang_String_2)(JNIEnv*, jclass, jstring);
 
 namespace nativevrl::test {
 
@@ -40,21 +37,21 @@ TEST_F(FaultSweep, Lifecycle) {
         std::ofstream(extracted + "/component.json", std::ios::app) << ' ';
         fill();
     };
-    const auto drop = [&] { NATIVE(vrlResetDefaultPrintHandlers)(env, nullptr); };
-    const auto keep = native(NATIVE(vrlSetDefaultPrintHandlers), warnings, ordinaryOutput);
+    const auto drop = [&] { NVKRT(vrlResetDefaultPrintHandlers)(env, nullptr); };
+    const auto keep = native(NVKRT(vrlSetDefaultPrintHandlers), warnings, ordinaryOutput);
     const auto print = [](JNIEnv*, jclass) { krtPrint(nullptr, "text"); };
     sweep(
         {
-            {"start", Gives::nothing, native(NATIVE(vrlInitializeApplication), options)},
-            {"refused start", Gives::failure, native(NATIVE(vrlInitializeApplication), refused)},
-            {"getenv", Gives::object, native(NATIVE(getenv__Ljava_lang_String_2), javaString(env, u"PATH"))},
-            {"vrlGetLogFileName", Gives::object, native(NATIVE(vrlGetLogFileName))},
+            {"start", Gives::nothing, native(NVKRT(vrlInitializeApplication), options)},
+            {"refused start", Gives::failure, native(NVKRT(vrlInitializeApplication), refused)},
+            {"getenv", Gives::object, native(NVKRT(getenv__Ljava_lang_String_2), javaString(env, u"PATH"))},
+            {"vrlGetLogFileName", Gives::object, native(NVKRT(vrlGetLogFileName))},
             {"vrlInitializeComponentInstance", Gives::instance, create, withoutFolder},
             {"an instance of what is there", Gives::instance, create, withLength(archive.size())},
             {"an instance in place of an earlier one", Gives::instance, create, withEarlierFolder},
             {"half an archive", Gives::failure, create, withLength(5000)},
-            {"vrlGetActiveKRT", Gives::address, native(NATIVE(vrlGetActiveKRT))},
-            {"vrlWaitForFiguresToDie", Gives::nothing, native(NATIVE(vrlWaitForFiguresToDie), instance)},
+            {"vrlGetActiveKRT", Gives::address, native(NVKRT(vrlGetActiveKRT))},
+            {"vrlWaitForFiguresToDie", Gives::nothing, native(NVKRT(vrlWaitForFiguresToDie), instance)},
             {"vrlSetDefaultPrintHandlers", Gives::nothing, keep, [] {}, drop},
             {"printing", Gives::nothing, native(print), [&] { keep(); }, drop},
         },
@@ -83,7 +80,7 @@ TEST_F(FaultSweep, Evaluation) {
             inputs = places(env, objects(with));
         };
         jstring name = javaString(env, function);
-        const auto call = native(NATIVE(vrlFeval), instance, name, nlhs, std::ref(outputs),
+        const auto call = native(NVKRT(vrlFeval), instance, name, nlhs, std::ref(outputs),
                                  static_cast<jint>(with.size()), std::ref(inputs));
         return Native{"vrlFeval of " + toText(env, name), gives, call, prepare, close};
     };
@@ -111,20 +108,20 @@ TEST_F(FaultSweep, Arrays) {
     jobject cell = javaCell(env, {1, 2}, {rows, javaString(env, u"x")});
     jobject record = javaStruct(env, {1, 1}, {u"a", u"b"}, {boxed<jfloat>(env, 1), cell});
     jstring field = javaString(env, u"second");
-    auto bytes = NATIVE(qxSerialize)(env, nullptr, record_);
-    const auto fromIndices = NATIVE(qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII);
-    const auto fromRows = NATIVE(qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II);
-    const auto fieldSubscript = HANDLE_NATIVE(qxCalcStructSingleSubscript, Ljava_lang_String_2_3I);
-    const auto setObject = HANDLE_NATIVE(qxSetAt, ILjava_lang_Object_2Z);
-    const auto convert = NATIVE(qxObject2qxArray);
+    auto bytes = NVKRT(qxSerialize)(env, nullptr, record_);
+    const auto fromIndices = NVKRT(qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII);
+    const auto fromRows = NVKRT(qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II);
+    const auto fieldSubscript = NVKRT_OF_HANDLE(qxCalcStructSingleSubscript, Ljava_lang_String_2_3I);
+    const auto setObject = NVKRT_OF_HANDLE(qxSetAt, ILjava_lang_Object_2Z);
+    const auto convert = NVKRT(qxObject2qxArray);
     const auto scratch = std::ref(scratch_);
     sweep({
-        {"qxCreateEmptyArray", Gives::array, native(NATIVE(qxCreateEmptyArray), doubles)},
-        {"qxCreateSharedCopy", Gives::array, native(NATIVE(qxCreateSharedCopy), matrix_)},
-        {"qxDuplicateArray", Gives::array, native(NATIVE(qxDuplicateArray), cell_)},
-        {"qxDeserialize", Gives::array, native(NATIVE(qxDeserialize), bytes)},
-        {"qxCreateArray", Gives::array, native(NATIVE(qxCreateArray), ones, doubles, complex)},
-        {"numeric", Gives::array, native(NATIVE(qxCreateNumericArray), ones, numbers, values, doubles, complex)},
+        {"qxCreateEmptyArray", Gives::array, native(NVKRT(qxCreateEmptyArray), doubles)},
+        {"qxCreateSharedCopy", Gives::array, native(NVKRT(qxCreateSharedCopy), matrix_)},
+        {"qxDuplicateArray", Gives::array, native(NVKRT(qxDuplicateArray), cell_)},
+        {"qxDeserialize", Gives::array, native(NVKRT(qxDeserialize), bytes)},
+        {"qxCreateArray", Gives::array, native(NVKRT(qxCreateArray), ones, doubles, complex)},
+        {"numeric", Gives::array, native(NVKRT(qxCreateNumericArray), ones, numbers, values, doubles, complex)},
         {"indices", Gives::array, native(fromIndices, ones, ones, values, nullptr, 3, 3, 2, doubles, complex)},
         {"sparse rows", Gives::array, native(fromRows, rows, rows, doubles, complex)},
         {"primitive rows", Gives::array, native(convert, rows, rows, doubles, complex)},
@@ -133,49 +130,46 @@ TEST_F(FaultSweep, Arrays) {
         {"strings", Gives::array, native(convert, strings, nullptr, static_cast<jint>(qxCHAR_CLASS), complex)},
         {"Java cell", Gives::array, native(convert, cell, nullptr, static_cast<jint>(qxCELL_CLASS), complex)},
         {"Java struct", Gives::array, native(convert, record, nullptr, static_cast<jint>(qxSTRUCT_CLASS), complex)},
-        {"qxArrayToDoubleArray", Gives::object, native(NATIVE(qxArrayToDoubleArray), matrix_, real)},
-        {"sparse to bytes", Gives::object, native(NATIVE(qxArrayToByteArray), sparse_, real)},
-        {"qxGetIntData", Gives::object, native(NATIVE(qxGetIntData), matrix_, real)},
-        {"boxed", Gives::object, native(NATIVE(qxArrayToDoubleObjectArray), matrix_, real)},
-        {"qxArrayToStringArray", Gives::object, native(NATIVE(qxArrayToStringArray), matrix_, real)},
-        {"qxGetStringData", Gives::object, native(NATIVE(qxGetStringData), text_, real)},
-        {"qxArray2ObjectArray", Gives::object, native(NATIVE(qxArray2ObjectArray), matrix_, real)},
-        {"qxArrayToString", Gives::object, native(NATIVE(qxArrayToString), text_)},
-        {"qxGetDimensions", Gives::object, native(NATIVE(qxGetDimensions), matrix_)},
-        {"qxGetFieldNames", Gives::object, native(NATIVE(qxGetFieldNames), record_)},
-        {"qxGetIndexArray", Gives::object, native(NATIVE(qxGetIndexArray), matrix_, 0)},
-        {"qxGetData", Gives::object, native(NATIVE(qxGetData), matrix_, real)},
-        {"qxGetObjectAt", Gives::object, native(HANDLE_NATIVE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
-        {"qxGetDoubleAt", Gives::nothing, native(HANDLE_NATIVE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
-        {"qxCalcSingleSubscript", Gives::nothing, native(NATIVE(qxCalcSingleSubscript), matrix_, ones)},
-        {"qxGetFieldNumber", Gives::nothing, native(NATIVE(qxGetFieldNumber), record_, field)},
-        {"qxCompareArray", Gives::nothing, native(NATIVE(qxCompareArray), matrix_, cell_)},
-        {"qxGetCell", Gives::wrapper, native(NATIVE(qxGetCell), cell_, 1)},
+        {"qxArrayToDoubleArray", Gives::object, native(NVKRT(qxArrayToDoubleArray), matrix_, real)},
+        {"sparse to bytes", Gives::object, native(NVKRT(qxArrayToByteArray), sparse_, real)},
+        {"qxGetIntData", Gives::object, native(NVKRT(qxGetIntData), matrix_, real)},
+        {"boxed", Gives::object, native(NVKRT(qxArrayToDoubleObjectArray), matrix_, real)},
+        {"qxArrayToStringArray", Gives::object, native(NVKRT(qxArrayToStringArray), matrix_, real)},
+        {"qxGetStringData", Gives::object, native(NVKRT(qxGetStringData), text_, real)},
+        {"qxArray2ObjectArray", Gives::object, native(NVKRT(qxArray2ObjectArray), matrix_, real)},
+        {"qxArrayToString", Gives::object, native(NVKRT(qxArrayToString), text_)},
+        {"qxGetDimensions", Gives::object, native(NVKRT(qxGetDimensions), matrix_)},
+        {"qxGetFieldNames", Gives::object, native(NVKRT(qxGetFieldNames), record_)},
+        {"qxGetIndexArray", Gives::object, native(NVKRT(qxGetIndexArray), matrix_, 0)},
+        {"qxGetData", Gives::object, native(NVKRT(qxGetData), matrix_, real)},
+        {"qxGetObjectAt", Gives::object, native(NVKRT_OF_HANDLE(qxGetObjectAt, _3IZ), matrix_, ones, real)},
+        {"qxGetDoubleAt", Gives::nothing, native(NVKRT_OF_HANDLE(qxGetDoubleAt, _3IZ), sparse_, ones, real)},
+        {"qxCalcSingleSubscript", Gives::nothing, native(NVKRT(qxCalcSingleSubscript), matrix_, ones)},
+        {"qxGetFieldNumber", Gives::nothing, native(NVKRT(qxGetFieldNumber), record_, field)},
+        {"qxCompareArray", Gives::nothing, native(NVKRT(qxCompareArray), matrix_, cell_)},
+        {"qxGetCell", Gives::wrapper, native(NVKRT(qxGetCell), cell_, 1)},
     });
     sweep(
         {
-            {"scalar", Gives::array, native(NATIVE(qxScalar2qxArray__DDII), 1.0, 2.0, doubles, complex)},
-            {"qxCreateStructArray", Gives::array, native(NATIVE(qxCreateStructArray), ones, strings)},
+            {"scalar", Gives::array, native(NVKRT(qxScalar2qxArray__DDII), 1.0, 2.0, doubles, complex)},
+            {"qxCreateStructArray", Gives::array, native(NVKRT(qxCreateStructArray), ones, strings)},
             {"field subscript", Gives::nothing, native(fieldSubscript, record_, field, ones)},
         },
         "java/lang/RuntimeException");
     original_ = matrix_;
     sweep({
-        {"qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
-        {"qxSetData", Gives::edit, native(NATIVE(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
-        {"qxDestroyArray", Gives::end, native(HANDLE_NATIVE(qxDestroyArray, ), scratch)},
+        {"qxSetAt", Gives::edit, native(NVKRT_OF_HANDLE(qxSetAt, _3IDZ), scratch, ones, 3.0, real)},
+        {"qxSetData", Gives::edit, native(NVKRT(qxSetData), scratch, primitiveArray<jfloat>(env, {1, 2}), real)},
+        {"qxDestroyArray", Gives::end, native(NVKRT_OF_HANDLE(qxDestroyArray, ), scratch)},
     });
     sweep({{"qxSetAt of an object", Gives::edit, native(setObject, scratch, 1, javaString(env, u"2.5"), real)}},
           "java/lang/RuntimeException");
     original_ = cell_;
-    sweep({{"qxSetCell", Gives::edit, native(NATIVE(qxSetCell), scratch, 1, rows)}});
+    sweep({{"qxSetCell", Gives::edit, native(NVKRT(qxSetCell), scratch, 1, rows)}});
     original_ = sparse_;
-    sweep({{"sparse qxSetAt", Gives::edit, native(HANDLE_NATIVE(qxSetAt, IDZ), scratch, 1, 3.0, real)}});
+    sweep({{"sparse qxSetAt", Gives::edit, native(NVKRT_OF_HANDLE(qxSetAt, IDZ), scratch, 1, 3.0, real)}});
 }
 
 }  // namespace
 
 }  // namespace nativevrl::test
-
-#undef HANDLE_NATIVE
-#undef NATIVE
