@@ -5,7 +5,7 @@
 #include "support/floors.h"
 #include "support/javadata.h"
 
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+#include "support/natives.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -20,9 +20,6 @@
 namespace nativevrl::bench {
 
 namespace {
-
-#define LOOMKIT_NATIVE(name) Java_com_norvane_toolbox_loomkit_internal_NVKRT_##name
-#define LOOMKIT_AT(name, address) LOOMKIT_NATIVE(name##__Lcom_norvane_toolbox_loomkit_internal_NativePtr_2##address)
 
 constexpr std::uint32_t kSide = 1000;
 constexpr std::size_t kBytes = sizeof(double) * kSide * kSide;
@@ -78,10 +75,10 @@ jclass elementLoops(JNIEnv* env) {
                                reinterpret_cast<void*>(function)};
     };
     const JNINativeMethod natives[] = {native("open", "(" LOOMKIT_HANDLE "IZ)D", openOnly),
-                                       native("get", "(" LOOMKIT_HANDLE "IZ)D", LOOMKIT_AT(qxGetDoubleAt, IZ)),
-                                       native("get", "(" LOOMKIT_HANDLE "[IZ)D", LOOMKIT_AT(qxGetDoubleAt, _3IZ)),
-                                       native("set", "(" LOOMKIT_HANDLE "IDZ)V", LOOMKIT_AT(qxSetAt, IDZ)),
-                                       native("set", "(" LOOMKIT_HANDLE "[IDZ)V", LOOMKIT_AT(qxSetAt, _3IDZ))};
+                                       native("get", "(" LOOMKIT_HANDLE "IZ)D", NVKRT_OF_HANDLE(qxGetDoubleAt, IZ)),
+                                       native("get", "(" LOOMKIT_HANDLE "[IZ)D", NVKRT_OF_HANDLE(qxGetDoubleAt, _3IZ)),
+                                       native("set", "(" LOOMKIT_HANDLE "IDZ)V", NVKRT_OF_HANDLE(qxSetAt, IDZ)),
+                                       native("set", "(" LOOMKIT_HANDLE "[IDZ)V", NVKRT_OF_HANDLE(qxSetAt, _3IDZ))};
     env->RegisterNatives(loops, natives, static_cast<jint>(std::size(natives)));
     return loops;
 }
@@ -140,8 +137,7 @@ void addSerialCases(JNIEnv* env) {
              {},
              copyOne});
 
-    addCase({"serialise/double", count,
-             [=] { env->DeleteLocalRef(LOOMKIT_NATIVE(qxSerialize)(env, nullptr, subject->handle)); },
+    addCase({"serialise/double", count, [=] { env->DeleteLocalRef(NVKRT(qxSerialize)(env, nullptr, subject->handle)); },
              [=] {
                  jbyteArray bytes = env->NewByteArray(static_cast<jsize>(kBytes));
                  env->SetByteArrayRegion(bytes, 0, static_cast<jsize>(kBytes),
@@ -150,11 +146,10 @@ void addSerialCases(JNIEnv* env) {
              },
              copyOne});
 
-    auto* bytes =
-        static_cast<jbyteArray>(env->NewGlobalRef(LOOMKIT_NATIVE(qxSerialize)(env, nullptr, subject->handle)));
+    auto* bytes = static_cast<jbyteArray>(env->NewGlobalRef(NVKRT(qxSerialize)(env, nullptr, subject->handle)));
     addCase({"deserialise/double", count,
              [=] {
-                 jobject handle = LOOMKIT_NATIVE(qxDeserialize)(env, nullptr, bytes);
+                 jobject handle = NVKRT(qxDeserialize)(env, nullptr, bytes);
                  qxDestroyArray(test::arrayIn(env, handle));
                  env->DeleteLocalRef(handle);
              },
@@ -169,7 +164,7 @@ void addSerialCases(JNIEnv* env) {
     addCase({"compare/double",
              2 * count,
              [=] {
-                 LOOMKIT_NATIVE(qxCompareArray)
+                 NVKRT(qxCompareArray)
                  (env, nullptr, subject->handle, twin->handle);
              },
              {},
@@ -223,7 +218,7 @@ void addInsertCase(JNIEnv* env) {
                  const qxArrayOwner array(qxCreateSparse(kSide, kSide, 0, qxREAL));
                  jobject handle = test::newHandle(env, array.get());
                  for (const jint index : inserts->indices) {
-                     LOOMKIT_AT(qxSetAt, IDZ)(env, nullptr, handle, index, 1.5, JNI_TRUE);
+                     NVKRT_OF_HANDLE(qxSetAt, IDZ)(env, nullptr, handle, index, 1.5, JNI_TRUE);
                  }
                  env->DeleteLocalRef(handle);
              },
@@ -243,9 +238,6 @@ void addElementFile(JNIEnv* env) {
     addSerialCases(env);
     addInsertCase(env);
 }
-
-#undef LOOMKIT_AT
-#undef LOOMKIT_NATIVE
 
 const CaseFile file(addElementFile);
 

@@ -6,7 +6,7 @@
 #include "support/floors.h"
 #include "support/javadata.h"
 
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+#include "support/natives.h"
 
 #include <cstring>
 #include <memory>
@@ -65,8 +65,7 @@ struct Blocks {
 };
 
 void createFrom(JNIEnv* env, jobject real, jint classId) {
-    createAndDestroy(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxObject2qxArray(env, nullptr, real, nullptr,
-                                                                                           classId, qxREAL));
+    createAndDestroy(env, NVKRT(qxObject2qxArray)(env, nullptr, real, nullptr, classId, qxREAL));
 }
 
 /// T is the Java element type, Target the native one.
@@ -226,25 +225,23 @@ void addTriplets(JNIEnv* env, std::size_t count, jint extent, bool sorted) {
     const auto target = std::make_shared<Blocks<jdouble>>(count);
     const std::string name =
         std::string("toarray/") + (sorted ? "sorted" : "unsorted") + " triplets/" + std::to_string(count);
-    addCase(
-        {name, count,
-         [=] {
-             createAndDestroy(
-                 env,
-                 Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(
-                     env, nullptr, rows, columns, values, nullptr, extent, extent, -1, qxDOUBLE_CLASS, qxREAL));
-         },
-         [=] {
-             jint* row = env->GetIntArrayElements(rows, nullptr);
-             jint* column = env->GetIntArrayElements(columns, nullptr);
-             jdouble* value = env->GetDoubleArrayElements(values, nullptr);
-             std::memcpy(blocks->to.data(), row, count * sizeof(jint));
-             std::memcpy(blocks->to.data() + count, column, count * sizeof(jint));
-             std::memcpy(target->to.data(), value, count * sizeof(jdouble));
-             env->ReleaseDoubleArrayElements(values, value, 0);
-             env->ReleaseIntArrayElements(columns, column, 0);
-             env->ReleaseIntArrayElements(rows, row, 0);
-         }});
+    addCase({name, count,
+             [=] {
+                 createAndDestroy(env, NVKRT(qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII)(
+                                           env, nullptr, rows, columns, values, nullptr, extent, extent, -1,
+                                           qxDOUBLE_CLASS, qxREAL));
+             },
+             [=] {
+                 jint* row = env->GetIntArrayElements(rows, nullptr);
+                 jint* column = env->GetIntArrayElements(columns, nullptr);
+                 jdouble* value = env->GetDoubleArrayElements(values, nullptr);
+                 std::memcpy(blocks->to.data(), row, count * sizeof(jint));
+                 std::memcpy(blocks->to.data() + count, column, count * sizeof(jint));
+                 std::memcpy(target->to.data(), value, count * sizeof(jdouble));
+                 env->ReleaseDoubleArrayElements(values, value, 0);
+                 env->ReleaseIntArrayElements(columns, column, 0);
+                 env->ReleaseIntArrayElements(rows, row, 0);
+             }});
 }
 
 void addCases(JNIEnv* env) {

@@ -5,7 +5,7 @@
 #include "support/floors.h"
 #include "support/javadata.h"
 
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+#include "support/natives.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -22,8 +22,6 @@ namespace {
 
 using Native = jobject (*)(JNIEnv*, jclass, jobject, jboolean);
 using Extents = std::vector<std::uint32_t>;
-
-#define LOOMKIT_NATIVE(name) Java_com_norvane_toolbox_loomkit_internal_NVKRT_##name
 
 std::size_t product(const Extents& extents) {
     return std::accumulate(extents.begin(), extents.end(), std::size_t{1}, std::multiplies<>());
@@ -149,7 +147,7 @@ void addNested(JNIEnv* env, const std::string& name, const Extents& extents, qxC
 void addFlat(JNIEnv* env, const std::string& name, std::uint32_t count, qxClassID classId) {
     const auto source = std::make_shared<Source<jdouble>>(env, counting({count, 1}, classId), count);
     const Native native = [](JNIEnv* e, jclass cls, jobject handle, jboolean real) -> jobject {
-        return LOOMKIT_NATIVE(qxGetDoubleData)(e, cls, handle, real);
+        return NVKRT(qxGetDoubleData)(e, cls, handle, real);
     };
     addCase({"tojava/" + name, count, reading(env, source, native),
              [=] { opened(env, *source, [&] { return rowFrom(env, source->block.data(), count); }); }});
@@ -172,7 +170,7 @@ void addBoxed(JNIEnv* env) {
         }
         return row;
     };
-    addCase({"tojava/Double[300][300]", count, reading(env, source, LOOMKIT_NATIVE(qxArrayToDoubleObjectArray)), [=] {
+    addCase({"tojava/Double[300][300]", count, reading(env, source, NVKRT(qxArrayToDoubleObjectArray)), [=] {
                  opened(env, *source, [&] {
                      const jdouble* values = source->block.data();
                      return nestedFrom(env, extents, 0, "[Ljava/lang/Double;", [&] {
@@ -186,7 +184,7 @@ void addBoxed(JNIEnv* env) {
 void addStrings(JNIEnv* env) {
     const Extents extents = {1000, 30};
     const auto source = std::make_shared<Source<jchar>>(env, counting(extents, qxUINT16_CLASS), product(extents));
-    addCase({"tojava/String[1000]", product(extents), reading(env, source, LOOMKIT_NATIVE(qxArrayToStringArray)), [=] {
+    addCase({"tojava/String[1000]", product(extents), reading(env, source, NVKRT(qxArrayToStringArray)), [=] {
                  opened(env, *source, [&] {
                      const jchar* units = source->block.data();
                      return nestedFrom(env, extents, 0, "java/lang/String", [&] {
@@ -215,39 +213,35 @@ qxArray* sparseSquare(std::uint32_t extent) {
 void addSparse(JNIEnv* env) {
     const Extents extents = {3000, 3000};
     const auto source = std::make_shared<Source<jdouble>>(env, sparseSquare(extents[0]), product(extents));
-    addCase({"tojava/sparse double[3000][3000]", product(extents),
-             reading(env, source, LOOMKIT_NATIVE(qxArrayToDoubleArray)), [=] {
-                 opened(env, *source, [&] {
-                     const jdouble* values = source->block.data();
-                     return nestedFrom(env, extents, 0, "[D", [&] {
-                         values += extents[1];
-                         return rowFrom(env, values - extents[1], extents[1]);
-                     });
+    addCase(
+        {"tojava/sparse double[3000][3000]", product(extents), reading(env, source, NVKRT(qxArrayToDoubleArray)), [=] {
+             opened(env, *source, [&] {
+                 const jdouble* values = source->block.data();
+                 return nestedFrom(env, extents, 0, "[D", [&] {
+                     values += extents[1];
+                     return rowFrom(env, values - extents[1], extents[1]);
                  });
-             }});
+             });
+         }});
 }
 
 void addCases(JNIEnv* env) {
     for (const std::uint32_t extent : {10U, 30U, 100U, 300U, 1000U, 1024U, 3000U}) {
         const std::string side = "[" + std::to_string(extent) + "]";
-        addNested<jdouble>(env, "double" + side + side, {extent, extent}, qxDOUBLE_CLASS,
-                           LOOMKIT_NATIVE(qxArrayToDoubleArray));
+        addNested<jdouble>(env, "double" + side + side, {extent, extent}, qxDOUBLE_CLASS, NVKRT(qxArrayToDoubleArray));
     }
     const Extents square = {1000, 1000};
-    addNested<jdouble>(env, "double[100][100][100]", {100, 100, 100}, qxDOUBLE_CLASS,
-                       LOOMKIT_NATIVE(qxArrayToDoubleArray));
-    addNested<jdouble>(env, "int32 double[1000][1000]", square, qxINT32_CLASS, LOOMKIT_NATIVE(qxArrayToDoubleArray));
-    addNested<jdouble>(env, "single double[1000][1000]", square, qxSINGLE_CLASS, LOOMKIT_NATIVE(qxArrayToDoubleArray));
-    addNested<jint>(env, "double int[1000][1000]", square, qxDOUBLE_CLASS, LOOMKIT_NATIVE(qxArrayToIntArray));
-    addNested<jbyte>(env, "uint8 byte[1000][1000]", square, qxUINT8_CLASS, LOOMKIT_NATIVE(qxArray2ObjectArray));
+    addNested<jdouble>(env, "double[100][100][100]", {100, 100, 100}, qxDOUBLE_CLASS, NVKRT(qxArrayToDoubleArray));
+    addNested<jdouble>(env, "int32 double[1000][1000]", square, qxINT32_CLASS, NVKRT(qxArrayToDoubleArray));
+    addNested<jdouble>(env, "single double[1000][1000]", square, qxSINGLE_CLASS, NVKRT(qxArrayToDoubleArray));
+    addNested<jint>(env, "double int[1000][1000]", square, qxDOUBLE_CLASS, NVKRT(qxArrayToIntArray));
+    addNested<jbyte>(env, "uint8 byte[1000][1000]", square, qxUINT8_CLASS, NVKRT(qxArray2ObjectArray));
     addFlat(env, "flat double[1000000]", 1000000, qxDOUBLE_CLASS);
     addFlat(env, "int32 flat double[1000000]", 1000000, qxINT32_CLASS);
     addBoxed(env);
     addStrings(env);
     addSparse(env);
 }
-
-#undef LOOMKIT_NATIVE
 
 const CaseFile file(addCases);
 

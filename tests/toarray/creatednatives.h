@@ -3,7 +3,7 @@
 #include "boundary/arrayhandle.h"
 #include "qx/arrayowner.h"
 
-#include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
+#include "support/natives.h"
 
 /// The creating natives under short names; all give a NativePtr, or null with a Java exception pending.
 namespace nativevrl::test {
@@ -19,35 +19,32 @@ inline qxArrayOwner takeArray(JNIEnv* env, jobject handle) {
 }
 
 inline jobject fromObjects(JNIEnv* env, jobject real, jobject imaginary, jint classId, jint complexity) {
-    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxObject2qxArray(env, nullptr, real, imaginary, classId,
-                                                                            complexity);
+    return NVKRT(qxObject2qxArray)(env, nullptr, real, imaginary, classId, complexity);
 }
 
 inline jobject fromFlat(JNIEnv* env, jintArray dims, jobject real, jobject imaginary, jint classId, jint complexity) {
-    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateNumericArray(env, nullptr, dims, real, imaginary,
-                                                                                classId, complexity);
+    return NVKRT(qxCreateNumericArray)(env, nullptr, dims, real, imaginary, classId, complexity);
 }
 
 inline jobject stated(JNIEnv* env, jintArray dims, jint classId, jint complexity) {
-    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateArray(env, nullptr, dims, classId, complexity);
+    return NVKRT(qxCreateArray)(env, nullptr, dims, classId, complexity);
 }
 
 inline jobject fromTriplets(JNIEnv* env, jintArray rows, jintArray columns, jobject real, jobject imaginary, jint m,
                             jint n, jint room, jint classId, jint complexity) {
-    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII(
+    return NVKRT(qxCreateSparseMatrix___3I_3ILjava_lang_Object_2Ljava_lang_Object_2IIIII)(
         env, nullptr, rows, columns, real, imaginary, m, n, room, classId, complexity);
 }
 
 inline jobject fromFull(JNIEnv* env, jobject real, jint classId) {
-    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II(
-        env, nullptr, real, nullptr, classId, qxREAL);
+    return NVKRT(qxCreateSparseMatrix__Ljava_lang_Object_2Ljava_lang_Object_2II)(env, nullptr, real, nullptr, classId,
+                                                                                 qxREAL);
 }
 
 /// The overload of the scalar native for each Java type.
-#define LOOMKIT_SCALAR(Code, T)                                                                    \
-    inline jobject fromScalar(JNIEnv* env, T real, T imaginary, jint classId, jint complexity) {   \
-        return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxScalar2qxArray__##Code##Code##II( \
-            env, nullptr, real, imaginary, classId, complexity);                                   \
+#define LOOMKIT_SCALAR(Code, T)                                                                               \
+    inline jobject fromScalar(JNIEnv* env, T real, T imaginary, jint classId, jint complexity) {              \
+        return NVKRT(qxScalar2qxArray__##Code##Code##II)(env, nullptr, real, imaginary, classId, complexity); \
     }
 LOOMKIT_SCALAR(D, jdouble)
 LOOMKIT_SCALAR(F, jfloat)
@@ -59,7 +56,7 @@ LOOMKIT_SCALAR(Z, jboolean)
 #undef LOOMKIT_SCALAR
 
 inline jobject fromScalar(JNIEnv* env, jchar value, jchar, jint classId, jint) {
-    return Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxScalar2qxArray__CI(env, nullptr, value, classId);
+    return NVKRT(qxScalar2qxArray__CI)(env, nullptr, value, classId);
 }
 
 }  // namespace nativevrl::test

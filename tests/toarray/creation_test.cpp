@@ -74,8 +74,8 @@ TEST_F(Creation, OfStatedDimensions) {
     EXPECT_EQ(qxGetClassID(create({2, 2}, qxCELL_CLASS).get()), qxCELL_CLASS);
     EXPECT_EQ(create(std::vector<jint>(11, 1), qxSTRUCT_CLASS)->numberOfDimensions(), 11U);
     const auto createStruct = [&](jintArray extents, const std::vector<jobject>& names) {
-        return takeArray(env, Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateStructArray(
-                                  env, nullptr, extents, objectArray(env, "java/lang/String", names)));
+        return takeArray(
+            env, NVKRT(qxCreateStructArray)(env, nullptr, extents, objectArray(env, "java/lang/String", names)));
     };
     const qxArrayOwner named =
         createStruct(dims({1, 2}), {javaString(env, u"a"), javaString(env, u""), nullptr, javaString(env, u"b")});

@@ -91,8 +91,8 @@ TEST_F(Refusals, OfFlatData) {
             "setData/setImagData not supported for TAVRIX arrays of this type.");
     refused(fromFlat(env, ints({2, -1}), one, nullptr, 6, 0), memory, "Unable to create qxArray");
     refused(fromScalar(env, 1.0, 0.0, 16, 0), runtime, "Unable to allocate native array");
-    refused(Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxCreateStructArray(env, nullptr, ints({-1, 1}), nullptr),
-            runtime, "Unable to allocate native array");
+    refused(NVKRT(qxCreateStructArray)(env, nullptr, ints({-1, 1}), nullptr), runtime,
+            "Unable to allocate native array");
     EXPECT_EQ(counter.pinnedBlocks(), 0);
 }
 
