@@ -1,5 +1,7 @@
 include("${CMAKE_CURRENT_LIST_DIR}/LoomkitProtection.cmake")
 
+set(LOOMKIT_COMPONENT_MAP "${CMAKE_CURRENT_LIST_DIR}/component.map")
+
 # loomkit_add_component(NAME name SOURCES file... [LIBRARIES target...] [FILES file...] [MANIFEST file])
 #
 # Builds a component and packs it: the shared object of SOURCES, linked with the runtime and LIBRARIES, goes with
@@ -21,11 +23,10 @@ function(loomkit_add_component)
     set(library component_${ARG_NAME}_library)
     add_library(${library} MODULE ${ARG_SOURCES})
     target_link_libraries(${library} PRIVATE ${ARG_LIBRARIES} loomkit::krt)
-    # Symbols that are unique in a process would keep a closed component from being unloaded.
-    target_compile_options(${library} PRIVATE ${LOOMKIT_PROTECTION}
-        $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
+    target_compile_options(${library} PRIVATE ${LOOMKIT_PROTECTION})
     target_link_options(${library} BEFORE PRIVATE
-        LINKER:--as-needed LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+        LINKER:--as-needed LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
+        "LINKER:--version-script=${LOOMKIT_COMPONENT_MAP}")
     set_target_properties(${library} PROPERTIES
         PREFIX ""
         OUTPUT_NAME ${ARG_NAME}
