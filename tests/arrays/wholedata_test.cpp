@@ -118,6 +118,9 @@ TEST_F(WholeData, SlotsOfStructsCountFields) {
         setCell(handle, index, failing);
         expectThrown(env, outOfBounds, "Index out of bounds");
     }
+    const Held number(env, qxCreateDoubleScalar(1));
+    setCell(number.handle, 0, failing);
+    expectThrown(env, "java/lang/IllegalArgumentException", "The array has no cells or fields.");
     const qxArray* kept = qxGetCell(held.array.get(), 11);
     setCell(held.handle, 11, failing);
     expectThrownClass(env, "java/lang/RuntimeException");

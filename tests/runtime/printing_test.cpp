@@ -1,19 +1,23 @@
 #include "testcomponent.h"
 
 #include "basix/basix.h"
+#include "krt/component.h"
 #include "support/testfolder.h"
 #include "vrlbase/vrlbase.h"
+#include "vrlkrt/print/defaultoutput.h"
 
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <stdexcept>
 
 namespace {
 
 using loomkit::test::readText;
 using loomkit::test::TestFolder;
+using Norvane::vrl::vrlBaseException;
 
 int refuse(const char*) { return -1; }
 
@@ -49,6 +53,32 @@ TEST_F(Printing, AfterTheInstanceGoesToTheLog) {
     for (const int file : {go[0], go[1], done[0], done[1]}) {
         close(file);
     }
+}
+
+TEST_F(Printing, OutsideOfCallsGoesToTheLibraryThatOpenedAComponentLast) {
+    vrlLibrary other = vrlLibraryAt(reinterpret_cast<const void*>(&std::fopen));
+    std::string printed;
+    const auto print = [&printed](std::string name) {
+        return [&printed, name](const char* text) {
+            printed += name + text;
+            return 0;
+        };
+    };
+    vrlSetDefaultPrintHandlers({}, print("ours "));
+    vrlkrt::setDefaultHandlers(other, {{}, print("others' ")});
+    krtPrint(nullptr, "1 ");
+    vrlkrt::preferDefaultHandlers(other);
+    krtPrint(nullptr, "2 ");
+    {
+        const TestInstance instance;
+        krtPrint(nullptr, "3 ");
+        EXPECT_THROW(vrlInitializeComponentInstance({}, {}, {}), vrlBaseException);
+        krtPrint(nullptr, "4 ");
+    }
+    krtPrint(nullptr, "5 ");
+    vrlkrt::dropDefaultHandlers(other);
+    krtPrint(nullptr, "6 ");
+    EXPECT_EQ(printed, "ours 1 others' 2 ours 3 ours 4 others' 5 ours 6 ");
 }
 
 TEST_F(Printing, ThatFailsGoesToTheLogAndTheFunctionGoesOn) {

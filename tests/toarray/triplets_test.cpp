@@ -127,6 +127,7 @@ TEST_F(SparseTriplets, BecomeWhatTheModelSays) {
 }
 
 TEST_F(SparseTriplets, OfZerosStillCountForTheDimensionsAndCancelledOnesAreStored) {
+    EXPECT_EQ(build({{}, {}, {}, {}}, -1, -1, 4, qxDOUBLE_CLASS), nullptr);
     const qxArrayOwner zero = build({{7}, {6}, {0}, {}}, -1, -1, -1, qxDOUBLE_CLASS);
     expectStored(zero.get(), {});
     EXPECT_EQ(zero->get_dimensions()[0], 7U);

@@ -52,7 +52,7 @@ void setDefaultHandlers(vrlLibrary library, PrintHandlers handlers) {
     auto ours = std::make_shared<const PrintHandlers>(std::move(handlers));
     change(library, [&](auto& claims, auto own) {
         if (own == claims.end()) {
-            claims.insert(claims.begin(), Claim{library, std::move(ours)});
+            claims.push_back(Claim{library, std::move(ours)});
         } else {
             own->handlers = std::move(ours);
         }

@@ -11,7 +11,7 @@ namespace vrlkrt {
 /// some, the one that opened a component last if possible.
 const Output& defaultOutput();
 
-/// Sets the handlers of a library, in its place if it has some, or else before those of others. Throws std::bad_alloc.
+/// Sets the handlers of a library, in its place if it has some, or else after those of others. Throws std::bad_alloc.
 void setDefaultHandlers(vrlLibrary library, PrintHandlers handlers);
 /// Gives up the handlers of a library.
 void dropDefaultHandlers(vrlLibrary library) noexcept;

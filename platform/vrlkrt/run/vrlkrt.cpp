@@ -41,11 +41,20 @@ void startRuntime(vrlLibrary library) {
     vrlkrt::preferDefaultHandlers(library);
 }
 
-void endInstance(void* handle) {
-    const vrlLibrary owner = instances().end(handle);
-    if (instances().newest(owner) == nullptr) {
-        vrlkrt::yieldDefaultHandlers(owner);
+void yieldWithoutInstances(vrlLibrary library) noexcept {
+    if (instances().newest(library) == nullptr) {
+        vrlkrt::yieldDefaultHandlers(library);
     }
+}
+
+void* createInstance(vrlLibrary owner, const vrlkrt::PrintHandlers& handlers,
+                     const vrlExtractedComponentFactory& factory) {
+    if (factory.empty()) {
+        throw vrlBaseException("there is no way to the component");
+    }
+    void* handle = instances().newHandle();
+    instances().add(std::make_shared<Instance>(handle, owner, factory(), handlers));
+    return handle;
 }
 
 /// Wraps Java objects for every instance, and has nothing of any: so whoever got it from a handle may keep it.
@@ -69,17 +78,17 @@ void* vrlInitializeComponentInstance(const vrlPrintHandler& first, const vrlPrin
     const vrlLibrary caller = vrlLibraryAt(__builtin_return_address(0));
     return operation([&] {
         startRuntime(caller);
-        if (factory.empty()) {
-            throw vrlBaseException("there is no way to the component");
+        try {
+            return createInstance(caller, {first, second}, factory);
+        } catch (...) {
+            yieldWithoutInstances(caller);
+            throw;
         }
-        void* handle = instances().newHandle();
-        instances().add(std::make_shared<Instance>(handle, caller, factory(), vrlkrt::PrintHandlers{first, second}));
-        return handle;
     });
 }
 
 void vrlTerminateInstanceInternal(void* handle) {
-    operation([&] { endInstance(handle); });
+    operation([&] { yieldWithoutInstances(instances().end(handle)); });
 }
 
 bool vrlWaitForFiguresToDieInternal(void* handle, bool) {

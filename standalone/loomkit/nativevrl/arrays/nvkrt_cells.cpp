@@ -2,6 +2,7 @@
 
 #include "arrays/subscripts.h"
 #include "boundary/arrayhandle.h"
+#include "boundary/arrayparts.h"
 #include "boundary/boundary.h"
 #include "toarray/jconvert.h"
 #include "tojava/slotwrapper.h"
@@ -19,6 +20,14 @@ void checkSlot(JNIEnv* env, const qxArray* array, jint index) {
     const bool hasFields = classWord == qxSTRUCT_CLASS || classWord == qxOBJECT_CLASS;
     const std::size_t elements = qxGetNumberOfElements(array);
     checkIndex(env, index, hasFields ? elements * array->get_number_of_struct_fields() : elements);
+}
+
+/// Raises java.lang.IllegalArgumentException.
+void requireSlots(JNIEnv* env, const qxArray* array) {
+    if (!hasSlots(classIdOf(array))) {
+        raise<tether::IllegalArgumentException>(env, "java/lang/IllegalArgumentException",
+                                                "The array has no cells or fields.");
+    }
 }
 
 /// A new array from a Java object, its class and complexity derived, in the free scope. Raises
@@ -58,6 +67,7 @@ void Java_com_norvane_toolbox_loomkit_internal_NVKRT_qxSetCell(JNIEnv* env, jcla
     guarded(env, [&] {
         qxArray* array = openHandle(env, handle);
         checkSlot(env, array, index);
+        requireSlots(env, array);
         replaceSlot(env, array, static_cast<std::size_t>(index), elementFromJava(env, value));
     });
 }

@@ -5,7 +5,7 @@
 /// becomes a Java one is decided in this folder and nowhere else: an export names one of these shapes and says what
 /// goes into it; code below an export names castGuarded or sparseGuarded, which raise and throw on to the export's.
 /// Only the listed types are caught; anything else leaves the native frame. Memory that the library itself can't have
-/// is an OutOfMemoryError, whatever the shape.
+/// is an OutOfMemoryError, but in a shape that names one exception for all failures.
 ///
 /// A plain forward, which nothing throws through, needs no shape.
 

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <variant>
 
 namespace nativevrl::JConvert {
@@ -152,7 +153,11 @@ void checkSparseClass(JNIEnv* env, qxClassID classId) {
 
 qxArrayOwner qxCreateSparseMatrixFromTriplets(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const qxArray* data,
                                               const SparseStatement& stated) {
-    return requireCreated(env, build(env, checkedTriplets(env, rowIndex, colIndex, data, stated), stated));
+    const Triplets triplets = checkedTriplets(env, rowIndex, colIndex, data, stated);
+    qxArrayOwner made = build(env, triplets, stated);
+    // Without elements the extents are the array library's to judge: negative ones make no array, and no failure.
+    const bool isNone = triplets.count == 0 && (stated.rows < 0 || stated.columns < 0);
+    return isNone ? std::move(made) : requireCreated(env, std::move(made));
 }
 
 qxArrayOwner createSparseFromJava(JNIEnv* env, jintArray rowIndex, jintArray colIndex, const JObjectProxy& real,

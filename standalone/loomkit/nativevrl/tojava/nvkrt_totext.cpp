@@ -7,7 +7,7 @@
 
 #include "com_norvane_toolbox_loomkit_internal_NVKRT.h"
 
-#include <memory>
+#include <string>
 
 using namespace nativevrl;
 
@@ -24,9 +24,14 @@ jobject textRow(JNIEnv* env, const qxArray* array) {
     return NewJStringProxy(env, units, units + qxGetN(array)).detach();
 }
 
-struct RuntimeTextEnd {
-    void operator()(char* text) const noexcept { vrlcppFreeString(text); }
-};
+/// Takes a text of the runtime over, null too.
+std::string takeText(char* text) {
+    struct End {
+        char* text;
+        ~End() { vrlcppFreeString(text); }
+    } const end{text};
+    return text == nullptr ? "" : text;
+}
 
 /// What the runtime displays; null, with java.lang.RuntimeException pending, when it can't.
 jobject displayed(JNIEnv* env, const qxArray* array) {
@@ -35,8 +40,7 @@ jobject displayed(JNIEnv* env, const qxArray* array) {
         tether::throwNamedException(env, "java/lang/RuntimeException");
         return nullptr;
     }
-    const std::unique_ptr<char, RuntimeTextEnd> text(buffer);
-    return NewJStringProxy(env, text ? text.get() : "").detach();
+    return NewJStringProxy(env, takeText(buffer).c_str()).detach();
 }
 
 }  // namespace

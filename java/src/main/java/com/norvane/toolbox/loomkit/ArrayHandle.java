@@ -7,6 +7,8 @@ import java.lang.ref.PhantomReference;
 import java.lang.ref.ReferenceQueue;
 import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
+import java.security.AccessController;
+import java.security.PrivilegedAction;
 import java.util.Arrays;
 import java.util.Set;
 import java.util.concurrent.ConcurrentHashMap;
@@ -54,14 +56,25 @@ final class ArrayHandle extends PhantomReference<NVBuiltinArray> {
             return;
         }
         try {
-            // Nothing of the thread that happens to make an array is to stay with this one.
-            Thread cleaner = new Thread(null, ArrayHandle::freeUnreachable, "loomkit-array-cleaner", 0, false);
+            // Nothing of the thread that happens to make an array is to stay with this one, not even its rights.
+            PrivilegedAction<Thread> make =
+                    () -> new Thread(null, ArrayHandle::runCleaner, "loomkit-array-cleaner", 0, false);
+            Thread cleaner = AccessController.doPrivileged(make);
             cleaner.setDaemon(true);
             cleaner.setContextClassLoader(null);
             cleaner.start();
-        } catch (OutOfMemoryError noThread) {
+        } catch (RuntimeException | Error noThread) {
             // The next array tries again; until then nothing is lost but time.
             CLEANER_RUNS.set(false);
+        }
+    }
+
+    private static void runCleaner() {
+        try {
+            freeUnreachable();
+        } catch (RuntimeException | Error failure) {
+            CLEANER_RUNS.set(false);
+            throw failure;
         }
     }
 

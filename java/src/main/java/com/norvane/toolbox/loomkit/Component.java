@@ -64,7 +64,7 @@ public final class Component implements AutoCloseable {
     private Component(Instance instance, Streams streams) {
         this.instance = instance;
         this.streams = streams;
-        CLEANER.register(this, instance);
+        instance.watchedBy(CLEANER.register(this, instance));
         try (NVStructArray info = call1("krt.info").asStruct()) {
             name = textOf(info.get("name"));
             version = textOf(info.get("version"));

@@ -2,6 +2,7 @@ package com.norvane.toolbox.loomkit;
 
 import com.norvane.toolbox.loomkit.internal.NVKRT;
 import com.norvane.toolbox.loomkit.internal.NativePtr;
+import java.lang.ref.Cleaner;
 import java.util.Set;
 import java.util.concurrent.ConcurrentHashMap;
 import java.util.function.Supplier;
@@ -16,6 +17,8 @@ final class Instance implements Runnable {
     private final NativePtr pointer;
     private int users;
     private boolean closed;
+    /** It holds on to the instance, and so to its class loader. */
+    private Cleaner.Cleanable watch;
 
     private Instance(NativePtr pointer) {
         this.pointer = pointer;
@@ -30,7 +33,23 @@ final class Instance implements Runnable {
         } catch (RuntimeException | Error failure) {
             Loomkit.endPrinting();
             throw failure;
+        } finally {
+            Loomkit.startedByInstance();
         }
+    }
+
+    /** Takes what ends the instance once its component is unreachable, and drops it as soon as the instance has ended. */
+    void watchedBy(Cleaner.Cleanable newWatch) {
+        synchronized (this) {
+            watch = newWatch;
+        }
+        if (!LIVE.contains(this)) {
+            newWatch.clean();
+        }
+    }
+
+    private synchronized Cleaner.Cleanable watch() {
+        return watch;
     }
 
     /** Keeps the instance alive until the matching {@link #release}, unless the runtime stops. */
@@ -81,6 +100,9 @@ final class Instance implements Runnable {
                 NVKRT.vrlTerminateInstance(pointer);
             } finally {
                 Loomkit.endPrinting();
+                if (watch() != null) {
+                    watch().clean();
+                }
             }
         }
     }

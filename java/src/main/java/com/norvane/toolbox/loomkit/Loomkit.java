@@ -56,11 +56,19 @@ public final class Loomkit {
      */
     static void beginPrinting() {
         synchronized (LOCK) {
-            if (printing++ == 0) {
+            if (printing == 0) {
                 Callable<PrintStream> errors = Loomkit::errorOutput;
                 Callable<PrintStream> text = Loomkit::output;
                 NVKRT.vrlSetDefaultPrintHandlers(errors, text);
             }
+            printing++;
+        }
+    }
+
+    /** An instance that is made starts the runtime, also where a stop came between. */
+    static void startedByInstance() {
+        synchronized (LOCK) {
+            started = true;
         }
     }
 
@@ -124,7 +132,8 @@ public final class Loomkit {
     }
 
     /**
-     * Where the runtime and components without a stream of their own print, from the next text on. What a stream
+     * Where the runtime and components without a stream of their own print, from the next text on; once no component is
+     * open any more, text is dropped. What a stream
      * fails to take goes to the log file; the function that printed it runs on.
      *
      * @param stream the stream, or null for {@link System#out}

@@ -106,10 +106,14 @@ class ClassLoaderTest {
             }
         }
 
+        /** Closed by the time that the class loader goes. */
+        private static Component last;
+
         /** Calls, prints, passes a lambda, fails. Arrays are left to the collector. */
         public static String use(Object name) throws IOException {
             ByteArrayOutputStream printed = new ByteArrayOutputStream();
             try (Component showcase = open()) {
+                last = showcase;
                 showcase.setOutput(new PrintStream(printed, true));
                 showcase.call("say", 0, "I am " + name);
                 String text = showcase.call1("shout", "" + name).toString().trim() + " " + minimise(showcase);

@@ -175,6 +175,25 @@ class ComponentLifeTest {
     }
 
     @Test
+    void isStoppedByTheNextStopWhenOneCameBetween() throws IOException {
+        byte[] archive = Files.readAllBytes(TestComponents.archive("showcase"));
+        TestComponents.start();
+        InputStream stopping = new ByteArrayInputStream(archive) {
+            @Override
+            public synchronized int read(byte[] bytes, int offset, int length) {
+                Loomkit.stop();
+                return super.read(bytes, offset, length);
+            }
+        };
+        try (Component component = Component.open(stopping, archive.length)) {
+            assertWorks(component);
+            assertTrue(Loomkit.isRunning());
+            Loomkit.stop();
+            assertTrue(component.isClosed());
+        }
+    }
+
+    @Test
     void startsOnceAndEvaluatesForManyThreads() throws Exception {
         Loomkit.stop();
         Callable<Component> opening = () -> TestComponents.open("showcase");

@@ -78,8 +78,13 @@ final class NativeLoader {
         } catch (IOException failure) {
             tried.add(JAR + ": " + failure);
         }
-        try (StagingFolder folder = bundle.unpackForThisProcess()) {
-            return loadFolder(folder.fresh(), JAR, tried);
+        try {
+            StagingFolder folder = bundle.unpackForThisProcess();
+            try {
+                return loadFolder(folder.fresh(), JAR, tried);
+            } finally {
+                folder.removeOrLeave();
+            }
         } catch (IOException failure) {
             tried.add(JAR + ", in the folder for temporary files: " + failure);
             return false;
@@ -113,7 +118,7 @@ final class NativeLoader {
         }
     }
 
-    private static void loadLibrary(Path folder) throws IOException {
+    private static void loadLibrary(Path folder) {
         try {
             System.load(folder.resolve(LIBRARY).toString());
         } catch (IllegalCallerException denied) {
@@ -124,17 +129,23 @@ final class NativeLoader {
             refusal.initCause(denied);
             throw refusal;
         }
-        if (Files.exists(folder.resolve(RUNTIME))) {
+        try {
             System.setProperty(RUNTIME_PROPERTY, Sha256.hexOf(Files.readAllBytes(folder.resolve(RUNTIME))));
+        } catch (IOException missing) {
+            // It is in the process already, or nobody can be told of it.
+            return;
         }
     }
 
     private static void loadCopy(Path folder) throws IOException {
-        try (StagingFolder copy = NativeBundle.temporaryFolder()) {
+        StagingFolder copy = NativeBundle.temporaryFolder();
+        try {
             for (String name : List.of(LIBRARY, NATIVES)) {
                 Files.copy(folder.resolve(name), copy.fresh().resolve(name));
             }
             loadLibrary(copy.fresh());
+        } finally {
+            copy.removeOrLeave();
         }
     }
 

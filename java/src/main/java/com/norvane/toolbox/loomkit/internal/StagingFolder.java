@@ -91,6 +91,15 @@ final class StagingFolder implements AutoCloseable {
         return path.resolve(REPLACED);
     }
 
+    /** Removes the folder, or leaves it to a later sweep: some file systems keep a file as long as it is loaded. */
+    void removeOrLeave() {
+        try {
+            close();
+        } catch (IOException busy) {
+            return;
+        }
+    }
+
     /** Removes the folder with all that is in it. */
     @Override
     public void close() throws IOException {

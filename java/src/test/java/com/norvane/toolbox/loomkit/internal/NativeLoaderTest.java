@@ -28,6 +28,9 @@ class NativeLoaderTest {
                 if (System.getProperty("before") != null) {
                     System.load(System.getProperty("before"));
                 }
+                if (Boolean.getBoolean("start")) {
+                    Loomkit.start();
+                }
                 System.out.println("running: " + Loomkit.isRunning());
                 try (Stream<String> maps = Files.lines(Path.of("/proc/self/maps"))) {
                     maps.filter(line -> line.matches(".*lib(krt|nativevrl|loomkit)[.]so"))
@@ -104,6 +107,17 @@ class NativeLoaderTest {
         assertEquals("running: false", output.get(0));
         assertEquals(Set.of(natives + "/libkrt.so", natives + "/libnativevrl.so", natives + "/libloomkit.so"),
                 Set.copyOf(output.subList(1, output.size())));
+    }
+
+    @Test
+    void startsItsOwnLibraryBesideThatOfAHost() throws Exception {
+        copy("libkrt.so", false);
+        Path host = copy("libnativevrl.so", false);
+        ProcessBuilder program = ChildProcess.builder(Program.class, List.of("-Dstart=true",
+                "-Dloomkit.native.dir=" + System.getProperty("loomkit.native.dir")));
+        program.environment().merge("LD_PRELOAD", host.toString(), (others, own) -> others + " " + own);
+
+        assertTrue(run(program).output.contains("running: true"));
     }
 
     @ParameterizedTest
