@@ -18,15 +18,21 @@
 #include <unordered_map>
 #include <utility>
 
-// The allocator below the functions that this file puts in front of it.
 #if defined(__SANITIZE_ADDRESS__)
-#define BELOW(name) __interceptor_##name
+#define SANITIZED 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
+#define SANITIZED 1
+#endif
+#endif
+#ifndef SANITIZED
+#define SANITIZED 0
+#endif
+
+// The allocator below the functions that this file puts in front of it.
+#if SANITIZED
 #define BELOW(name) __interceptor_##name
-#endif
-#endif
-#ifndef BELOW
+#else
 #define BELOW(name) __libc_##name
 #endif
 
@@ -95,9 +101,10 @@ bool isRefused(const void* caller) noexcept {
     return true;
 }
 
-/// Passes a block on to the code that asked for it.
+/// Passes a block on to the code that asked for it. A sanitizer ends blocks before any code of a program may run, and
+/// so before `free` could be told here; it finds lost ones by itself.
 void* give(void* block, const void* caller) noexcept {
-    if (block != nullptr && ledgerOfThread != nullptr) {
+    if (SANITIZED == 0 && block != nullptr && ledgerOfThread != nullptr) {
         ledgerOfThread->enter(block, caller);
     }
     return block;
@@ -105,7 +112,7 @@ void* give(void* block, const void* caller) noexcept {
 
 /// To be told before the block goes: another thread may be given it at once.
 void forget(const void* block) noexcept {
-    if (block != nullptr && ledgerIsOpen) {
+    if (SANITIZED == 0 && block != nullptr && ledgerIsOpen) {
         LedgerEntries& entries = ledgerEntries();
         const std::lock_guard<std::mutex> lock(entries.mutex);
         entries.callers.erase(block);
@@ -280,10 +287,12 @@ extern "C" {
     return 0;
 }
 
+#if !SANITIZED
 [[gnu::noinline]] void free(void* block) noexcept {
     forget(block);
     BELOW(free)(block);
 }
+#endif
 
 [[gnu::noinline]] void* mmap(void* place, std::size_t bytes, int protection, int flags, int file,
                              off_t offset) noexcept {
@@ -297,3 +306,4 @@ extern "C" {
 
 #undef CALLER
 #undef BELOW
+#undef SANITIZED
